@@ -1,0 +1,73 @@
+#!/usr/bin/env bash
+# Quarbel's one entry point for building on Debian 12: installs the missing packages,
+# configures, builds, then runs what was asked.
+#   scripts/dev.sh suite      build and run the full suite headless
+#   scripts/dev.sh test       build and run the tests
+#   scripts/dev.sh sanitize   build and run the tests under address+undefined and thread sanitizers
+#   scripts/dev.sh build      build only
+set -euo pipefail
+
+ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+ACTION="${1:-build}"
+shift || true
+
+PACKAGES=(
+  cmake ninja-build g++ pkg-config
+  libgtest-dev libgmock-dev libbenchmark-dev
+  qt6-base-dev
+  libtbb-dev libsleef-dev libssl-dev
+  libcli11-dev nlohmann-json3-dev
+  libvulkan-dev libshaderc-dev glslang-tools mesa-vulkan-drivers
+  ocl-icd-opencl-dev opencl-headers pocl-opencl-icd
+  hyperfine fio
+)
+
+install_missing_packages() {
+  local missing=()
+  for package in "${PACKAGES[@]}"; do
+    dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "install ok installed" || missing+=("$package")
+  done
+  [[ ${#missing[@]} -eq 0 ]] && return 0
+  echo "Installing: ${missing[*]}"
+  local sudo=()
+  [[ $(id -u) -ne 0 ]] && sudo=(sudo)
+  "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get update -qq
+  "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"
+}
+
+# configure_and_build <build dir> [cmake args...]
+configure_and_build() {
+  local dir="$1"
+  shift
+  if [[ ! -f "$dir/build.ninja" ]]; then
+    cmake -S "$ROOT" -B "$dir" -G Ninja "$@"
+  fi
+  cmake --build "$dir" -j "$(nproc)"
+}
+
+install_missing_packages
+case "$ACTION" in
+  build)
+    configure_and_build "$ROOT/build/dev" -DCMAKE_BUILD_TYPE=RelWithDebInfo
+    ;;
+  suite)
+    configure_and_build "$ROOT/build/release" -DCMAKE_BUILD_TYPE=Release -DQUARBEL_BUILD_TESTS=OFF
+    exec "$ROOT/build/release/src/cli/quarbel" run --all "$@"
+    ;;
+  test)
+    configure_and_build "$ROOT/build/dev" -DCMAKE_BUILD_TYPE=RelWithDebInfo
+    ctest --test-dir "$ROOT/build/dev" --output-on-failure --no-tests=error -j "$(nproc)" "$@"
+    ;;
+  sanitize)
+    configure_and_build "$ROOT/build/asan" -DCMAKE_BUILD_TYPE=Debug "-DQUARBEL_SANITIZE=address;undefined"
+    ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
+      ctest --test-dir "$ROOT/build/asan" --output-on-failure --no-tests=error -j "$(nproc)" "$@"
+    configure_and_build "$ROOT/build/tsan" -DCMAKE_BUILD_TYPE=Debug -DQUARBEL_SANITIZE=thread
+    TSAN_OPTIONS=halt_on_error=1 \
+      ctest --test-dir "$ROOT/build/tsan" --output-on-failure --no-tests=error -R "tst_benchmark_store|tst_cli" "$@"
+    ;;
+  *)
+    echo "usage: scripts/dev.sh {suite|test|sanitize|build} [args...]" >&2
+    exit 2
+    ;;
+esac

@@ -1,0 +1,454 @@
+#include "run/benchmark_store.h"
+
+#include "run/background_tasks.h"
+#include "run/model/accuracy.h"
+#include "run/window_presenter.h"
+#include "run/workload_dispatch.h"
+
+#include <QTime>
+#include <QUuid>
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <mutex>
+
+namespace quarbel {
+namespace {
+
+constexpr int kLogCapacity = 14;
+constexpr double kIdleThermalInterval = 5.0;
+constexpr double kRunningThermalInterval = 2.0;
+constexpr int kClockIntervalMs = 250;
+
+QString qs(std::string_view text) { return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())); }
+
+// The five benchmarks that show a workload animation window while they run.
+bool hasAnimationWindow(BenchmarkID id) {
+    switch (id) {
+    case BenchmarkID::cineTile:
+    case BenchmarkID::metalCompute:
+    case BenchmarkID::openCLCompute:
+    case BenchmarkID::rawCPUDecode:
+    case BenchmarkID::rawMetalDecode: return true;
+    default: return false;
+    }
+}
+
+std::string newUUIDText() { return QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper().toStdString(); }
+
+} // namespace
+
+StoreServices StoreServices::standard() {
+    return {[](BenchmarkID id, const WorkloadContext& context) { return quarbel::runWorkload(id, context); },
+            [] { return QuarbelReadTemperatures(); }};
+}
+
+// The state of one run, owned by the store while the run is active.
+struct BenchmarkStore::RunTask {
+    std::vector<BenchmarkID> ids;
+    bool followsActiveTest = false;
+    bool accuracyMode = false;
+    int passes = 1;
+    bool cancelled = false;
+    std::size_t index = 0;                     // the benchmark now running
+    std::vector<BenchmarkOutcome> passOutcomes; // Accuracy Mode passes so far
+};
+
+// Written by the workload's thread after each unit, read by the display clock.
+class BenchmarkStore::PassProgress final : public ProgressSink {
+public:
+    void report(const ProgressReport& progress) noexcept override {
+        std::lock_guard lock(mutex_);
+        latest_ = progress;
+    }
+    ProgressReport latest() const {
+        std::lock_guard lock(mutex_);
+        return latest_;
+    }
+
+private:
+    mutable std::mutex mutex_;
+    ProgressReport latest_;
+};
+
+BenchmarkStore::BenchmarkStore(StoreServices services, WindowPresenter* presenter, QObject* parent)
+    : QObject(parent), services_(std::move(services)), presenter_(presenter),
+      background_(std::make_unique<BackgroundTasks>(this)) {
+    if (!services_.runWorkload) services_.runWorkload = StoreServices::standard().runWorkload;
+    if (!services_.readTemperatures) services_.readTemperatures = StoreServices::standard().readTemperatures;
+    logLines_ = {QStringLiteral("Quarbel ready")};
+    currentRunTick_ = QDateTime::currentDateTime();
+    startThermalMonitor(kIdleThermalInterval);
+}
+
+BenchmarkStore::~BenchmarkStore() {
+    // Workloads stop at their next check point; the threads are joined below.
+    if (workerToken_) workerToken_->cancel();
+    background_->joinAll();
+}
+
+double BenchmarkStore::currentRunElapsed() const {
+    if (!currentRunStartedAt_.isValid()) return 0;
+    const double elapsed = static_cast<double>(currentRunStartedAt_.msecsTo(currentRunTick_)) / 1000.0;
+    return elapsed > 0 ? elapsed : 0;
+}
+
+double BenchmarkStore::currentRunProgress() const {
+    if (!(currentRunTargetSeconds_ > 0)) return 0;
+    return std::min(currentRunElapsed() / currentRunTargetSeconds_, 1.0);
+}
+
+int BenchmarkStore::completedCount() const { return quarbel::completedCount(rows_); }
+
+double BenchmarkStore::totalScore() const { return globalScore(rows_); }
+
+void BenchmarkStore::setSelectedID(BenchmarkID id) {
+    if (id == selectedID_) return;
+    selectedID_ = id;
+    emit selectedIDChanged();
+}
+
+void BenchmarkStore::setAccuracyMode(bool on) {
+    if (on == accuracyMode_) return;
+    accuracyMode_ = on;
+    emit accuracyModeChanged();
+}
+
+void BenchmarkStore::runSelected() { run({selectedID_}, false); }
+
+void BenchmarkStore::runAll() { run(std::vector<BenchmarkID>(kAllBenchmarks.begin(), kAllBenchmarks.end()), true); }
+
+void BenchmarkStore::run(const std::vector<BenchmarkID>& ids, bool followsActiveTest) {
+    if (task_) return;
+    task_ = std::make_unique<RunTask>();
+    task_->ids = ids;
+    task_->followsActiveTest = followsActiveTest;
+    task_->accuracyMode = accuracyMode_;
+    task_->passes = accuracyMode_ ? kAccuracyPasses : 1;
+    emit busyChanged();
+
+    // The task body starts from the event loop, so run() returns at once.
+    QMetaObject::invokeMethod(
+        this,
+        [this, task = task_.get()] {
+            if (task_.get() != task) return;
+            const QString mode = task->accuracyMode ? QStringLiteral("Accuracy") : QStringLiteral("Standard");
+            activeRunStartedAt_ = std::chrono::system_clock::now();
+            if (runSummary_) {
+                runSummary_.reset();
+                emit runSummaryChanged();
+            }
+            peakCPU_ = temperatureSnapshot_.cpuCelsius;
+            peakGPU_ = temperatureSnapshot_.gpuCelsius;
+            startThermalMonitor(kRunningThermalInterval);
+            if (task->ids.size() == 1) {
+                appendLog(QStringLiteral("Running %1 (%2 Mode)").arg(qs(title(task->ids.front())), mode));
+            } else {
+                appendLog(QStringLiteral("Running full suite (%1 Mode)").arg(mode));
+            }
+            beginNextBenchmark();
+        },
+        Qt::QueuedConnection);
+}
+
+void BenchmarkStore::beginNextBenchmark() {
+    RunTask& task = *task_;
+    if (task.cancelled || task.index >= task.ids.size()) {
+        finishRunTask();
+        return;
+    }
+    const BenchmarkID id = task.ids[task.index];
+    if (task.followsActiveTest) setSelectedID(id);
+    setRunningID(id);
+    setRow(id, {TestRunState::running, std::nullopt});
+    startRealtimeClock(id, task.passes);
+    if (hasAnimationWindow(id)) presentAnimationWindow(id, task.passes);
+    runBenchmark(id, task.passes);
+}
+
+void BenchmarkStore::runBenchmark(BenchmarkID id, int passes) {
+    if (passes < 2) {
+        runBenchmarkPass(id, [this](BenchmarkOutcome outcome) { benchmarkFinished(std::move(outcome)); });
+        return;
+    }
+    task_->passOutcomes.clear();
+    appendLog(QStringLiteral("%1: Accuracy Mode %2x median").arg(qs(title(id))).arg(passes));
+    runNextAccuracyPass();
+}
+
+void BenchmarkStore::runNextAccuracyPass() {
+    RunTask& task = *task_;
+    const BenchmarkID id = task.ids[task.index];
+    const auto done = static_cast<int>(task.passOutcomes.size());
+    if (task.cancelled || done >= task.passes) {
+        BenchmarkOutcome outcome =
+            done == task.passes ? accuracyOutcome(task.passOutcomes) : accuracyStoppedOutcome();
+        task.passOutcomes.clear();
+        benchmarkFinished(std::move(outcome));
+        return;
+    }
+    appendLog(QStringLiteral("%1: pass %2/%3").arg(qs(title(id))).arg(done + 1).arg(task.passes));
+    runBenchmarkPass(id, [this](BenchmarkOutcome outcome) {
+        task_->passOutcomes.push_back(std::move(outcome));
+        runNextAccuracyPass();
+    });
+}
+
+void BenchmarkStore::benchmarkFinished(BenchmarkOutcome outcome) {
+    RunTask& task = *task_;
+    if (task.cancelled) {
+        finishRunTask();
+        return;
+    }
+    const BenchmarkID id = task.ids[task.index];
+    if (hasAnimationWindow(id)) closeAnimationWindow();
+    const OutcomeStatus status = outcome.status;
+    const QString line = [&] {
+        switch (status) {
+        case OutcomeStatus::ok:
+            return QStringLiteral("%1: %2 pts, %3 %4")
+                .arg(qs(title(id)), qs(scoreText(outcome.score)), qs(outcome.primary.value), qs(outcome.primary.unit));
+        case OutcomeStatus::failed: return QStringLiteral("%1: failed").arg(qs(title(id)));
+        case OutcomeStatus::skipped: break;
+        }
+        return QStringLiteral("%1: unavailable").arg(qs(title(id)));
+    }();
+    setRow(id, {rowStateFor(status), std::move(outcome)});
+    appendLog(line);
+    ++task.index;
+    beginNextBenchmark();
+}
+
+void BenchmarkStore::finishRunTask() {
+    std::unique_ptr<RunTask> task = std::move(task_);
+    setRunningID(std::nullopt);
+    workerToken_.reset();
+    workerProgress_.reset();
+    stopRealtimeClock();
+    if (!task->cancelled) {
+        const bool suite = task->ids.size() == kBenchmarkCount;
+        const QString title = suite ? (task->accuracyMode ? QStringLiteral("Full Suite Accuracy Summary")
+                                                          : QStringLiteral("Full Suite Summary"))
+                                    : (task->accuracyMode ? QStringLiteral("Selected Test Accuracy Summary")
+                                                          : QStringLiteral("Selected Test Summary"));
+        runSummary_ = makeRunSummary(rows_, task->ids,
+                                     {title.toStdString(), activeRunStartedAt_, peakCPU_, peakGPU_,
+                                      std::chrono::system_clock::now()});
+        emit runSummaryChanged();
+        appendLog(QStringLiteral("Summary: %1/%2 complete, total %3 pts")
+                      .arg(runSummary_->completed)
+                      .arg(task->ids.size())
+                      .arg(qs(scoreText(totalScore()))));
+    }
+    activeRunStartedAt_.reset();
+    startThermalMonitor(kIdleThermalInterval);
+    appendLog(QStringLiteral("Ready"));
+    emit busyChanged();
+}
+
+void BenchmarkStore::runBenchmarkPass(BenchmarkID id, PassCompletion completion) {
+    if (id == BenchmarkID::metalVisual && presenter_ != nullptr) {
+        runVisibleMetalBenchmark(std::move(completion));
+        return;
+    }
+    auto token = std::make_shared<CancellationToken>();
+    auto progress = std::make_shared<PassProgress>();
+    workerToken_ = token;
+    workerProgress_ = progress;
+    WorkloadContext context;
+    context.cancellation = token.get();
+    context.progress = progress.get();
+    context.budgetScale = budgetScale_;
+    auto runWorkload = services_.runWorkload;
+    background_->start(
+        // The thread keeps the token and sink alive even after the store lets go of them.
+        [runWorkload, id, context, token, progress] { return runWorkload(id, context); },
+        [this, token, completion = std::move(completion)](BenchmarkOutcome outcome) {
+            if (workerToken_ == token) {
+                workerToken_.reset();
+                workerProgress_.reset();
+            }
+            // stop() may have dropped the handle already; the run task still waits for
+            // the pass to end and then notices the cancellation.
+            completion(std::move(outcome));
+        });
+}
+
+void BenchmarkStore::runVisibleMetalBenchmark(PassCompletion completion) {
+    if (!presenter_->hasVisualDevice()) {
+        completion(skippedOutcome("Metal is not available on this machine."));
+        return;
+    }
+    VisualBenchmarkRequest request{newUUIDText(), 20.0, 2};
+    visualRunID_ = request.id;
+    visualLiveStats_.reset();
+    emit visualLiveStatsChanged();
+    visualContinuation_ = std::move(completion);
+    visualRequest_ = request;
+    emit visualBenchmarkRequestChanged();
+    QPointer<BenchmarkStore> self(this);
+    const std::string requestID = request.id;
+    animationWindowOpen_ = true;
+    presenter_->showVisualBenchmark(
+        request,
+        [self, requestID](const VisualBenchmarkLiveStats& stats) {
+            if (self) self->updateVisualLiveStats(requestID, stats);
+        },
+        [self, requestID](const BenchmarkOutcome& outcome) {
+            if (self) self->finishVisualBenchmark(requestID, outcome);
+        });
+}
+
+void BenchmarkStore::updateVisualLiveStats(const std::string& id, const VisualBenchmarkLiveStats& stats) {
+    if (visualRunID_ != id) return;
+    visualLiveStats_ = stats;
+    emit visualLiveStatsChanged();
+}
+
+void BenchmarkStore::finishVisualBenchmark(const std::optional<std::string>& id, const BenchmarkOutcome& outcome) {
+    if (id && visualRunID_ != id) return;
+    if (!visualContinuation_) return;
+    PassCompletion continuation = std::move(*visualContinuation_);
+    visualContinuation_.reset();
+    visualRunID_.reset();
+    visualRequest_.reset();
+    emit visualBenchmarkRequestChanged();
+    visualLiveStats_.reset();
+    emit visualLiveStatsChanged();
+    closeAnimationWindow();
+    // Resumed from the event loop, as an awaiting task would be: a stop() that gets
+    // here finishes its own steps before the run task sees the outcome.
+    QMetaObject::invokeMethod(
+        this, [continuation = std::move(continuation), outcome] { continuation(outcome); }, Qt::QueuedConnection);
+}
+
+void BenchmarkStore::stop() {
+    if (!task_ && !workerToken_ && !runningID_ && !animationWindowOpen_) return;
+    if (task_) task_->cancelled = true;
+    if (workerToken_) workerToken_->cancel();
+    workerToken_.reset();
+    workerProgress_.reset();
+    // Releases a pass that waits for the visual window; the run task then sees the stop.
+    finishVisualBenchmark(visualRunID_, failedOutcome("Run stopped by the user."));
+    closeAnimationWindow();
+    stopRealtimeClock();
+    activeRunStartedAt_.reset();
+    startThermalMonitor(kIdleThermalInterval);
+    if (runningID_) {
+        setRow(*runningID_, {TestRunState::idle, std::nullopt});
+        setRunningID(std::nullopt);
+    }
+    appendLog(QStringLiteral("Run stopped"));
+}
+
+void BenchmarkStore::startRealtimeClock(BenchmarkID id, int passes) {
+    const QDateTime now = QDateTime::currentDateTime();
+    currentRunStartedAt_ = now;
+    emit currentRunStartedAtChanged();
+    currentRunTick_ = now;
+    currentRunTargetSeconds_ = targetSeconds(id) * std::max(passes, 1);
+    emit currentRunTargetSecondsChanged();
+    emit currentRunTickChanged();
+    if (visualLiveStats_) {
+        visualLiveStats_.reset();
+        emit visualLiveStatsChanged();
+    }
+    liveProgress_ = {};
+    emit liveProgressChanged();
+    delete realtimeTimer_;
+    realtimeTimer_ = new QTimer(this);
+    realtimeTimer_->setInterval(kClockIntervalMs);
+    connect(realtimeTimer_, &QTimer::timeout, this, &BenchmarkStore::onRealtimeTick);
+    realtimeTimer_->start();
+}
+
+void BenchmarkStore::onRealtimeTick() {
+    currentRunTick_ = QDateTime::currentDateTime();
+    if (workerProgress_) {
+        const ProgressReport report = workerProgress_->latest();
+        LiveProgress progress{report.unitsDone, report.elapsedSeconds, std::string(report.unit)};
+        if (progress != liveProgress_) {
+            liveProgress_ = std::move(progress);
+            emit liveProgressChanged();
+        }
+    }
+    emit currentRunTickChanged();
+}
+
+void BenchmarkStore::stopRealtimeClock() {
+    delete realtimeTimer_;
+    realtimeTimer_ = nullptr;
+    currentRunStartedAt_ = QDateTime();
+    emit currentRunStartedAtChanged();
+    currentRunTargetSeconds_ = 0;
+    emit currentRunTargetSecondsChanged();
+    currentRunTick_ = QDateTime::currentDateTime();
+    emit currentRunTickChanged();
+}
+
+void BenchmarkStore::presentAnimationWindow(BenchmarkID id, int passes) {
+    closeAnimationWindow();
+    if (presenter_ == nullptr) return;
+    presenter_->showAnimationWindow(id, passes);
+    animationWindowOpen_ = true;
+}
+
+void BenchmarkStore::closeAnimationWindow() {
+    if (!animationWindowOpen_) return;
+    animationWindowOpen_ = false;
+    if (presenter_ != nullptr) presenter_->closeWindow();
+}
+
+void BenchmarkStore::appendLog(const QString& text) {
+    // One formatter for every line: local time, 24-hour clock.
+    const QString line = QStringLiteral("[%1] %2").arg(QTime::currentTime().toString(QStringLiteral("HH:mm:ss")), text);
+    logLines_.append(line);
+    while (logLines_.size() > kLogCapacity) logLines_.removeFirst();
+    emit logLinesChanged();
+    emit logLineAppended(line);
+}
+
+void BenchmarkStore::setRow(BenchmarkID id, BenchmarkRowState row) {
+    rows_[id] = std::move(row);
+    emit rowsChanged();
+}
+
+void BenchmarkStore::setRunningID(OptionalBenchmarkID id) {
+    if (id == runningID_) return;
+    runningID_ = id;
+    emit runningIDChanged();
+}
+
+void BenchmarkStore::startThermalMonitor(double intervalSeconds) {
+    refreshThermalSnapshot();
+    if (thermalTimer_ != nullptr && std::abs(thermalMonitorInterval_ - intervalSeconds) < 0.001) return;
+    delete thermalTimer_;
+    thermalMonitorInterval_ = intervalSeconds;
+    thermalTimer_ = new QTimer(this);
+    thermalTimer_->setInterval(static_cast<int>(std::lround(intervalSeconds * 1000.0)));
+    connect(thermalTimer_, &QTimer::timeout, this, &BenchmarkStore::refreshThermalSnapshot);
+    thermalTimer_->start();
+}
+
+void BenchmarkStore::refreshThermalSnapshot() {
+    if (thermalReadInFlight_) return;
+    thermalReadInFlight_ = true;
+    auto read = services_.readTemperatures;
+    background_->start([read] { return makeTemperatureSnapshot(read(), std::chrono::system_clock::now()); },
+                       [this](TemperatureSnapshot snapshot) {
+                           applyTemperatureSnapshot(snapshot);
+                           thermalReadInFlight_ = false;
+                       });
+}
+
+void BenchmarkStore::applyTemperatureSnapshot(const TemperatureSnapshot& snapshot) {
+    temperatureSnapshot_ = snapshot;
+    emit temperatureSnapshotChanged();
+    if (!runningID_) return;
+    // A reading equal to the peak replaces it; a peak never falls during a run.
+    if (snapshot.cpuCelsius) peakCPU_ = peakCPU_ ? std::max(*peakCPU_, *snapshot.cpuCelsius) : *snapshot.cpuCelsius;
+    if (snapshot.gpuCelsius) peakGPU_ = peakGPU_ ? std::max(*peakGPU_, *snapshot.gpuCelsius) : *snapshot.gpuCelsius;
+}
+
+} // namespace quarbel

@@ -1,0 +1,197 @@
+// BenchmarkStore: the single owner of run state. It lives on the main thread; views
+// and the command line read its properties, listen to their change signals and call
+// its operations. Workloads run one pass at a time on a background thread and hand
+// their outcome back to the main thread before any property changes.
+#pragma once
+
+#include "run/model/catalogue.h"
+#include "run/model/outcome.h"
+#include "run/model/visual.h"
+#include "run/model/workload_context.h"
+#include "sensors/temperature.h"
+
+#include <QDateTime>
+#include <QObject>
+#include <QPointer>
+#include <QStringList>
+#include <QTimer>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace quarbel {
+
+class BackgroundTasks;
+class WindowPresenter;
+
+using OptionalBenchmarkID = std::optional<BenchmarkID>;
+using OptionalRunSummary = std::optional<RunSummary>;
+using OptionalVisualRequest = std::optional<VisualBenchmarkRequest>;
+using OptionalVisualLiveStats = std::optional<VisualBenchmarkLiveStats>;
+
+// Live progress of the pass now running, as its workload last reported it.
+struct LiveProgress {
+    std::int64_t unitsDone = 0;
+    double elapsedSeconds = 0;
+    std::string unit; // empty until the workload reports
+    bool operator==(const LiveProgress&) const = default;
+};
+
+// What the store runs and reads; the defaults are the real workloads and sensors.
+struct StoreServices {
+    // Runs one pass of a benchmark on the calling (background) thread.
+    std::function<BenchmarkOutcome(BenchmarkID, const WorkloadContext&)> runWorkload;
+    // Reads the temperatures once on the calling (background) thread.
+    std::function<QLTemperatureReading()> readTemperatures;
+
+    static StoreServices standard();
+};
+
+class BenchmarkStore : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(quarbel::BenchmarkRows rows READ rows NOTIFY rowsChanged)
+    Q_PROPERTY(quarbel::BenchmarkID selectedID READ selectedID WRITE setSelectedID NOTIFY selectedIDChanged)
+    Q_PROPERTY(quarbel::OptionalBenchmarkID runningID READ runningID NOTIFY runningIDChanged)
+    Q_PROPERTY(QStringList logLines READ logLines NOTIFY logLinesChanged)
+    Q_PROPERTY(quarbel::OptionalVisualRequest visualBenchmarkRequest READ visualBenchmarkRequest NOTIFY
+                   visualBenchmarkRequestChanged)
+    Q_PROPERTY(quarbel::OptionalVisualLiveStats visualLiveStats READ visualLiveStats NOTIFY visualLiveStatsChanged)
+    Q_PROPERTY(QDateTime currentRunStartedAt READ currentRunStartedAt NOTIFY currentRunStartedAtChanged)
+    Q_PROPERTY(double currentRunTargetSeconds READ currentRunTargetSeconds NOTIFY currentRunTargetSecondsChanged)
+    Q_PROPERTY(QDateTime currentRunTick READ currentRunTick NOTIFY currentRunTickChanged)
+    Q_PROPERTY(quarbel::TemperatureSnapshot temperatureSnapshot READ temperatureSnapshot NOTIFY
+                   temperatureSnapshotChanged)
+    Q_PROPERTY(quarbel::OptionalRunSummary runSummary READ runSummary NOTIFY runSummaryChanged)
+    Q_PROPERTY(bool accuracyMode READ accuracyMode WRITE setAccuracyMode NOTIFY accuracyModeChanged)
+    Q_PROPERTY(quarbel::LiveProgress liveProgress READ liveProgress NOTIFY liveProgressChanged)
+    Q_PROPERTY(bool busy READ busy NOTIFY busyChanged)
+    Q_PROPERTY(double currentRunElapsed READ currentRunElapsed NOTIFY currentRunTickChanged)
+    Q_PROPERTY(double currentRunProgress READ currentRunProgress NOTIFY currentRunTickChanged)
+    Q_PROPERTY(int completedCount READ completedCount NOTIFY rowsChanged)
+    Q_PROPERTY(double totalScore READ totalScore NOTIFY rowsChanged)
+
+public:
+    // Construct on the main thread. `presenter` may be null (no windows: headless).
+    explicit BenchmarkStore(StoreServices services = StoreServices::standard(),
+                            WindowPresenter* presenter = nullptr, QObject* parent = nullptr);
+    ~BenchmarkStore() override;
+
+    const BenchmarkRows& rows() const { return rows_; }
+    BenchmarkID selectedID() const { return selectedID_; }
+    OptionalBenchmarkID runningID() const { return runningID_; }
+    QStringList logLines() const { return logLines_; }
+    OptionalVisualRequest visualBenchmarkRequest() const { return visualRequest_; }
+    OptionalVisualLiveStats visualLiveStats() const { return visualLiveStats_; }
+    QDateTime currentRunStartedAt() const { return currentRunStartedAt_; }
+    double currentRunTargetSeconds() const { return currentRunTargetSeconds_; }
+    QDateTime currentRunTick() const { return currentRunTick_; }
+    TemperatureSnapshot temperatureSnapshot() const { return temperatureSnapshot_; }
+    OptionalRunSummary runSummary() const { return runSummary_; }
+    bool accuracyMode() const { return accuracyMode_; }
+    LiveProgress liveProgress() const { return liveProgress_; }
+    bool busy() const { return task_ != nullptr; }
+
+    double currentRunElapsed() const;  // seconds, against the last clock tick
+    double currentRunProgress() const; // 0 ... 1
+    int completedCount() const;
+    double totalScore() const;
+    double thermalMonitorInterval() const { return thermalMonitorInterval_; }
+
+    // Scales every workload's specified time budget (1 normally, 0.1 for quick runs).
+    // Takes effect for passes started afterwards.
+    void setBudgetScale(double scale) { budgetScale_ = scale; }
+    double budgetScale() const { return budgetScale_; }
+
+public slots:
+    void setSelectedID(quarbel::BenchmarkID id);
+    void setAccuracyMode(bool on);
+    void runSelected();
+    void runAll();
+    // Runs the benchmarks in order; ignored while a run is active.
+    void run(const std::vector<quarbel::BenchmarkID>& ids, bool followsActiveTest);
+    void stop();
+    void startThermalMonitor(double intervalSeconds);
+    void refreshThermalSnapshot();
+
+signals:
+    void rowsChanged();
+    void selectedIDChanged();
+    void runningIDChanged();
+    void logLinesChanged();
+    void visualBenchmarkRequestChanged();
+    void visualLiveStatsChanged();
+    void currentRunStartedAtChanged();
+    void currentRunTargetSecondsChanged();
+    void currentRunTickChanged();
+    void temperatureSnapshotChanged();
+    void runSummaryChanged();
+    void accuracyModeChanged();
+    void liveProgressChanged();
+    void busyChanged();
+    // Emitted for every log line as it is written, timestamp included.
+    void logLineAppended(const QString& line);
+
+private:
+    struct RunTask;
+    class PassProgress;
+    using PassCompletion = std::function<void(BenchmarkOutcome)>;
+
+    void beginNextBenchmark();
+    void runBenchmark(BenchmarkID id, int passes);
+    void runNextAccuracyPass();
+    void benchmarkFinished(BenchmarkOutcome outcome);
+    void finishRunTask();
+    void runBenchmarkPass(BenchmarkID id, PassCompletion completion);
+    void runVisibleMetalBenchmark(PassCompletion completion);
+    void updateVisualLiveStats(const std::string& id, const VisualBenchmarkLiveStats& stats);
+    void finishVisualBenchmark(const std::optional<std::string>& id, const BenchmarkOutcome& outcome);
+    void startRealtimeClock(BenchmarkID id, int passes);
+    void stopRealtimeClock();
+    void onRealtimeTick();
+    void presentAnimationWindow(BenchmarkID id, int passes);
+    void closeAnimationWindow();
+    void appendLog(const QString& text);
+    void setRow(BenchmarkID id, BenchmarkRowState row);
+    void setRunningID(OptionalBenchmarkID id);
+    void applyTemperatureSnapshot(const TemperatureSnapshot& snapshot);
+
+    StoreServices services_;
+    WindowPresenter* presenter_;
+
+    BenchmarkRows rows_;
+    BenchmarkID selectedID_ = BenchmarkID::metalVisual;
+    OptionalBenchmarkID runningID_;
+    QStringList logLines_;
+    OptionalVisualRequest visualRequest_;
+    OptionalVisualLiveStats visualLiveStats_;
+    QDateTime currentRunStartedAt_;
+    double currentRunTargetSeconds_ = 0;
+    QDateTime currentRunTick_;
+    TemperatureSnapshot temperatureSnapshot_ = TemperatureSnapshot::unavailable;
+    OptionalRunSummary runSummary_;
+    bool accuracyMode_ = false;
+    LiveProgress liveProgress_;
+
+    std::unique_ptr<RunTask> task_;
+    std::shared_ptr<CancellationToken> workerToken_;  // the pass now executing; null when none
+    std::shared_ptr<PassProgress> workerProgress_;
+    bool thermalReadInFlight_ = false;
+    std::optional<PassCompletion> visualContinuation_;
+    std::optional<std::string> visualRunID_;
+    QTimer* realtimeTimer_ = nullptr;
+    QTimer* thermalTimer_ = nullptr;
+    double thermalMonitorInterval_ = 0;
+    bool animationWindowOpen_ = false;
+    std::optional<SystemTimePoint> activeRunStartedAt_;
+    std::optional<double> peakCPU_;
+    std::optional<double> peakGPU_;
+    double budgetScale_ = 1.0;
+
+    // Declared last so it is destroyed first: its destructor joins the threads that
+    // may still post results to this object.
+    std::unique_ptr<BackgroundTasks> background_;
+};
+
+} // namespace quarbel

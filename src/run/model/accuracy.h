@@ -1,0 +1,24 @@
+// Accuracy Mode: several passes of one benchmark combined into the median pass,
+// with the pass scores, their spread and a confidence word in the detail.
+#pragma once
+
+#include "run/model/outcome.h"
+
+#include <span>
+#include <string_view>
+
+namespace quarbel {
+
+inline constexpr int kAccuracyPasses = 3;
+
+// "High" up to 2 %, "Good" up to 5 %, "Variable" up to 10 %, "Unstable" above.
+std::string_view confidenceWord(double spreadPercent);
+
+// Combines a non-empty list of pass outcomes (in run order) into the median pass
+// (upper middle for an even count) with the durations summed.
+BenchmarkOutcome accuracyOutcome(std::span<const BenchmarkOutcome> passes);
+
+// What a run stopped between passes reports.
+BenchmarkOutcome accuracyStoppedOutcome();
+
+} // namespace quarbel

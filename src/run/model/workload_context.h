@@ -1,0 +1,60 @@
+// What the run controller hands every workload: a cancellation token, an optional
+// time budget and a progress sink. Workloads run on a background thread, check the
+// token between units of work, and never throw.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace quarbel {
+
+// Set once by the controller (any thread); read by the workload at its check points.
+class CancellationToken {
+public:
+    void cancel() noexcept { cancelled_.store(true, std::memory_order_relaxed); }
+    bool isCancelled() const noexcept { return cancelled_.load(std::memory_order_relaxed); }
+
+private:
+    std::atomic<bool> cancelled_{false};
+};
+
+struct ProgressReport {
+    std::int64_t unitsDone = 0;    // work units finished so far (batches, bytes, frames, ...)
+    double elapsedSeconds = 0;     // measured time of the work so far
+    std::string_view unit;         // what a unit is, plural ("batches", "bytes"); a literal
+};
+
+// Receives progress from the workload's thread. Implementations must be cheap and
+// thread-safe: workloads call it after every unit of work.
+class ProgressSink {
+public:
+    virtual ~ProgressSink() = default;
+    virtual void report(const ProgressReport& progress) noexcept = 0;
+};
+
+struct WorkloadContext {
+    const CancellationToken* cancellation = nullptr;
+    ProgressSink* progress = nullptr;
+    // An explicit budget replaces the workload's specified one (tests, smoke runs).
+    std::optional<double> budgetSeconds;
+    // Multiplies the specified budget when no explicit one is given (--quick uses 0.1).
+    double budgetScale = 1.0;
+
+    bool cancelled() const noexcept { return cancellation != nullptr && cancellation->isCancelled(); }
+
+    // The time budget to use, given the one the workload's specification names.
+    double budget(double specifiedSeconds) const noexcept {
+        return budgetSeconds ? *budgetSeconds : specifiedSeconds * budgetScale;
+    }
+
+    void reportProgress(std::int64_t unitsDone, double elapsedSeconds, std::string_view unit) const noexcept {
+        if (progress != nullptr) progress->report({unitsDone, elapsedSeconds, unit});
+    }
+};
+
+// Seconds on the monotonic clock, for measuring workloads.
+double monotonicSeconds() noexcept;
+
+} // namespace quarbel

@@ -1,0 +1,48 @@
+#include "run/workload_dispatch.h"
+
+#include <array>
+#include <string>
+
+namespace quarbel {
+namespace {
+
+struct DispatchEntry {
+    BenchmarkID id;
+    WorkloadFunction run;
+};
+
+// Adding a workload means filling in its line here.
+constexpr std::array<DispatchEntry, kBenchmarkCount> kDispatchTable = {{
+    {BenchmarkID::cpuInteger, nullptr},
+    {BenchmarkID::cpuFloating, nullptr},
+    {BenchmarkID::cpuCrypto, nullptr},
+    {BenchmarkID::memoryStream, nullptr},
+    {BenchmarkID::cineTile, nullptr},
+    {BenchmarkID::metalVisual, nullptr},
+    {BenchmarkID::metalCompute, nullptr},
+    {BenchmarkID::openCLCompute, nullptr},
+    {BenchmarkID::rawCPUDecode, nullptr},
+    {BenchmarkID::rawMetalDecode, nullptr},
+    {BenchmarkID::ssdSequential, nullptr},
+    {BenchmarkID::ssdRealSpeed, nullptr},
+    {BenchmarkID::ssdRandom, nullptr},
+}};
+
+constexpr bool tableFollowsCatalogue() {
+    for (std::size_t i = 0; i < kDispatchTable.size(); ++i) {
+        if (kDispatchTable[i].id != kAllBenchmarks[i]) return false;
+    }
+    return true;
+}
+static_assert(tableFollowsCatalogue(), "the dispatch table must list every benchmark in catalogue order");
+
+} // namespace
+
+WorkloadFunction workloadFunction(BenchmarkID id) { return kDispatchTable[indexOf(id)].run; }
+
+BenchmarkOutcome runWorkload(BenchmarkID id, const WorkloadContext& context) {
+    if (WorkloadFunction run = workloadFunction(id)) return run(context);
+    return skippedOutcome(std::string(title(id)) + " is not available in this build.");
+}
+
+} // namespace quarbel

@@ -1,0 +1,64 @@
+#include "run/model/catalogue.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+using namespace quarbel;
+
+TEST(Catalogue, StageLinesAdvanceEveryTwoSecondsAndWrap) {
+    const auto id = BenchmarkID::cpuInteger;
+    EXPECT_EQ(liveStatusLine(id, 0), "Pinning the workload to one logical core.");
+    EXPECT_EQ(liveStatusLine(id, 1.999), "Pinning the workload to one logical core.");
+    EXPECT_EQ(liveStatusLine(id, 2.0), "Running text, binary, image, simulation, and SIMD kernels.");
+    EXPECT_EQ(liveStatusLine(id, 5.99), "Collecting single-core throughput and checksum validation.");
+    EXPECT_EQ(liveStatusLine(id, 6.0), "Pinning the workload to one logical core.");
+}
+
+TEST(Catalogue, BenchmarksWithoutStagesShowTheirExplanation) {
+    for (double elapsed : {0.0, 3.0, 7.5, 1000.0}) {
+        EXPECT_EQ(liveStatusLine(BenchmarkID::cineTile, elapsed), runningExplanation(BenchmarkID::cineTile));
+    }
+    EXPECT_TRUE(runningStageLines(BenchmarkID::metalVisual).empty());
+    EXPECT_EQ(runningStageLines(BenchmarkID::ssdRandom).size(), 3u);
+}
+
+TEST(Catalogue, RawValuesRoundTripExactly) {
+    for (BenchmarkID id : kAllBenchmarks) EXPECT_EQ(benchmarkFromRawValue(rawValue(id)), id);
+    EXPECT_FALSE(benchmarkFromRawValue("CPUInteger"));
+    EXPECT_FALSE(benchmarkFromRawValue("cpuinteger"));
+    EXPECT_FALSE(benchmarkFromRawValue(""));
+    EXPECT_EQ(rawValue(BenchmarkID::openCLCompute), "openCLCompute");
+}
+
+TEST(Catalogue, CategoriesHoldEveryBenchmarkOnceInCatalogueOrder) {
+    std::multiset<BenchmarkID> seen;
+    for (BenchmarkCategory c : kAllCategories) {
+        BenchmarkID previous{};
+        bool first = true;
+        for (BenchmarkID id : byCategory(c)) {
+            EXPECT_EQ(category(id), c);
+            if (!first) {
+                EXPECT_LT(indexOf(previous), indexOf(id));
+            }
+            previous = id;
+            first = false;
+            seen.insert(id);
+        }
+    }
+    EXPECT_EQ(seen.size(), kBenchmarkCount);
+    for (BenchmarkID id : kAllBenchmarks) EXPECT_EQ(seen.count(id), 1u);
+    EXPECT_EQ(byCategory(BenchmarkCategory::system).size(), 1u);
+    EXPECT_EQ(category(BenchmarkID::memoryStream), BenchmarkCategory::system);
+}
+
+TEST(Catalogue, TargetsAndTitlesFollowTheTable) {
+    EXPECT_EQ(targetSeconds(BenchmarkID::memoryStream), 12);
+    EXPECT_EQ(targetSeconds(BenchmarkID::cineTile), 20);
+    EXPECT_EQ(targetSeconds(BenchmarkID::rawMetalDecode), 18);
+    EXPECT_EQ(targetSeconds(BenchmarkID::ssdRealSpeed), 10);
+    EXPECT_EQ(targetSeconds(BenchmarkID::openCLCompute), 15);
+    EXPECT_EQ(title(BenchmarkID::cpuCrypto), "CPU Workflow");
+    EXPECT_EQ(categoryTitle(BenchmarkCategory::storage), "SSD");
+    EXPECT_EQ(categoryColor(BenchmarkCategory::raw), (CategoryColor{0.8, 0.48, 0.94}));
+}

@@ -1,0 +1,117 @@
+#include "run/model/outcome.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+using namespace quarbel;
+
+namespace {
+
+BenchmarkOutcome okOutcome(double score) {
+    return {OutcomeStatus::ok, score, {"Rate", "1.00", "GB/s"}, std::nullopt, 1.0, "done"};
+}
+
+BenchmarkRows rowsWith(std::initializer_list<std::pair<BenchmarkID, BenchmarkRowState>> entries) {
+    BenchmarkRows rows;
+    for (const auto& [id, row] : entries) rows[id] = row;
+    return rows;
+}
+
+} // namespace
+
+TEST(ScoreText, DecimalsFallAsTheScoreGrowsDecidedOnTheUnroundedValue) {
+    EXPECT_EQ(scoreText(12345.6), "12346");
+    EXPECT_EQ(scoreText(2345.67), "2345.7");
+    EXPECT_EQ(scoreText(234.567), "234.57");
+    EXPECT_EQ(scoreText(999.999), "1000.00");
+    EXPECT_EQ(scoreText(1000), "1000.0");
+    EXPECT_EQ(scoreText(9999.99), "10000.0");
+    EXPECT_EQ(scoreText(10000), "10000");
+    EXPECT_EQ(scoreText(-3.5), "-3.50");
+}
+
+TEST(CardValue, TrimsTheUnitOnly) {
+    EXPECT_EQ(cardValue({"Read", "12.5", "  GB/s\n"}), "12.5 GB/s");
+    EXPECT_EQ(cardValue({"Read", "12.5", " "}), "12.5");
+    EXPECT_EQ(cardValue({"Read", " 7 ", ""}), " 7 ");
+}
+
+TEST(Scores, NothingDoneScoresZero) {
+    BenchmarkRows rows;
+    const std::vector<BenchmarkID> ids(kAllBenchmarks.begin(), kAllBenchmarks.end());
+    EXPECT_EQ(globalScore(rows), 0);
+    EXPECT_EQ(completedCount(rows), 0);
+    EXPECT_EQ(runScore(rows, ids), 0);
+}
+
+TEST(Scores, OneBenchmarkRunScoresItselfButAThirteenthGlobally) {
+    const auto rows = rowsWith({{BenchmarkID::cineTile, {TestRunState::done, okOutcome(500)}}});
+    const std::vector<BenchmarkID> ids{BenchmarkID::cineTile};
+    EXPECT_DOUBLE_EQ(runScore(rows, ids), 500);
+    EXPECT_EQ(scoreText(globalScore(rows)), "38.46");
+}
+
+TEST(Scores, GeometricMeanLiftsSmallScoresAndSkipsNonPositiveOnes) {
+    auto rows = rowsWith({{BenchmarkID::cpuInteger, {TestRunState::done, okOutcome(100)}},
+                          {BenchmarkID::cpuFloating, {TestRunState::done, okOutcome(400)}}});
+    EXPECT_NEAR(globalScore(rows), 200.0 * 2 / 13, 1e-9);
+    EXPECT_EQ(scoreText(globalScore(rows)), "30.77");
+
+    rows[BenchmarkID::memoryStream] = {TestRunState::done, okOutcome(0)};
+    rows[BenchmarkID::cineTile] = {TestRunState::skipped, okOutcome(900)};
+    rows[BenchmarkID::ssdRandom] = {TestRunState::failed, okOutcome(900)};
+    EXPECT_NEAR(globalScore(rows), 200.0 * 2 / 13, 1e-9) << "zero, skipped and failed rows must not count";
+
+    rows[BenchmarkID::cpuCrypto] = {TestRunState::done, okOutcome(0.5)};
+    EXPECT_NEAR(globalScore(rows), std::cbrt(100.0 * 400.0 * 1.0) * 3 / 13, 1e-9);
+    EXPECT_EQ(completedCount(rows), 4);
+}
+
+TEST(Scores, RunScoreDividesByTheRunsOwnSize) {
+    const auto rows = rowsWith({{BenchmarkID::cpuInteger, {TestRunState::done, okOutcome(100)}},
+                                {BenchmarkID::cpuFloating, {TestRunState::done, okOutcome(400)}}});
+    const std::vector<BenchmarkID> ids{BenchmarkID::cpuInteger, BenchmarkID::cpuFloating, BenchmarkID::cpuCrypto,
+                                       BenchmarkID::memoryStream};
+    EXPECT_NEAR(runScore(rows, ids), 200.0 * 2 / 4, 1e-9);
+    EXPECT_EQ(runScore(rows, {}), 0);
+}
+
+TEST(RunSummary, StoppedBenchmarkCountsInTotalOnly) {
+    const auto rows = rowsWith({{BenchmarkID::cpuInteger, {TestRunState::done, okOutcome(100)}},
+                                {BenchmarkID::cpuFloating, {TestRunState::skipped, skippedOutcome("x")}},
+                                {BenchmarkID::cpuCrypto, {TestRunState::failed, failedOutcome("y")}},
+                                {BenchmarkID::memoryStream, {TestRunState::idle, std::nullopt}}});
+    const std::vector<BenchmarkID> ids{BenchmarkID::cpuInteger, BenchmarkID::cpuFloating, BenchmarkID::cpuCrypto,
+                                       BenchmarkID::memoryStream};
+    const auto now = std::chrono::system_clock::now();
+    const auto summary = makeRunSummary(rows, ids, {"Selected Test Summary", now - std::chrono::seconds(3), 61.0,
+                                                    std::nullopt, now});
+    EXPECT_EQ(summary.total, 4);
+    EXPECT_EQ(summary.completed, 1);
+    EXPECT_EQ(summary.skipped, 1);
+    EXPECT_EQ(summary.failed, 1);
+    EXPECT_NEAR(summary.duration, 3.0, 1e-6);
+    EXPECT_EQ(summary.peakCPU, 61.0);
+    EXPECT_FALSE(summary.peakGPU);
+    EXPECT_EQ(summary.finishedAt, now);
+
+    const auto futureStart = makeRunSummary(rows, ids, {"t", now + std::chrono::seconds(5), {}, {}, now});
+    EXPECT_EQ(futureStart.duration, 0) << "a negative duration is replaced by 0";
+    const auto noStart = makeRunSummary(rows, ids, {"t", std::nullopt, {}, {}, now});
+    EXPECT_EQ(noStart.duration, 0);
+}
+
+TEST(OutcomeStatus, RawValuesRoundTripAndRowStatesFollow) {
+    for (auto s : {OutcomeStatus::ok, OutcomeStatus::skipped, OutcomeStatus::failed})
+        EXPECT_EQ(outcomeStatusFromRawValue(rawValue(s)), s);
+    EXPECT_FALSE(outcomeStatusFromRawValue("OK"));
+    EXPECT_EQ(rowStateFor(OutcomeStatus::ok), TestRunState::done);
+    EXPECT_EQ(rowStateFor(OutcomeStatus::skipped), TestRunState::skipped);
+    EXPECT_EQ(rowStateFor(OutcomeStatus::failed), TestRunState::failed);
+    const auto skipped = skippedOutcome("No device.");
+    EXPECT_EQ(skipped.primary, (MeasurementLine{"Status", "Skipped", ""}));
+    EXPECT_FALSE(skipped.secondary);
+    EXPECT_EQ(skipped.duration, 0);
+}
