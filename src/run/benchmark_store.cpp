@@ -41,7 +41,7 @@ std::string newUUIDText() { return QUuid::createUuid().toString(QUuid::WithoutBr
 
 StoreServices StoreServices::standard() {
     return {[](BenchmarkID id, const WorkloadContext& context) { return quarbel::runWorkload(id, context); },
-            [] { return QuarbelReadTemperatures(); }};
+            [] { return QuarbelReadTemperatures(); }, [] { return QDateTime::currentDateTime(); }};
 }
 
 // The state of one run, owned by the store while the run is active.
@@ -77,8 +77,9 @@ BenchmarkStore::BenchmarkStore(StoreServices services, WindowPresenter* presente
       background_(std::make_unique<BackgroundTasks>(this)) {
     if (!services_.runWorkload) services_.runWorkload = StoreServices::standard().runWorkload;
     if (!services_.readTemperatures) services_.readTemperatures = StoreServices::standard().readTemperatures;
+    if (!services_.now) services_.now = StoreServices::standard().now;
     logLines_ = {QStringLiteral("Quarbel ready")};
-    currentRunTick_ = QDateTime::currentDateTime();
+    currentRunTick_ = services_.now();
     startThermalMonitor(kIdleThermalInterval);
 }
 
@@ -343,7 +344,7 @@ void BenchmarkStore::stop() {
 }
 
 void BenchmarkStore::startRealtimeClock(BenchmarkID id, int passes) {
-    const QDateTime now = QDateTime::currentDateTime();
+    const QDateTime now = services_.now();
     currentRunStartedAt_ = now;
     emit currentRunStartedAtChanged();
     currentRunTick_ = now;
@@ -364,7 +365,7 @@ void BenchmarkStore::startRealtimeClock(BenchmarkID id, int passes) {
 }
 
 void BenchmarkStore::onRealtimeTick() {
-    currentRunTick_ = QDateTime::currentDateTime();
+    currentRunTick_ = services_.now();
     if (workerProgress_) {
         const ProgressReport report = workerProgress_->latest();
         LiveProgress progress{report.unitsDone, report.elapsedSeconds, std::string(report.unit)};
@@ -383,7 +384,7 @@ void BenchmarkStore::stopRealtimeClock() {
     emit currentRunStartedAtChanged();
     currentRunTargetSeconds_ = 0;
     emit currentRunTargetSecondsChanged();
-    currentRunTick_ = QDateTime::currentDateTime();
+    currentRunTick_ = services_.now();
     emit currentRunTickChanged();
 }
 
@@ -402,7 +403,7 @@ void BenchmarkStore::closeAnimationWindow() {
 
 void BenchmarkStore::appendLog(const QString& text) {
     // One formatter for every line: local time, 24-hour clock.
-    const QString line = QStringLiteral("[%1] %2").arg(QTime::currentTime().toString(QStringLiteral("HH:mm:ss")), text);
+    const QString line = QStringLiteral("[%1] %2").arg(services_.now().time().toString(QStringLiteral("HH:mm:ss")), text);
     logLines_.append(line);
     while (logLines_.size() > kLogCapacity) logLines_.removeFirst();
     emit logLinesChanged();

@@ -45,6 +45,8 @@ struct StoreServices {
     std::function<BenchmarkOutcome(BenchmarkID, const WorkloadContext&)> runWorkload;
     // Reads the temperatures once on the calling (background) thread.
     std::function<QLTemperatureReading()> readTemperatures;
+    // The wall clock of the display clock and the log (main thread).
+    std::function<QDateTime()> now;
 
     static StoreServices standard();
 };

@@ -1,0 +1,108 @@
+// Scriptable workloads and sensors for driving BenchmarkStore through whole runs.
+#pragma once
+
+#include "run/benchmark_store.h"
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <thread>
+
+namespace quarbel::test {
+
+enum class FakeBehaviour { instantOk, failing, skipping, untilCancelled, gated };
+
+// Each benchmark behaves as configured; a gated one blocks until release() or cancellation.
+class FakeWorkloads {
+public:
+    FakeWorkloads() { behaviours_.fill(FakeBehaviour::instantOk); }
+
+    void set(BenchmarkID id, FakeBehaviour behaviour, double score = 100) {
+        behaviours_[indexOf(id)] = behaviour;
+        scores_[indexOf(id)] = score;
+    }
+    // Scores handed out one per pass, in order, before falling back to the configured score.
+    void queueScores(BenchmarkID id, std::deque<double> scores) {
+        std::lock_guard lock(mutex_);
+        queued_[indexOf(id)] = std::move(scores);
+    }
+    void release() {
+        {
+            std::lock_guard lock(mutex_);
+            released_ = true;
+        }
+        changed_.notify_all();
+    }
+    int calls(BenchmarkID id) const { return calls_[indexOf(id)].load(); }
+    int cancelledSeen() const { return cancelledSeen_.load(); }
+    int running() const { return running_.load(); }
+
+    BenchmarkOutcome run(BenchmarkID id, const WorkloadContext& context) {
+        ++calls_[indexOf(id)];
+        ++running_;
+        struct Leave {
+            std::atomic<int>& counter;
+            ~Leave() { --counter; }
+        } leave{running_};
+        double score = scores_[indexOf(id)];
+        {
+            std::lock_guard lock(mutex_);
+            auto& queue = queued_[indexOf(id)];
+            if (!queue.empty()) {
+                score = queue.front();
+                queue.pop_front();
+            }
+        }
+        switch (behaviours_[indexOf(id)]) {
+        case FakeBehaviour::failing: return failedOutcome("Disk exploded.");
+        case FakeBehaviour::skipping: return skippedOutcome("No device here.");
+        case FakeBehaviour::untilCancelled: {
+            std::int64_t units = 0;
+            while (!context.cancelled()) {
+                ++units;
+                context.reportProgress(units, 0.001 * static_cast<double>(units), "units");
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            }
+            ++cancelledSeen_;
+            return okOutcome(score);
+        }
+        case FakeBehaviour::gated: {
+            std::unique_lock lock(mutex_);
+            while (!released_ && !context.cancelled()) changed_.wait_for(lock, std::chrono::milliseconds(2));
+            if (context.cancelled()) ++cancelledSeen_;
+            break;
+        }
+        case FakeBehaviour::instantOk: break;
+        }
+        context.reportProgress(1, 0.001, "units");
+        return okOutcome(score);
+    }
+
+    StoreServices services(std::function<QLTemperatureReading()> reader = {}) {
+        StoreServices services;
+        services.runWorkload = [this](BenchmarkID id, const WorkloadContext& context) { return run(id, context); };
+        services.readTemperatures = reader ? std::move(reader) : [] { return QLTemperatureReading{0, 0, 0, 0}; };
+        return services;
+    }
+
+    static BenchmarkOutcome okOutcome(double score) {
+        return {OutcomeStatus::ok, score, {"Rate", "12.50", "GB/s"}, MeasurementLine{"Ops", "3", ""}, 0.5,
+                "Fake work. Checksum 1."};
+    }
+
+private:
+    std::array<FakeBehaviour, kBenchmarkCount> behaviours_{};
+    std::array<double, kBenchmarkCount> scores_{100, 100, 100, 100, 100, 100, 100, 100, 100, 100, 100, 100, 100};
+    std::array<std::deque<double>, kBenchmarkCount> queued_{};
+    std::array<std::atomic<int>, kBenchmarkCount> calls_{};
+    std::atomic<int> cancelledSeen_{0};
+    std::atomic<int> running_{0};
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    bool released_ = false;
+};
+
+} // namespace quarbel::test
