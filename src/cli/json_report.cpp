@@ -1,0 +1,96 @@
+#include "cli/json_report.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace quarbel::cli {
+namespace {
+
+using json = nlohmann::ordered_json;
+
+json lineJson(const MeasurementLine& line) { return {{"label", line.label}, {"value", line.value}, {"unit", line.unit}}; }
+
+json optionalNumber(const std::optional<double>& value) { return value ? json(*value) : json(nullptr); }
+
+json summaryJson(const RunSummary& s) {
+    return {{"title", s.title},       {"completed", s.completed},
+            {"skipped", s.skipped},   {"failed", s.failed},
+            {"total", s.total},       {"score", s.score},
+            {"scoreText", scoreText(s.score)},
+            {"duration", s.duration}, {"peakCPU", optionalNumber(s.peakCPU)},
+            {"peakGPU", optionalNumber(s.peakGPU)}, {"finishedAt", isoTimestamp(s.finishedAt)}};
+}
+
+} // namespace
+
+std::string jsonReportText(const RunReport& report) {
+    json system = json::array();
+    for (const auto& [label, value] : report.system) system.push_back({{"label", label}, {"value", value}});
+    json results = json::array();
+    for (const auto& entry : report.results) {
+        const BenchmarkOutcome& o = entry.outcome;
+        results.push_back({{"id", std::string(rawValue(entry.id))},
+                           {"title", std::string(title(entry.id))},
+                           {"category", std::string(categoryTitle(category(entry.id)))},
+                           {"status", std::string(rawValue(o.status))},
+                           {"score", o.score},
+                           {"scoreText", entry.scoreText},
+                           {"primary", lineJson(o.primary)},
+                           {"secondary", o.secondary ? lineJson(*o.secondary) : json(nullptr)},
+                           {"duration", o.duration},
+                           {"detail", o.detail}});
+    }
+    const json document = {
+        {"schema", 1},
+        {"app", {{"name", report.appName}, {"version", report.appVersion}}},
+        {"mode", report.accuracyMode ? "accuracy" : "standard"},
+        {"quick", report.quick},
+        {"startedAt", isoTimestamp(report.startedAt)},
+        {"finishedAt", isoTimestamp(report.finishedAt)},
+        {"system", system},
+        {"results", results},
+        {"summary", report.summary ? summaryJson(*report.summary) : json(nullptr)},
+        {"globalScore", report.globalScore},
+        {"log", report.log},
+    };
+    // Replace rather than throw on text that is not valid UTF-8 (a device name, say).
+    return document.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
+}
+
+std::string writeFileAtomically(const std::string& path, const std::string& text) {
+    const std::string temporary = path + ".tmp-" + std::to_string(getpid());
+    const int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0644);
+    if (fd < 0) return "cannot create " + temporary + ": " + std::strerror(errno);
+    std::size_t written = 0;
+    while (written < text.size()) {
+        const ssize_t n = ::write(fd, text.data() + written, text.size() - written);
+        if (n < 0 && errno == EINTR) continue;
+        if (n < 0) {
+            const std::string message = "cannot write " + path + ": " + std::strerror(errno);
+            ::close(fd);
+            ::unlink(temporary.c_str());
+            return message;
+        }
+        written += static_cast<std::size_t>(n);
+    }
+    const bool synced = ::fsync(fd) == 0;
+    const int syncError = errno;
+    const bool closed = ::close(fd) == 0;
+    if (!synced || !closed) {
+        const std::string message = "cannot write " + path + ": " + std::strerror(synced ? errno : syncError);
+        ::unlink(temporary.c_str());
+        return message;
+    }
+    if (::rename(temporary.c_str(), path.c_str()) != 0) {
+        const std::string message = "cannot replace " + path + ": " + std::strerror(errno);
+        ::unlink(temporary.c_str());
+        return message;
+    }
+    return {};
+}
+
+} // namespace quarbel::cli

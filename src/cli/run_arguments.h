@@ -1,0 +1,24 @@
+// Checks of the `quarbel run` arguments, made before anything runs.
+#pragma once
+
+#include "run/model/catalogue.h"
+
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace quarbel::cli {
+
+struct ArgumentError {
+    std::string message; // one line, for standard error
+};
+
+// The benchmarks to run: all thirteen for `all`, else the named identifiers in the
+// order given. Unknown and repeated identifiers, and `all` with identifiers, are errors.
+std::variant<std::vector<BenchmarkID>, ArgumentError> benchmarksToRun(const std::vector<std::string>& names, bool all);
+
+// Empty when a report can be written at `path`: its directory exists and is writable,
+// and the path is not itself a directory.
+std::string jsonPathProblem(const std::string& path);
+
+} // namespace quarbel::cli

@@ -1,0 +1,42 @@
+#include "cli/stop_signals.h"
+
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace quarbel::cli {
+namespace {
+
+int pipeFds[2] = {-1, -1};
+
+extern "C" void onStopSignal(int) {
+    const int saved = errno;
+    const char byte = 1;
+    [[maybe_unused]] const ssize_t ignored = ::write(pipeFds[1], &byte, 1);
+    errno = saved;
+}
+
+} // namespace
+
+StopSignals::StopSignals(QObject* parent) : QObject(parent) {
+    if (pipeFds[0] < 0 && ::pipe2(pipeFds, O_CLOEXEC | O_NONBLOCK) != 0) return;
+    notifier_ = std::make_unique<QSocketNotifier>(pipeFds[0], QSocketNotifier::Read);
+    connect(notifier_.get(), &QSocketNotifier::activated, this, &StopSignals::drain);
+    struct sigaction action {};
+    action.sa_handler = onStopSignal;
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = SA_RESTART;
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+}
+
+void StopSignals::drain() {
+    char buffer[16];
+    ssize_t n = 0;
+    while ((n = ::read(pipeFds[0], buffer, sizeof buffer)) > 0) {
+        for (ssize_t i = 0; i < n; ++i) emit stopRequested(++received_);
+    }
+}
+
+} // namespace quarbel::cli

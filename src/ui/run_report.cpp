@@ -1,0 +1,72 @@
+#include "ui/run_report.h"
+
+#include "run/model/number_format.h"
+
+#include <algorithm>
+#include <ctime>
+
+namespace quarbel {
+namespace {
+
+// Display width of UTF-8 text: counts code points, enough for the texts we print.
+std::size_t displayWidth(const std::string& text) {
+    return static_cast<std::size_t>(
+        std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
+}
+
+std::string lineText(const MeasurementLine& line) { return line.label + " " + cardValue(line); }
+
+} // namespace
+
+std::vector<ReportEntry> reportEntries(const BenchmarkRows& rows, std::span<const BenchmarkID> ids) {
+    std::vector<ReportEntry> entries;
+    for (BenchmarkID id : ids) {
+        const auto& outcome = rows[id].outcome;
+        if (!outcome) continue;
+        entries.push_back({id, *outcome, outcome->status == OutcomeStatus::ok ? scoreText(outcome->score) : "",
+                           format(outcome->duration, 2) + " s"});
+    }
+    return entries;
+}
+
+std::string isoTimestamp(SystemTimePoint time) {
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
+    std::tm utc{};
+    gmtime_r(&seconds, &utc);
+    char buffer[32];
+    std::strftime(buffer, sizeof buffer, "%Y-%m-%dT%H:%M:%SZ", &utc);
+    return buffer;
+}
+
+std::vector<std::vector<std::string>> resultTableCells(const RunReport& report) {
+    std::vector<std::vector<std::string>> cells;
+    cells.push_back({"Benchmark", "Status", "Score", "Primary", "Secondary", "Duration"});
+    for (const auto& entry : report.results) {
+        std::string name(title(entry.id));
+        if (report.quick) name += " (quick)";
+        cells.push_back({std::move(name), std::string(rawValue(entry.outcome.status)),
+                         entry.scoreText.empty() ? "-" : entry.scoreText, lineText(entry.outcome.primary),
+                         entry.outcome.secondary ? lineText(*entry.outcome.secondary) : "-", entry.durationText});
+    }
+    return cells;
+}
+
+std::string renderTable(const std::vector<std::vector<std::string>>& cells) {
+    std::vector<std::size_t> widths;
+    for (const auto& row : cells) {
+        widths.resize(std::max(widths.size(), row.size()), 0);
+        for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], displayWidth(row[i]));
+    }
+    std::string out;
+    for (const auto& row : cells) {
+        std::string line;
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            line += row[i];
+            if (i + 1 < row.size()) line.append(widths[i] - displayWidth(row[i]) + 2, ' ');
+        }
+        out += line + "\n";
+    }
+    return out;
+}
+
+} // namespace quarbel

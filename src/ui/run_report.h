@@ -1,0 +1,50 @@
+// One record of a finished (or stopped) run that every output reads: the terminal
+// table, the JSON file and, later, the window and result cards. Numbers are turned
+// into text here and nowhere else.
+#pragma once
+
+#include "run/model/catalogue.h"
+#include "run/model/outcome.h"
+
+#include <optional>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace quarbel {
+
+struct ReportEntry {
+    BenchmarkID id;
+    BenchmarkOutcome outcome;
+    std::string scoreText;    // empty unless the outcome is ok
+    std::string durationText; // seconds with two decimals, e.g. "15.02 s"
+};
+
+struct RunReport {
+    std::string appName;
+    std::string appVersion;
+    bool accuracyMode = false;
+    bool quick = false;
+    SystemTimePoint startedAt{};
+    SystemTimePoint finishedAt{};
+    std::vector<std::pair<std::string, std::string>> system; // (label, value) rows
+    std::vector<ReportEntry> results;                          // benchmarks of the run that have an outcome
+    std::optional<RunSummary> summary;                         // absent when the run was stopped
+    double globalScore = 0;
+    std::vector<std::string> log;
+};
+
+// The entries of `ids` that hold an outcome, in run order.
+std::vector<ReportEntry> reportEntries(const BenchmarkRows& rows, std::span<const BenchmarkID> ids);
+
+// "2026-11-22T21:04:05Z": UTC, whole seconds.
+std::string isoTimestamp(SystemTimePoint time);
+
+// Rows of text cells (a header row first) for a fixed-width terminal table.
+std::vector<std::vector<std::string>> resultTableCells(const RunReport& report);
+
+// The cells laid out with two blanks between columns, one line per row.
+std::string renderTable(const std::vector<std::vector<std::string>>& cells);
+
+} // namespace quarbel
