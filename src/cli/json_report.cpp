@@ -12,24 +12,32 @@ namespace {
 
 using json = nlohmann::ordered_json;
 
-json lineJson(const MeasurementLine& line) { return {{"label", line.label}, {"value", line.value}, {"unit", line.unit}}; }
+json lineJson(const MeasurementLine& line) {
+    return {{"label", line.label}, {"value", line.value}, {"unit", line.unit}};
+}
 
 json optionalNumber(const std::optional<double>& value) { return value ? json(*value) : json(nullptr); }
 
 json summaryJson(const RunSummary& s) {
-    return {{"title", s.title},       {"completed", s.completed},
-            {"skipped", s.skipped},   {"failed", s.failed},
-            {"total", s.total},       {"score", s.score},
+    return {{"title", s.title},
+            {"completed", s.completed},
+            {"skipped", s.skipped},
+            {"failed", s.failed},
+            {"total", s.total},
+            {"score", s.score},
             {"scoreText", scoreText(s.score)},
-            {"duration", s.duration}, {"peakCPU", optionalNumber(s.peakCPU)},
-            {"peakGPU", optionalNumber(s.peakGPU)}, {"finishedAt", isoTimestamp(s.finishedAt)}};
+            {"duration", s.duration},
+            {"peakCPU", optionalNumber(s.peakCPU)},
+            {"peakGPU", optionalNumber(s.peakGPU)},
+            {"finishedAt", isoTimestamp(s.finishedAt)}};
 }
 
 } // namespace
 
 std::string jsonReportText(const RunReport& report) {
     json system = json::array();
-    for (const auto& [label, value] : report.system) system.push_back({{"label", label}, {"value", value}});
+    for (const auto& [label, value] : report.system)
+        system.push_back({{"label", label}, {"value", value}});
     json results = json::array();
     for (const auto& entry : report.results) {
         const BenchmarkOutcome& o = entry.outcome;

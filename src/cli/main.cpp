@@ -24,8 +24,9 @@ constexpr const char* kDescription =
 int listBenchmarks() {
     std::printf("%-16s %-18s %-8s %s\n", "ID", "TITLE", "CATEGORY", "TARGET");
     for (BenchmarkID id : kAllBenchmarks) {
-        std::printf("%-16s %-18s %-8s %d s\n", std::string(rawValue(id)).c_str(), std::string(title(id)).c_str(),
-                    std::string(categoryTitle(category(id))).c_str(), targetSeconds(id));
+        std::printf("%-16s %-18s %-8s %d s\n", std::string(rawValue(id)).c_str(),
+                    std::string(title(id)).c_str(), std::string(categoryTitle(category(id))).c_str(),
+                    targetSeconds(id));
     }
     return 0;
 }

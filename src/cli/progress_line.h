@@ -12,10 +12,10 @@ struct ProgressState {
     std::string_view title;
     double elapsedSeconds = 0;
     double targetSeconds = 0;
-    double fraction = 0;            // 0 ... 1
+    double fraction = 0; // 0 ... 1
     std::int64_t unitsDone = 0;
-    double workSeconds = 0;         // the workload's own measured time for unitsDone
-    std::string_view unit;          // empty when the workload reports nothing
+    double workSeconds = 0; // the workload's own measured time for unitsDone
+    std::string_view unit;  // empty when the workload reports nothing
 };
 
 // e.g. "CPU Single-Core   6.0/15 s [########............]  412.3 batches/s"

@@ -8,8 +8,10 @@
 
 namespace quarbel::cli {
 
-std::variant<std::vector<BenchmarkID>, ArgumentError> benchmarksToRun(const std::vector<std::string>& names, bool all) {
-    if (all && !names.empty()) return ArgumentError{"--all runs every benchmark; leave out the identifiers or --all"};
+std::variant<std::vector<BenchmarkID>, ArgumentError> benchmarksToRun(const std::vector<std::string>& names,
+                                                                      bool all) {
+    if (all && !names.empty())
+        return ArgumentError{"--all runs every benchmark; leave out the identifiers or --all"};
     if (all) return std::vector<BenchmarkID>(kAllBenchmarks.begin(), kAllBenchmarks.end());
     if (names.empty()) return ArgumentError{"name the benchmarks to run, or pass --all (see 'quarbel list')"};
 
@@ -18,7 +20,8 @@ std::variant<std::vector<BenchmarkID>, ArgumentError> benchmarksToRun(const std:
         const auto id = benchmarkFromRawValue(name);
         if (!id) {
             std::string valid;
-            for (BenchmarkID known : kAllBenchmarks) valid += (valid.empty() ? "" : ", ") + std::string(rawValue(known));
+            for (BenchmarkID known : kAllBenchmarks)
+                valid += (valid.empty() ? "" : ", ") + std::string(rawValue(known));
             return ArgumentError{"unknown benchmark '" + name + "'; valid identifiers: " + valid};
         }
         if (std::find(ids.begin(), ids.end(), *id) != ids.end()) {
@@ -36,7 +39,8 @@ std::string jsonPathProblem(const std::string& path) {
     std::error_code error;
     if (fs::is_directory(file, error)) return "--json " + path + " is a directory, not a file";
     const fs::path directory = file.has_parent_path() ? file.parent_path() : fs::path(".");
-    if (!fs::is_directory(directory, error)) return "--json: directory " + directory.string() + " does not exist";
+    if (!fs::is_directory(directory, error))
+        return "--json: directory " + directory.string() + " does not exist";
     if (access(directory.c_str(), W_OK | X_OK) != 0) {
         return "--json: directory " + directory.string() + " is not writable (" + std::strerror(errno) + ")";
     }

@@ -15,7 +15,8 @@ struct ArgumentError {
 
 // The benchmarks to run: all thirteen for `all`, else the named identifiers in the
 // order given. Unknown and repeated identifiers, and `all` with identifiers, are errors.
-std::variant<std::vector<BenchmarkID>, ArgumentError> benchmarksToRun(const std::vector<std::string>& names, bool all);
+std::variant<std::vector<BenchmarkID>, ArgumentError> benchmarksToRun(const std::vector<std::string>& names,
+                                                                      bool all);
 
 // Empty when a report can be written at `path`: its directory exists and is writable,
 // and the path is not itself a directory.

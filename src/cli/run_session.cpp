@@ -55,8 +55,13 @@ void RunSession::onTick() {
     const auto running = store_.runningID();
     if (!running) return;
     const LiveProgress live = store_.liveProgress();
-    const ProgressState state{title(*running),  store_.currentRunElapsed(), store_.currentRunTargetSeconds(),
-                              store_.currentRunProgress(), live.unitsDone, live.elapsedSeconds, live.unit};
+    const ProgressState state{title(*running),
+                              store_.currentRunElapsed(),
+                              store_.currentRunTargetSeconds(),
+                              store_.currentRunProgress(),
+                              live.unitsDone,
+                              live.elapsedSeconds,
+                              live.unit};
     if (terminal_) {
         std::fprintf(out_, "\r\033[K%s", progressLine(state, kBarWidth).c_str());
         progressShown_ = true;
@@ -96,8 +101,8 @@ void RunSession::finish() {
     if (report.summary) {
         const RunSummary& s = *report.summary;
         std::fprintf(out_, "\n%s%s: %d of %d complete (%d skipped, %d failed), run score %s pts, %s s\n",
-                     s.title.c_str(), options_.quick ? " (quick)" : "", s.completed, s.total, s.skipped, s.failed,
-                     scoreText(s.score).c_str(), format(s.duration, 1).c_str());
+                     s.title.c_str(), options_.quick ? " (quick)" : "", s.completed, s.total, s.skipped,
+                     s.failed, scoreText(s.score).c_str(), format(s.duration, 1).c_str());
         std::fprintf(out_, "Peak temperatures: CPU %s, GPU %s\n", temperatureText(s.peakCPU).c_str(),
                      temperatureText(s.peakGPU).c_str());
     } else {
@@ -114,7 +119,7 @@ void RunSession::finish() {
             if (exitCode == 0) exitCode = 1;
         }
     }
-    emit finished(exitCode);
+    Q_EMIT finished(exitCode);
 }
 
 } // namespace quarbel::cli

@@ -23,7 +23,7 @@ struct RunOptions {
 
 class RunSession : public QObject {
     Q_OBJECT
-public:
+  public:
     // `terminal`: rewrite one live progress line in place instead of printing plain lines.
     RunSession(BenchmarkStore& store, RunOptions options, std::FILE* out, bool terminal,
                std::function<std::vector<std::pair<std::string, std::string>>()> systemRows);
@@ -33,11 +33,11 @@ public:
     void requestStop();
     bool stopRequested() const { return stopRequested_; }
 
-signals:
+  Q_SIGNALS:
     // The run is over and everything is printed and written; `exitCode` for the process.
     void finished(int exitCode);
 
-private:
+  private:
     void onLogLine(const QString& line);
     void onTick();
     void onBusyChanged();

@@ -35,7 +35,8 @@ void StopSignals::drain() {
     char buffer[16];
     ssize_t n = 0;
     while ((n = ::read(pipeFds[0], buffer, sizeof buffer)) > 0) {
-        for (ssize_t i = 0; i < n; ++i) emit stopRequested(++received_);
+        for (ssize_t i = 0; i < n; ++i)
+            Q_EMIT stopRequested(++received_);
     }
 }
 

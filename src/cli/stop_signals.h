@@ -11,17 +11,17 @@ namespace quarbel::cli {
 
 class StopSignals : public QObject {
     Q_OBJECT
-public:
+  public:
     // Installs the handlers for the life of the process; construct once, on the main thread.
     explicit StopSignals(QObject* parent = nullptr);
 
     int received() const { return received_; }
 
-signals:
+  Q_SIGNALS:
     // Once per SIGINT or SIGTERM; `count` is 1 for the first, 2 for the second, ...
     void stopRequested(int count);
 
-private:
+  private:
     void drain();
 
     std::unique_ptr<QSocketNotifier> notifier_;

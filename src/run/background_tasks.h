@@ -15,7 +15,7 @@
 namespace quarbel {
 
 class BackgroundTasks {
-public:
+  public:
     explicit BackgroundTasks(QObject* receiver) : receiver_(receiver) {}
     ~BackgroundTasks() { joinAll(); }
     BackgroundTasks(const BackgroundTasks&) = delete;
@@ -25,16 +25,17 @@ public:
     template <class Work, class Done> void start(Work work, Done done) {
         std::lock_guard lock(mutex_);
         const std::uint64_t key = nextKey_++;
-        threads_.emplace_back(key, std::thread([this, key, work = std::move(work), done = std::move(done)]() mutable {
-            auto result = work();
-            QMetaObject::invokeMethod(
-                receiver_,
-                [this, key, done = std::move(done), result = std::move(result)]() mutable {
-                    reap(key);
-                    done(std::move(result));
-                },
-                Qt::QueuedConnection);
-        }));
+        threads_.emplace_back(
+            key, std::thread([this, key, work = std::move(work), done = std::move(done)]() mutable {
+                auto result = work();
+                QMetaObject::invokeMethod(
+                    receiver_,
+                    [this, key, done = std::move(done), result = std::move(result)]() mutable {
+                        reap(key);
+                        done(std::move(result));
+                    },
+                    Qt::QueuedConnection);
+            }));
     }
 
     void joinAll() {
@@ -43,10 +44,11 @@ public:
             std::lock_guard lock(mutex_);
             threads.swap(threads_);
         }
-        for (auto& entry : threads) entry.second.join();
+        for (auto& entry : threads)
+            entry.second.join();
     }
 
-private:
+  private:
     // The thread has posted its result and is about to end; joining it is quick.
     void reap(std::uint64_t key) {
         std::thread finished;

@@ -21,7 +21,9 @@ constexpr double kIdleThermalInterval = 5.0;
 constexpr double kRunningThermalInterval = 2.0;
 constexpr int kClockIntervalMs = 250;
 
-QString qs(std::string_view text) { return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())); }
+QString qs(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
 
 // The five benchmarks that show a workload animation window while they run.
 bool hasAnimationWindow(BenchmarkID id) {
@@ -35,7 +37,9 @@ bool hasAnimationWindow(BenchmarkID id) {
     }
 }
 
-std::string newUUIDText() { return QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper().toStdString(); }
+std::string newUUIDText() {
+    return QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper().toStdString();
+}
 
 } // namespace
 
@@ -51,13 +55,13 @@ struct BenchmarkStore::RunTask {
     bool accuracyMode = false;
     int passes = 1;
     bool cancelled = false;
-    std::size_t index = 0;                     // the benchmark now running
+    std::size_t index = 0;                      // the benchmark now running
     std::vector<BenchmarkOutcome> passOutcomes; // Accuracy Mode passes so far
 };
 
 // Written by the workload's thread after each unit, read by the display clock.
 class BenchmarkStore::PassProgress final : public ProgressSink {
-public:
+  public:
     void report(const ProgressReport& progress) noexcept override {
         std::lock_guard lock(mutex_);
         latest_ = progress;
@@ -67,7 +71,7 @@ public:
         return latest_;
     }
 
-private:
+  private:
     mutable std::mutex mutex_;
     ProgressReport latest_;
 };
@@ -107,18 +111,20 @@ double BenchmarkStore::totalScore() const { return globalScore(rows_); }
 void BenchmarkStore::setSelectedID(BenchmarkID id) {
     if (id == selectedID_) return;
     selectedID_ = id;
-    emit selectedIDChanged();
+    Q_EMIT selectedIDChanged();
 }
 
 void BenchmarkStore::setAccuracyMode(bool on) {
     if (on == accuracyMode_) return;
     accuracyMode_ = on;
-    emit accuracyModeChanged();
+    Q_EMIT accuracyModeChanged();
 }
 
 void BenchmarkStore::runSelected() { run({selectedID_}, false); }
 
-void BenchmarkStore::runAll() { run(std::vector<BenchmarkID>(kAllBenchmarks.begin(), kAllBenchmarks.end()), true); }
+void BenchmarkStore::runAll() {
+    run(std::vector<BenchmarkID>(kAllBenchmarks.begin(), kAllBenchmarks.end()), true);
+}
 
 void BenchmarkStore::run(const std::vector<BenchmarkID>& ids, bool followsActiveTest) {
     if (task_) return;
@@ -127,7 +133,7 @@ void BenchmarkStore::run(const std::vector<BenchmarkID>& ids, bool followsActive
     task_->followsActiveTest = followsActiveTest;
     task_->accuracyMode = accuracyMode_;
     task_->passes = accuracyMode_ ? kAccuracyPasses : 1;
-    emit busyChanged();
+    Q_EMIT busyChanged();
 
     // The task body starts from the event loop, so run() returns at once.
     QMetaObject::invokeMethod(
@@ -138,7 +144,7 @@ void BenchmarkStore::run(const std::vector<BenchmarkID>& ids, bool followsActive
             activeRunStartedAt_ = std::chrono::system_clock::now();
             if (runSummary_) {
                 runSummary_.reset();
-                emit runSummaryChanged();
+                Q_EMIT runSummaryChanged();
             }
             peakCPU_ = temperatureSnapshot_.cpuCelsius;
             peakGPU_ = temperatureSnapshot_.gpuCelsius;
@@ -209,7 +215,8 @@ void BenchmarkStore::benchmarkFinished(BenchmarkOutcome outcome) {
         switch (status) {
         case OutcomeStatus::ok:
             return QStringLiteral("%1: %2 pts, %3 %4")
-                .arg(qs(title(id)), qs(scoreText(outcome.score)), qs(outcome.primary.value), qs(outcome.primary.unit));
+                .arg(qs(title(id)), qs(scoreText(outcome.score)), qs(outcome.primary.value),
+                     qs(outcome.primary.unit));
         case OutcomeStatus::failed: return QStringLiteral("%1: failed").arg(qs(title(id)));
         case OutcomeStatus::skipped: break;
         }
@@ -233,10 +240,10 @@ void BenchmarkStore::finishRunTask() {
                                                           : QStringLiteral("Full Suite Summary"))
                                     : (task->accuracyMode ? QStringLiteral("Selected Test Accuracy Summary")
                                                           : QStringLiteral("Selected Test Summary"));
-        runSummary_ = makeRunSummary(rows_, task->ids,
-                                     {title.toStdString(), activeRunStartedAt_, peakCPU_, peakGPU_,
-                                      std::chrono::system_clock::now()});
-        emit runSummaryChanged();
+        runSummary_ = makeRunSummary(
+            rows_, task->ids,
+            {title.toStdString(), activeRunStartedAt_, peakCPU_, peakGPU_, std::chrono::system_clock::now()});
+        Q_EMIT runSummaryChanged();
         appendLog(QStringLiteral("Summary: %1/%2 complete, total %3 pts")
                       .arg(runSummary_->completed)
                       .arg(task->ids.size())
@@ -245,7 +252,7 @@ void BenchmarkStore::finishRunTask() {
     activeRunStartedAt_.reset();
     startThermalMonitor(kIdleThermalInterval);
     appendLog(QStringLiteral("Ready"));
-    emit busyChanged();
+    Q_EMIT busyChanged();
 }
 
 void BenchmarkStore::runBenchmarkPass(BenchmarkID id, PassCompletion completion) {
@@ -284,10 +291,10 @@ void BenchmarkStore::runVisibleMetalBenchmark(PassCompletion completion) {
     VisualBenchmarkRequest request{newUUIDText(), 20.0, 2};
     visualRunID_ = request.id;
     visualLiveStats_.reset();
-    emit visualLiveStatsChanged();
+    Q_EMIT visualLiveStatsChanged();
     visualContinuation_ = std::move(completion);
     visualRequest_ = request;
-    emit visualBenchmarkRequestChanged();
+    Q_EMIT visualBenchmarkRequestChanged();
     QPointer<BenchmarkStore> self(this);
     const std::string requestID = request.id;
     animationWindowOpen_ = true;
@@ -304,24 +311,26 @@ void BenchmarkStore::runVisibleMetalBenchmark(PassCompletion completion) {
 void BenchmarkStore::updateVisualLiveStats(const std::string& id, const VisualBenchmarkLiveStats& stats) {
     if (visualRunID_ != id) return;
     visualLiveStats_ = stats;
-    emit visualLiveStatsChanged();
+    Q_EMIT visualLiveStatsChanged();
 }
 
-void BenchmarkStore::finishVisualBenchmark(const std::optional<std::string>& id, const BenchmarkOutcome& outcome) {
+void BenchmarkStore::finishVisualBenchmark(const std::optional<std::string>& id,
+                                           const BenchmarkOutcome& outcome) {
     if (id && visualRunID_ != id) return;
     if (!visualContinuation_) return;
     PassCompletion continuation = std::move(*visualContinuation_);
     visualContinuation_.reset();
     visualRunID_.reset();
     visualRequest_.reset();
-    emit visualBenchmarkRequestChanged();
+    Q_EMIT visualBenchmarkRequestChanged();
     visualLiveStats_.reset();
-    emit visualLiveStatsChanged();
+    Q_EMIT visualLiveStatsChanged();
     closeAnimationWindow();
     // Resumed from the event loop, as an awaiting task would be: a stop() that gets
     // here finishes its own steps before the run task sees the outcome.
     QMetaObject::invokeMethod(
-        this, [continuation = std::move(continuation), outcome] { continuation(outcome); }, Qt::QueuedConnection);
+        this, [continuation = std::move(continuation), outcome] { continuation(outcome); },
+        Qt::QueuedConnection);
 }
 
 void BenchmarkStore::stop() {
@@ -346,17 +355,17 @@ void BenchmarkStore::stop() {
 void BenchmarkStore::startRealtimeClock(BenchmarkID id, int passes) {
     const QDateTime now = services_.now();
     currentRunStartedAt_ = now;
-    emit currentRunStartedAtChanged();
+    Q_EMIT currentRunStartedAtChanged();
     currentRunTick_ = now;
     currentRunTargetSeconds_ = targetSeconds(id) * std::max(passes, 1);
-    emit currentRunTargetSecondsChanged();
-    emit currentRunTickChanged();
+    Q_EMIT currentRunTargetSecondsChanged();
+    Q_EMIT currentRunTickChanged();
     if (visualLiveStats_) {
         visualLiveStats_.reset();
-        emit visualLiveStatsChanged();
+        Q_EMIT visualLiveStatsChanged();
     }
     liveProgress_ = {};
-    emit liveProgressChanged();
+    Q_EMIT liveProgressChanged();
     delete realtimeTimer_;
     realtimeTimer_ = new QTimer(this);
     realtimeTimer_->setInterval(kClockIntervalMs);
@@ -371,21 +380,21 @@ void BenchmarkStore::onRealtimeTick() {
         LiveProgress progress{report.unitsDone, report.elapsedSeconds, std::string(report.unit)};
         if (progress != liveProgress_) {
             liveProgress_ = std::move(progress);
-            emit liveProgressChanged();
+            Q_EMIT liveProgressChanged();
         }
     }
-    emit currentRunTickChanged();
+    Q_EMIT currentRunTickChanged();
 }
 
 void BenchmarkStore::stopRealtimeClock() {
     delete realtimeTimer_;
     realtimeTimer_ = nullptr;
     currentRunStartedAt_ = QDateTime();
-    emit currentRunStartedAtChanged();
+    Q_EMIT currentRunStartedAtChanged();
     currentRunTargetSeconds_ = 0;
-    emit currentRunTargetSecondsChanged();
+    Q_EMIT currentRunTargetSecondsChanged();
     currentRunTick_ = services_.now();
-    emit currentRunTickChanged();
+    Q_EMIT currentRunTickChanged();
 }
 
 void BenchmarkStore::presentAnimationWindow(BenchmarkID id, int passes) {
@@ -403,22 +412,24 @@ void BenchmarkStore::closeAnimationWindow() {
 
 void BenchmarkStore::appendLog(const QString& text) {
     // One formatter for every line: local time, 24-hour clock.
-    const QString line = QStringLiteral("[%1] %2").arg(services_.now().time().toString(QStringLiteral("HH:mm:ss")), text);
+    const QString line =
+        QStringLiteral("[%1] %2").arg(services_.now().time().toString(QStringLiteral("HH:mm:ss")), text);
     logLines_.append(line);
-    while (logLines_.size() > kLogCapacity) logLines_.removeFirst();
-    emit logLinesChanged();
-    emit logLineAppended(line);
+    while (logLines_.size() > kLogCapacity)
+        logLines_.removeFirst();
+    Q_EMIT logLinesChanged();
+    Q_EMIT logLineAppended(line);
 }
 
 void BenchmarkStore::setRow(BenchmarkID id, BenchmarkRowState row) {
     rows_[id] = std::move(row);
-    emit rowsChanged();
+    Q_EMIT rowsChanged();
 }
 
 void BenchmarkStore::setRunningID(OptionalBenchmarkID id) {
     if (id == runningID_) return;
     runningID_ = id;
-    emit runningIDChanged();
+    Q_EMIT runningIDChanged();
 }
 
 void BenchmarkStore::startThermalMonitor(double intervalSeconds) {
@@ -445,11 +456,13 @@ void BenchmarkStore::refreshThermalSnapshot() {
 
 void BenchmarkStore::applyTemperatureSnapshot(const TemperatureSnapshot& snapshot) {
     temperatureSnapshot_ = snapshot;
-    emit temperatureSnapshotChanged();
+    Q_EMIT temperatureSnapshotChanged();
     if (!runningID_) return;
     // A reading equal to the peak replaces it; a peak never falls during a run.
-    if (snapshot.cpuCelsius) peakCPU_ = peakCPU_ ? std::max(*peakCPU_, *snapshot.cpuCelsius) : *snapshot.cpuCelsius;
-    if (snapshot.gpuCelsius) peakGPU_ = peakGPU_ ? std::max(*peakGPU_, *snapshot.gpuCelsius) : *snapshot.gpuCelsius;
+    if (snapshot.cpuCelsius)
+        peakCPU_ = peakCPU_ ? std::max(*peakCPU_, *snapshot.cpuCelsius) : *snapshot.cpuCelsius;
+    if (snapshot.gpuCelsius)
+        peakGPU_ = peakGPU_ ? std::max(*peakGPU_, *snapshot.gpuCelsius) : *snapshot.gpuCelsius;
 }
 
 } // namespace quarbel

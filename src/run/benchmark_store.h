@@ -59,9 +59,11 @@ class BenchmarkStore : public QObject {
     Q_PROPERTY(QStringList logLines READ logLines NOTIFY logLinesChanged)
     Q_PROPERTY(quarbel::OptionalVisualRequest visualBenchmarkRequest READ visualBenchmarkRequest NOTIFY
                    visualBenchmarkRequestChanged)
-    Q_PROPERTY(quarbel::OptionalVisualLiveStats visualLiveStats READ visualLiveStats NOTIFY visualLiveStatsChanged)
+    Q_PROPERTY(
+        quarbel::OptionalVisualLiveStats visualLiveStats READ visualLiveStats NOTIFY visualLiveStatsChanged)
     Q_PROPERTY(QDateTime currentRunStartedAt READ currentRunStartedAt NOTIFY currentRunStartedAtChanged)
-    Q_PROPERTY(double currentRunTargetSeconds READ currentRunTargetSeconds NOTIFY currentRunTargetSecondsChanged)
+    Q_PROPERTY(
+        double currentRunTargetSeconds READ currentRunTargetSeconds NOTIFY currentRunTargetSecondsChanged)
     Q_PROPERTY(QDateTime currentRunTick READ currentRunTick NOTIFY currentRunTickChanged)
     Q_PROPERTY(quarbel::TemperatureSnapshot temperatureSnapshot READ temperatureSnapshot NOTIFY
                    temperatureSnapshotChanged)
@@ -74,7 +76,7 @@ class BenchmarkStore : public QObject {
     Q_PROPERTY(int completedCount READ completedCount NOTIFY rowsChanged)
     Q_PROPERTY(double totalScore READ totalScore NOTIFY rowsChanged)
 
-public:
+  public:
     // Construct on the main thread. `presenter` may be null (no windows: headless).
     explicit BenchmarkStore(StoreServices services = StoreServices::standard(),
                             WindowPresenter* presenter = nullptr, QObject* parent = nullptr);
@@ -106,7 +108,7 @@ public:
     void setBudgetScale(double scale) { budgetScale_ = scale; }
     double budgetScale() const { return budgetScale_; }
 
-public slots:
+  public Q_SLOTS:
     void setSelectedID(quarbel::BenchmarkID id);
     void setAccuracyMode(bool on);
     void runSelected();
@@ -117,7 +119,7 @@ public slots:
     void startThermalMonitor(double intervalSeconds);
     void refreshThermalSnapshot();
 
-signals:
+  Q_SIGNALS:
     void rowsChanged();
     void selectedIDChanged();
     void runningIDChanged();
@@ -135,7 +137,7 @@ signals:
     // Emitted for every log line as it is written, timestamp included.
     void logLineAppended(const QString& line);
 
-private:
+  private:
     struct RunTask;
     class PassProgress;
     using PassCompletion = std::function<void(BenchmarkOutcome)>;
@@ -177,7 +179,7 @@ private:
     LiveProgress liveProgress_;
 
     std::unique_ptr<RunTask> task_;
-    std::shared_ptr<CancellationToken> workerToken_;  // the pass now executing; null when none
+    std::shared_ptr<CancellationToken> workerToken_; // the pass now executing; null when none
     std::shared_ptr<PassProgress> workerProgress_;
     bool thermalReadInFlight_ = false;
     std::optional<PassCompletion> visualContinuation_;

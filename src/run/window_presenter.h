@@ -13,7 +13,7 @@ namespace quarbel {
 
 // All calls come from the main thread.
 class WindowPresenter {
-public:
+  public:
     virtual ~WindowPresenter() = default;
 
     // Whether the visual benchmark has a GPU device to render with.

@@ -10,8 +10,8 @@ namespace {
 
 // Display width of UTF-8 text: counts code points, enough for the texts we print.
 std::size_t displayWidth(const std::string& text) {
-    return static_cast<std::size_t>(
-        std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
+    return static_cast<std::size_t>(std::count_if(
+        text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
 }
 
 std::string lineText(const MeasurementLine& line) { return line.label + " " + cardValue(line); }
@@ -23,7 +23,8 @@ std::vector<ReportEntry> reportEntries(const BenchmarkRows& rows, std::span<cons
     for (BenchmarkID id : ids) {
         const auto& outcome = rows[id].outcome;
         if (!outcome) continue;
-        entries.push_back({id, *outcome, outcome->status == OutcomeStatus::ok ? scoreText(outcome->score) : "",
+        entries.push_back({id, *outcome,
+                           outcome->status == OutcomeStatus::ok ? scoreText(outcome->score) : "",
                            format(outcome->duration, 2) + " s"});
     }
     return entries;
@@ -46,7 +47,8 @@ std::vector<std::vector<std::string>> resultTableCells(const RunReport& report) 
         if (report.quick) name += " (quick)";
         cells.push_back({std::move(name), std::string(rawValue(entry.outcome.status)),
                          entry.scoreText.empty() ? "-" : entry.scoreText, lineText(entry.outcome.primary),
-                         entry.outcome.secondary ? lineText(*entry.outcome.secondary) : "-", entry.durationText});
+                         entry.outcome.secondary ? lineText(*entry.outcome.secondary) : "-",
+                         entry.durationText});
     }
     return cells;
 }
@@ -55,7 +57,8 @@ std::string renderTable(const std::vector<std::vector<std::string>>& cells) {
     std::vector<std::size_t> widths;
     for (const auto& row : cells) {
         widths.resize(std::max(widths.size(), row.size()), 0);
-        for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], displayWidth(row[i]));
+        for (std::size_t i = 0; i < row.size(); ++i)
+            widths[i] = std::max(widths[i], displayWidth(row[i]));
     }
     std::string out;
     for (const auto& row : cells) {

@@ -29,8 +29,8 @@ struct RunReport {
     SystemTimePoint startedAt{};
     SystemTimePoint finishedAt{};
     std::vector<std::pair<std::string, std::string>> system; // (label, value) rows
-    std::vector<ReportEntry> results;                          // benchmarks of the run that have an outcome
-    std::optional<RunSummary> summary;                         // absent when the run was stopped
+    std::vector<ReportEntry> results;                        // benchmarks of the run that have an outcome
+    std::optional<RunSummary> summary;                       // absent when the run was stopped
     double globalScore = 0;
     std::vector<std::string> log;
 };

@@ -17,7 +17,7 @@ enum class FakeBehaviour { instantOk, failing, skipping, untilCancelled, gated }
 
 // Each benchmark behaves as configured; a gated one blocks until release() or cancellation.
 class FakeWorkloads {
-public:
+  public:
     FakeWorkloads() { behaviours_.fill(FakeBehaviour::instantOk); }
 
     void set(BenchmarkID id, FakeBehaviour behaviour, double score = 100) {
@@ -71,7 +71,8 @@ public:
         }
         case FakeBehaviour::gated: {
             std::unique_lock lock(mutex_);
-            while (!released_ && !context.cancelled()) changed_.wait_for(lock, std::chrono::milliseconds(2));
+            while (!released_ && !context.cancelled())
+                changed_.wait_for(lock, std::chrono::milliseconds(2));
             if (context.cancelled()) ++cancelledSeen_;
             break;
         }
@@ -83,19 +84,25 @@ public:
 
     StoreServices services(std::function<QLTemperatureReading()> reader = {}) {
         StoreServices services;
-        services.runWorkload = [this](BenchmarkID id, const WorkloadContext& context) { return run(id, context); };
-        services.readTemperatures = reader ? std::move(reader) : [] { return QLTemperatureReading{0, 0, 0, 0}; };
+        services.runWorkload = [this](BenchmarkID id, const WorkloadContext& context) {
+            return run(id, context);
+        };
+        services.readTemperatures = reader ? std::move(reader) : [] {
+            return QLTemperatureReading{0, 0, 0, 0};
+        };
         return services;
     }
 
     static BenchmarkOutcome okOutcome(double score) {
-        return {OutcomeStatus::ok, score, {"Rate", "12.50", "GB/s"}, MeasurementLine{"Ops", "3", ""}, 0.5,
-                "Fake work. Checksum 1."};
+        return {
+            OutcomeStatus::ok,       score, {"Rate", "12.50", "GB/s"}, MeasurementLine{"Ops", "3", ""}, 0.5,
+            "Fake work. Checksum 1."};
     }
 
-private:
+  private:
     std::array<FakeBehaviour, kBenchmarkCount> behaviours_{};
-    std::array<double, kBenchmarkCount> scores_{100, 100, 100, 100, 100, 100, 100, 100, 100, 100, 100, 100, 100};
+    std::array<double, kBenchmarkCount> scores_{100, 100, 100, 100, 100, 100, 100,
+                                                100, 100, 100, 100, 100, 100};
     std::array<std::deque<double>, kBenchmarkCount> queued_{};
     std::array<std::atomic<int>, kBenchmarkCount> calls_{};
     std::atomic<int> cancelledSeen_{0};

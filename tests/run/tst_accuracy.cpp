@@ -9,7 +9,8 @@ using namespace quarbel;
 namespace {
 
 BenchmarkOutcome pass(double score, double duration, std::string detail = "Work done.") {
-    return {OutcomeStatus::ok, score, {"Rate", std::to_string(score), "u"}, std::nullopt, duration, std::move(detail)};
+    return {OutcomeStatus::ok, score,    {"Rate", std::to_string(score), "u"},
+            std::nullopt,      duration, std::move(detail)};
 }
 
 } // namespace
@@ -35,7 +36,8 @@ TEST(Accuracy, EvenCountTakesTheUpperMiddle) {
 }
 
 TEST(Accuracy, EqualScoresKeepPassOrderInTheStableSort) {
-    const std::vector<BenchmarkOutcome> passes{pass(50, 1, "first"), pass(50, 1, "second"), pass(50, 1, "third")};
+    const std::vector<BenchmarkOutcome> passes{pass(50, 1, "first"), pass(50, 1, "second"),
+                                               pass(50, 1, "third")};
     const auto result = accuracyOutcome(passes);
     EXPECT_EQ(result.detail.substr(0, 6), "second");
     EXPECT_NE(result.detail.find("spread 0.0%; confidence High."), std::string::npos);
@@ -46,8 +48,9 @@ TEST(Accuracy, AllSkippedHasNoSpreadAndKeepsTheMedianStatus) {
                                                skippedOutcome("No device.")};
     const auto result = accuracyOutcome(passes);
     EXPECT_EQ(result.status, OutcomeStatus::skipped);
-    EXPECT_EQ(result.detail, "No device. Accuracy Mode: median of 3 passes; pass scores 0.00, 0.00, 0.00 pts; "
-                             "spread 0.0%; confidence High.");
+    EXPECT_EQ(result.detail,
+              "No device. Accuracy Mode: median of 3 passes; pass scores 0.00, 0.00, 0.00 pts; "
+              "spread 0.0%; confidence High.");
 }
 
 TEST(Accuracy, OneFailedPassPullsTheMedianDown) {

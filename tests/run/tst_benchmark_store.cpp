@@ -37,7 +37,8 @@ TEST(BenchmarkStore, StartsIdleWithTheVisualBenchmarkSelected) {
     EXPECT_EQ(store.currentRunProgress(), 0);
     EXPECT_EQ(store.thermalMonitorInterval(), 5.0);
     EXPECT_EQ(store.temperatureSnapshot().cpuCelsius, std::nullopt);
-    for (BenchmarkID id : kAllBenchmarks) EXPECT_EQ(store.rows()[id], BenchmarkRowState{});
+    for (BenchmarkID id : kAllBenchmarks)
+        EXPECT_EQ(store.rows()[id], BenchmarkRowState{});
 }
 
 TEST(BenchmarkStore, FullSuiteRecordsEveryOutcomeLogsAndSummarises) {
@@ -47,9 +48,11 @@ TEST(BenchmarkStore, FullSuiteRecordsEveryOutcomeLogsAndSummarises) {
     fakes.set(BenchmarkID::cineTile, FakeBehaviour::instantOk, 2345.67);
     BenchmarkStore store(fakes.services());
     std::vector<BenchmarkID> selections;
-    QObject::connect(&store, &BenchmarkStore::selectedIDChanged, [&] { selections.push_back(store.selectedID()); });
+    QObject::connect(&store, &BenchmarkStore::selectedIDChanged,
+                     [&] { selections.push_back(store.selectedID()); });
     QStringList allLines;
-    QObject::connect(&store, &BenchmarkStore::logLineAppended, [&](const QString& l) { allLines << l.mid(11); });
+    QObject::connect(&store, &BenchmarkStore::logLineAppended,
+                     [&](const QString& l) { allLines << l.mid(11); });
 
     store.runAll();
     EXPECT_TRUE(store.busy()) << "run() returns at once with the task pending";
@@ -145,7 +148,8 @@ TEST(BenchmarkStore, StopMidRunCancelsTheWorkloadAndLeavesNoSummary) {
     EXPECT_EQ(messages(store).back(), "Ready");
     EXPECT_FALSE(store.runSummary());
     EXPECT_EQ(store.rows()[BenchmarkID::cpuInteger].state, TestRunState::done);
-    EXPECT_EQ(store.rows()[BenchmarkID::cpuFloating].state, TestRunState::idle) << "the late outcome is discarded";
+    EXPECT_EQ(store.rows()[BenchmarkID::cpuFloating].state, TestRunState::idle)
+        << "the late outcome is discarded";
     EXPECT_EQ(store.rows()[BenchmarkID::cpuCrypto].state, TestRunState::idle);
     EXPECT_EQ(fakes.calls(BenchmarkID::cpuCrypto), 0);
 }
@@ -166,15 +170,17 @@ TEST(BenchmarkStore, AccuracyModeRunsThreePassesAndKeepsTheMedian) {
     EXPECT_EQ(fakes.calls(BenchmarkID::cineTile), 3);
     EXPECT_EQ(target, 60) << "three times the catalogue target";
     const QStringList log = messages(store);
-    EXPECT_EQ(log.mid(1, 5), (QStringList{"Running CPU Tile Render (Accuracy Mode)",
-                                          "CPU Tile Render: Accuracy Mode 3x median", "CPU Tile Render: pass 1/3",
-                                          "CPU Tile Render: pass 2/3", "CPU Tile Render: pass 3/3"}));
+    EXPECT_EQ(
+        log.mid(1, 5),
+        (QStringList{"Running CPU Tile Render (Accuracy Mode)", "CPU Tile Render: Accuracy Mode 3x median",
+                     "CPU Tile Render: pass 1/3", "CPU Tile Render: pass 2/3", "CPU Tile Render: pass 3/3"}));
     const auto& outcome = store.rows()[BenchmarkID::cineTile].outcome;
     ASSERT_TRUE(outcome);
     EXPECT_EQ(outcome->score, 1000);
     EXPECT_DOUBLE_EQ(outcome->duration, 1.5);
-    EXPECT_EQ(outcome->detail, "Fake work. Checksum 1. Accuracy Mode: median of 3 passes; pass scores 1010.0, "
-                               "980.00, 1000.0 pts; spread 3.0%; confidence Good.");
+    EXPECT_EQ(outcome->detail,
+              "Fake work. Checksum 1. Accuracy Mode: median of 3 passes; pass scores 1010.0, "
+              "980.00, 1000.0 pts; spread 3.0%; confidence Good.");
     EXPECT_EQ(store.runSummary()->title, "Selected Test Accuracy Summary");
 }
 
@@ -238,7 +244,8 @@ TEST(BenchmarkStore, ThermalReadsNeverOverlapAndTheTimerKeepsItsPeriod) {
     auto gate = std::make_shared<std::atomic<bool>>(false);
     BenchmarkStore store(fakes.services([reads, gate] {
         ++*reads;
-        while (!gate->load()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        while (!gate->load())
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
         return QLTemperatureReading{50, 60, 1, 1};
     }));
     store.startThermalMonitor(2.0);
@@ -256,7 +263,7 @@ TEST(BenchmarkStore, ThermalReadsNeverOverlapAndTheTimerKeepsItsPeriod) {
 namespace {
 
 class FakePresenter final : public WindowPresenter {
-public:
+  public:
     bool device = true;
     int animationWindows = 0;
     int closes = 0;
@@ -297,7 +304,8 @@ TEST(BenchmarkStore, VisualBenchmarkIgnoresStaleCallbacksAndResumesOnce) {
     EXPECT_EQ(presenter.lastRequest.seconds, 20.0);
     EXPECT_EQ(presenter.lastRequest.workload, 2);
     EXPECT_EQ(presenter.lastRequest.id.size(), 36u);
-    EXPECT_EQ(fakes.calls(BenchmarkID::metalVisual), 0) << "with a window the scene runs there, not offscreen";
+    EXPECT_EQ(fakes.calls(BenchmarkID::metalVisual), 0)
+        << "with a window the scene runs there, not offscreen";
 
     presenter.live({60, 59.5, 50, 70});
     ASSERT_TRUE(store.visualLiveStats());

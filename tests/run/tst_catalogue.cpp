@@ -24,7 +24,8 @@ TEST(Catalogue, BenchmarksWithoutStagesShowTheirExplanation) {
 }
 
 TEST(Catalogue, RawValuesRoundTripExactly) {
-    for (BenchmarkID id : kAllBenchmarks) EXPECT_EQ(benchmarkFromRawValue(rawValue(id)), id);
+    for (BenchmarkID id : kAllBenchmarks)
+        EXPECT_EQ(benchmarkFromRawValue(rawValue(id)), id);
     EXPECT_FALSE(benchmarkFromRawValue("CPUInteger"));
     EXPECT_FALSE(benchmarkFromRawValue("cpuinteger"));
     EXPECT_FALSE(benchmarkFromRawValue(""));
@@ -47,7 +48,8 @@ TEST(Catalogue, CategoriesHoldEveryBenchmarkOnceInCatalogueOrder) {
         }
     }
     EXPECT_EQ(seen.size(), kBenchmarkCount);
-    for (BenchmarkID id : kAllBenchmarks) EXPECT_EQ(seen.count(id), 1u);
+    for (BenchmarkID id : kAllBenchmarks)
+        EXPECT_EQ(seen.count(id), 1u);
     EXPECT_EQ(byCategory(BenchmarkCategory::system).size(), 1u);
     EXPECT_EQ(category(BenchmarkID::memoryStream), BenchmarkCategory::system);
 }

@@ -17,7 +17,8 @@ TEST(NumberFormat, FixedDigitsRoundLikePrintf) {
 TEST(NumberFormat, IgnoresTheUsersLocale) {
     const char* previous = std::setlocale(LC_NUMERIC, nullptr);
     const std::string saved = previous ? previous : "C";
-    if (std::setlocale(LC_NUMERIC, "de_DE.UTF-8") == nullptr) GTEST_SKIP() << "de_DE.UTF-8 locale not installed";
+    if (std::setlocale(LC_NUMERIC, "de_DE.UTF-8") == nullptr)
+        GTEST_SKIP() << "de_DE.UTF-8 locale not installed";
     EXPECT_EQ(format(1.5, 1), "1.5");
     std::setlocale(LC_NUMERIC, saved.c_str());
 }

@@ -15,7 +15,8 @@ BenchmarkOutcome okOutcome(double score) {
 
 BenchmarkRows rowsWith(std::initializer_list<std::pair<BenchmarkID, BenchmarkRowState>> entries) {
     BenchmarkRows rows;
-    for (const auto& [id, row] : entries) rows[id] = row;
+    for (const auto& [id, row] : entries)
+        rows[id] = row;
     return rows;
 }
 
@@ -72,8 +73,8 @@ TEST(Scores, GeometricMeanLiftsSmallScoresAndSkipsNonPositiveOnes) {
 TEST(Scores, RunScoreDividesByTheRunsOwnSize) {
     const auto rows = rowsWith({{BenchmarkID::cpuInteger, {TestRunState::done, okOutcome(100)}},
                                 {BenchmarkID::cpuFloating, {TestRunState::done, okOutcome(400)}}});
-    const std::vector<BenchmarkID> ids{BenchmarkID::cpuInteger, BenchmarkID::cpuFloating, BenchmarkID::cpuCrypto,
-                                       BenchmarkID::memoryStream};
+    const std::vector<BenchmarkID> ids{BenchmarkID::cpuInteger, BenchmarkID::cpuFloating,
+                                       BenchmarkID::cpuCrypto, BenchmarkID::memoryStream};
     EXPECT_NEAR(runScore(rows, ids), 200.0 * 2 / 4, 1e-9);
     EXPECT_EQ(runScore(rows, {}), 0);
 }
@@ -83,11 +84,11 @@ TEST(RunSummary, StoppedBenchmarkCountsInTotalOnly) {
                                 {BenchmarkID::cpuFloating, {TestRunState::skipped, skippedOutcome("x")}},
                                 {BenchmarkID::cpuCrypto, {TestRunState::failed, failedOutcome("y")}},
                                 {BenchmarkID::memoryStream, {TestRunState::idle, std::nullopt}}});
-    const std::vector<BenchmarkID> ids{BenchmarkID::cpuInteger, BenchmarkID::cpuFloating, BenchmarkID::cpuCrypto,
-                                       BenchmarkID::memoryStream};
+    const std::vector<BenchmarkID> ids{BenchmarkID::cpuInteger, BenchmarkID::cpuFloating,
+                                       BenchmarkID::cpuCrypto, BenchmarkID::memoryStream};
     const auto now = std::chrono::system_clock::now();
-    const auto summary = makeRunSummary(rows, ids, {"Selected Test Summary", now - std::chrono::seconds(3), 61.0,
-                                                    std::nullopt, now});
+    const auto summary = makeRunSummary(
+        rows, ids, {"Selected Test Summary", now - std::chrono::seconds(3), 61.0, std::nullopt, now});
     EXPECT_EQ(summary.total, 4);
     EXPECT_EQ(summary.completed, 1);
     EXPECT_EQ(summary.skipped, 1);

@@ -18,7 +18,8 @@ BenchmarkOutcome accuracyOutcome(std::span<const BenchmarkOutcome> passes) {
     if (passes.empty()) return accuracyStoppedOutcome();
 
     std::vector<const BenchmarkOutcome*> sorted;
-    for (const auto& pass : passes) sorted.push_back(&pass);
+    for (const auto& pass : passes)
+        sorted.push_back(&pass);
     std::stable_sort(sorted.begin(), sorted.end(),
                      [](const auto* a, const auto* b) { return a->score < b->score; });
     const BenchmarkOutcome& median = *sorted[sorted.size() / 2];

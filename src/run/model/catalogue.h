@@ -31,9 +31,9 @@ enum class BenchmarkID {
 inline constexpr std::size_t kBenchmarkCount = 13;
 
 inline constexpr std::array<BenchmarkID, kBenchmarkCount> kAllBenchmarks = {
-    BenchmarkID::cpuInteger,   BenchmarkID::cpuFloating,   BenchmarkID::cpuCrypto,
-    BenchmarkID::memoryStream, BenchmarkID::cineTile,      BenchmarkID::metalVisual,
-    BenchmarkID::metalCompute, BenchmarkID::openCLCompute, BenchmarkID::rawCPUDecode,
+    BenchmarkID::cpuInteger,     BenchmarkID::cpuFloating,   BenchmarkID::cpuCrypto,
+    BenchmarkID::memoryStream,   BenchmarkID::cineTile,      BenchmarkID::metalVisual,
+    BenchmarkID::metalCompute,   BenchmarkID::openCLCompute, BenchmarkID::rawCPUDecode,
     BenchmarkID::rawMetalDecode, BenchmarkID::ssdSequential, BenchmarkID::ssdRealSpeed,
     BenchmarkID::ssdRandom,
 };

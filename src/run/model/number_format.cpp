@@ -11,8 +11,8 @@ std::string format(double value, int digits) {
     // std::to_chars rounds exactly like printf but never consults the C locale, which a
     // Qt application sets from the environment.
     std::array<char, 512> buffer{};
-    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
-                                      std::chars_format::fixed, digits);
+    const auto result =
+        std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed, digits);
     if (result.ec != std::errc{}) return std::isnan(value) ? "nan" : (value < 0 ? "-inf" : "inf");
     return std::string(buffer.data(), result.ptr);
 }

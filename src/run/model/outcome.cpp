@@ -16,7 +16,8 @@ bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' ||
 double scaledGeometricMean(const std::vector<double>& scores, double divisor) {
     if (scores.empty()) return 0;
     double logSum = 0;
-    for (double s : scores) logSum += std::log(s < 1 ? 1.0 : s);
+    for (double s : scores)
+        logSum += std::log(s < 1 ? 1.0 : s);
     const double n = static_cast<double>(scores.size());
     return std::exp(logSum / n) * n / divisor;
 }
@@ -43,8 +44,10 @@ std::string_view stateName(TestRunState state) {
 
 std::string cardValue(const MeasurementLine& line) {
     std::string_view unit = line.unit;
-    while (!unit.empty() && isBlank(unit.front())) unit.remove_prefix(1);
-    while (!unit.empty() && isBlank(unit.back())) unit.remove_suffix(1);
+    while (!unit.empty() && isBlank(unit.front()))
+        unit.remove_prefix(1);
+    while (!unit.empty() && isBlank(unit.back()))
+        unit.remove_suffix(1);
     if (unit.empty()) return line.value;
     return line.value + " " + std::string(unit);
 }
@@ -91,7 +94,8 @@ double runScore(const BenchmarkRows& rows, std::span<const BenchmarkID> ids) {
 
 int completedCount(const BenchmarkRows& rows) {
     int count = 0;
-    for (BenchmarkID id : kAllBenchmarks) count += rows[id].state == TestRunState::done ? 1 : 0;
+    for (BenchmarkID id : kAllBenchmarks)
+        count += rows[id].state == TestRunState::done ? 1 : 0;
     return count;
 }
 

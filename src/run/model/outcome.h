@@ -34,10 +34,10 @@ std::string cardValue(const MeasurementLine& line);
 
 struct BenchmarkOutcome {
     OutcomeStatus status = OutcomeStatus::skipped;
-    double score = 0;                // Quarbel points; only read when status is ok
+    double score = 0; // Quarbel points; only read when status is ok
     MeasurementLine primary;
     std::optional<MeasurementLine> secondary;
-    double duration = 0;             // seconds of measured wall time
+    double duration = 0; // seconds of measured wall time
     std::string detail;
     bool operator==(const BenchmarkOutcome&) const = default;
 };
@@ -56,12 +56,12 @@ struct BenchmarkRowState {
 
 // One row per benchmark, always all thirteen.
 class BenchmarkRows {
-public:
+  public:
     BenchmarkRowState& operator[](BenchmarkID id) { return rows_[indexOf(id)]; }
     const BenchmarkRowState& operator[](BenchmarkID id) const { return rows_[indexOf(id)]; }
     bool operator==(const BenchmarkRows&) const = default;
 
-private:
+  private:
     std::array<BenchmarkRowState, kBenchmarkCount> rows_{};
 };
 
@@ -73,10 +73,10 @@ struct RunSummary {
     int skipped = 0;
     int failed = 0;
     int total = 0;
-    double score = 0;                 // run score, Quarbel points
-    double duration = 0;              // seconds, never negative
-    std::optional<double> peakCPU;    // degrees Celsius
-    std::optional<double> peakGPU;    // degrees Celsius
+    double score = 0;              // run score, Quarbel points
+    double duration = 0;           // seconds, never negative
+    std::optional<double> peakCPU; // degrees Celsius
+    std::optional<double> peakGPU; // degrees Celsius
     SystemTimePoint finishedAt{};
     bool operator==(const RunSummary&) const = default;
 };

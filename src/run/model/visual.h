@@ -7,7 +7,7 @@
 namespace quarbel {
 
 struct VisualBenchmarkRequest {
-    std::string id;   // upper-case UUID text; identifies one visual run
+    std::string id; // upper-case UUID text; identifies one visual run
     double seconds = 20.0;
     int workload = 2; // full-screen draws per frame: max(1, 3 x workload)
     bool operator==(const VisualBenchmarkRequest& other) const { return id == other.id; }

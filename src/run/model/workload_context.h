@@ -12,24 +12,24 @@ namespace quarbel {
 
 // Set once by the controller (any thread); read by the workload at its check points.
 class CancellationToken {
-public:
+  public:
     void cancel() noexcept { cancelled_.store(true, std::memory_order_relaxed); }
     bool isCancelled() const noexcept { return cancelled_.load(std::memory_order_relaxed); }
 
-private:
+  private:
     std::atomic<bool> cancelled_{false};
 };
 
 struct ProgressReport {
-    std::int64_t unitsDone = 0;    // work units finished so far (batches, bytes, frames, ...)
-    double elapsedSeconds = 0;     // measured time of the work so far
-    std::string_view unit;         // what a unit is, plural ("batches", "bytes"); a literal
+    std::int64_t unitsDone = 0; // work units finished so far (batches, bytes, frames, ...)
+    double elapsedSeconds = 0;  // measured time of the work so far
+    std::string_view unit;      // what a unit is, plural ("batches", "bytes"); a literal
 };
 
 // Receives progress from the workload's thread. Implementations must be cheap and
 // thread-safe: workloads call it after every unit of work.
 class ProgressSink {
-public:
+  public:
     virtual ~ProgressSink() = default;
     virtual void report(const ProgressReport& progress) noexcept = 0;
 };

@@ -1,0 +1,144 @@
+// The quarbel binary as a user meets it: arguments, exit codes, output and the report.
+#include "process.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <filesystem>
+#include <fstream>
+#include <sys/mount.h>
+#include <unistd.h>
+
+using namespace quarbel::test;
+namespace fs = std::filesystem;
+
+namespace {
+
+const std::string kQuarbel = QUARBEL_BINARY;
+
+class TempDir {
+  public:
+    TempDir() {
+        std::string pattern = (fs::temp_directory_path() / "quarbel-cli-test-XXXXXX").string();
+        path_ = mkdtemp(pattern.data());
+    }
+    ~TempDir() {
+        std::error_code ignored;
+        fs::remove_all(path_, ignored);
+    }
+    const fs::path& path() const { return path_; }
+
+  private:
+    fs::path path_;
+};
+
+} // namespace
+
+TEST(QuarbelCommand, BadInputIsRefusedWithOneLineAndExitCode2BeforeAnythingRuns) {
+    TempDir dir;
+    const fs::path existing = dir.path() / "sub";
+    fs::create_directory(existing);
+    struct Case {
+        std::vector<std::string> args;
+        std::string message;
+    };
+    const std::vector<Case> cases = {
+        {{"run", "cpuTurbo"}, "unknown benchmark 'cpuTurbo'; valid identifiers: cpuInteger, cpuFloating,"},
+        {{"run", "ssdRandom", "cpuInteger", "ssdRandom"}, "benchmark 'ssdRandom' is named more than once"},
+        {{"run", "--all", "cpuInteger"}, "--all runs every benchmark"},
+        {{"run"}, "name the benchmarks to run, or pass --all"},
+        {{"run", "--all", "--json", (dir.path() / "missing" / "r.json").string()}, "does not exist"},
+        {{"run", "--all", "--json", existing.string()}, "is a directory"},
+        {{"run", "--all", "--bogus"}, "--bogus"},
+    };
+    for (const auto& c : cases) {
+        std::vector<std::string> args{kQuarbel};
+        args.insert(args.end(), c.args.begin(), c.args.end());
+        const auto result = runProcess(args);
+        EXPECT_EQ(result.exitCode, 2) << c.args.back();
+        EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
+        EXPECT_EQ(result.out, "") << "nothing may run after bad input";
+    }
+}
+
+TEST(QuarbelCommand, RefusesAReportDirectoryItCannotWriteTo) {
+    TempDir dir;
+    const fs::path readOnly = dir.path() / "ro";
+    fs::create_directory(readOnly);
+    if (geteuid() == 0) {
+        // Root writes through permission bits; a read-only mount is what stops it.
+        if (mount("tmpfs", readOnly.c_str(), "tmpfs", MS_RDONLY, "size=64k") != 0)
+            GTEST_SKIP() << "cannot mount a read-only tmpfs here";
+    } else {
+        fs::permissions(readOnly, fs::perms::owner_read | fs::perms::owner_exec);
+    }
+    const auto result = runProcess({kQuarbel, "run", "cpuInteger", "--json", (readOnly / "r.json").string()});
+    if (geteuid() == 0) umount(readOnly.c_str());
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_NE(result.err.find("is not writable"), std::string::npos) << result.err;
+}
+
+TEST(QuarbelCommand, VersionHelpAndList) {
+    const auto version = runProcess({kQuarbel, "--version"});
+    EXPECT_EQ(version.exitCode, 0);
+    EXPECT_EQ(version.out.rfind("quarbel ", 0), 0u) << version.out;
+
+    const auto help = runProcess({kQuarbel, "--help"});
+    EXPECT_EQ(help.exitCode, 0);
+    EXPECT_NE(help.out.find("Vulkan"), std::string::npos);
+    EXPECT_NE(help.out.find("OpenCL"), std::string::npos);
+
+    const auto list = runProcess({kQuarbel, "list"});
+    ASSERT_EQ(list.exitCode, 0);
+    const std::vector<std::string> order = {
+        "cpuInteger",    "cpuFloating",  "cpuCrypto",     "memoryStream", "cineTile",
+        "metalVisual",   "metalCompute", "openCLCompute", "rawCPUDecode", "rawMetalDecode",
+        "ssdSequential", "ssdRealSpeed", "ssdRandom"};
+    std::size_t position = 0;
+    for (const auto& id : order) {
+        const auto found = list.out.find("\n" + id + " ", position);
+        ASSERT_NE(found, std::string::npos) << id << " missing or out of order";
+        position = found + 1;
+    }
+    EXPECT_NE(list.out.find("memoryStream     Memory Stream      System   12 s"), std::string::npos)
+        << list.out;
+}
+
+TEST(QuarbelCommand, JsonReportHasTheDocumentedShape) {
+    TempDir dir;
+    const fs::path report = dir.path() / "result.json";
+    const auto result = runProcess({kQuarbel, "run", "metalVisual", "--quick", "--json", report.string()});
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_NE(result.out.find("Running GPU Visual Tour (Standard Mode)"), std::string::npos);
+    EXPECT_NE(result.out.find("Global score: "), std::string::npos);
+
+    std::ifstream in(report);
+    const auto json = nlohmann::json::parse(in);
+    EXPECT_EQ(json["schema"], 1);
+    EXPECT_EQ(json["app"]["name"], "Quarbel");
+    EXPECT_TRUE(json["app"]["version"].is_string());
+    EXPECT_EQ(json["mode"], "standard");
+    EXPECT_EQ(json["quick"], true);
+    EXPECT_TRUE(json["startedAt"].get<std::string>().ends_with("Z"));
+    EXPECT_TRUE(json["system"].is_array());
+    ASSERT_EQ(json["results"].size(), 1u);
+    const auto& entry = json["results"][0];
+    EXPECT_EQ(entry["id"], "metalVisual");
+    EXPECT_EQ(entry["title"], "GPU Visual Tour");
+    EXPECT_EQ(entry["category"], "GPU");
+    for (const char* key : {"status", "score", "scoreText", "primary", "secondary", "duration", "detail"})
+        EXPECT_TRUE(entry.contains(key)) << key;
+    for (const char* key : {"label", "value", "unit"})
+        EXPECT_TRUE(entry["primary"].contains(key)) << key;
+    const auto& summary = json["summary"];
+    EXPECT_EQ(summary["title"], "Selected Test Summary");
+    EXPECT_EQ(summary["total"], 1);
+    EXPECT_TRUE(summary["peakCPU"].is_null() || summary["peakCPU"].is_number());
+    for (const char* key : {"completed", "skipped", "failed", "score", "duration", "peakGPU", "finishedAt"})
+        EXPECT_TRUE(summary.contains(key)) << key;
+    EXPECT_TRUE(json["globalScore"].is_number());
+    EXPECT_EQ(json["log"].back(), json["log"].back().get<std::string>().substr(0, 11) + "Ready");
+
+    for (const auto& file : fs::directory_iterator(dir.path()))
+        EXPECT_EQ(file.path().filename(), "result.json") << "no temporary file may stay behind";
+}

@@ -1,0 +1,103 @@
+// A run driven in-process, with fake workloads, through a real SIGINT.
+#include "cli/json_report.h"
+#include "cli/progress_line.h"
+#include "cli/run_session.h"
+#include "cli/stop_signals.h"
+#include "fake_workloads.h"
+#include "support/event_loop.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+
+using namespace quarbel;
+using namespace quarbel::test;
+
+namespace {
+
+std::string readAll(std::FILE* file) {
+    std::rewind(file);
+    std::string text;
+    char buffer[4096];
+    std::size_t n = 0;
+    while ((n = std::fread(buffer, 1, sizeof buffer, file)) > 0)
+        text.append(buffer, n);
+    return text;
+}
+
+} // namespace
+
+TEST(RunSession, InterruptStopsTheRunWithoutSummaryAndExit130) {
+    FakeWorkloads fakes;
+    fakes.set(BenchmarkID::cpuFloating, FakeBehaviour::untilCancelled);
+    BenchmarkStore store(fakes.services());
+    std::FILE* out = std::tmpfile();
+    const auto report =
+        std::filesystem::temp_directory_path() / ("quarbel-session-" + std::to_string(getpid()) + ".json");
+    cli::RunSession session(store,
+                            {{BenchmarkID::cpuInteger, BenchmarkID::cpuFloating, BenchmarkID::cpuCrypto},
+                             false,
+                             true,
+                             report.string()},
+                            out, false, [] {
+                                return std::vector<std::pair<std::string, std::string>>{{"CPU", "Fake"}};
+                            });
+    cli::StopSignals stopSignals;
+    QObject::connect(&stopSignals, &cli::StopSignals::stopRequested, &session,
+                     [&](int) { session.requestStop(); });
+    int exitCode = -1;
+    QObject::connect(&session, &cli::RunSession::finished, [&](int code) { exitCode = code; });
+
+    session.start();
+    EXPECT_EQ(store.budgetScale(), 0.1) << "--quick divides every budget by ten";
+    ASSERT_TRUE(processEventsUntil(
+        [&] { return fakes.running() == 1 && store.runningID() == BenchmarkID::cpuFloating; }));
+    std::raise(SIGINT);
+    ASSERT_TRUE(processEventsUntil([&] { return exitCode != -1; }));
+
+    EXPECT_EQ(exitCode, 130);
+    EXPECT_EQ(fakes.cancelledSeen(), 1);
+    EXPECT_EQ(fakes.calls(BenchmarkID::cpuCrypto), 0);
+    const std::string text = readAll(out);
+    EXPECT_NE(text.find("] Run stopped\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("] Ready\n"), std::string::npos);
+    EXPECT_NE(text.find("Run stopped: no summary."), std::string::npos);
+    EXPECT_NE(text.find("CPU Single-Core (quick)"), std::string::npos)
+        << "quick results are marked in the table";
+    std::fclose(out);
+
+    std::ifstream in(report);
+    const auto json = nlohmann::json::parse(in);
+    EXPECT_TRUE(json["summary"].is_null());
+    EXPECT_EQ(json["results"].size(), 1u) << "only the benchmark that finished has a result";
+    EXPECT_EQ(json["system"][0]["value"], "Fake");
+    std::filesystem::remove(report);
+}
+
+TEST(ProgressLine, ShowsElapsedTargetBarAndRate) {
+    cli::ProgressState state{"CPU Single-Core", 6.0, 15, 0.4, 1234, 2.0, "batches"};
+    EXPECT_EQ(cli::progressLine(state, 10), "CPU Single-Core  6.0/15 s [####......]  617 batches/s");
+    state.unit = "bytes";
+    state.unitsDone = 3 * 1048576;
+    EXPECT_EQ(cli::rateText(state), "1.5 MB/s");
+    state.unit = "";
+    EXPECT_EQ(cli::rateText(state), "");
+    state.fraction = 7; // the bar never overflows
+    EXPECT_EQ(cli::progressLine(state, 4), "CPU Single-Core  6.0/15 s [####]");
+}
+
+TEST(JsonReport, AtomicWriteLeavesNoTemporaryOnFailure) {
+    const std::string missing = "/nonexistent-quarbel-dir/report.json";
+    EXPECT_NE(cli::writeFileAtomically(missing, "{}"), "");
+    const auto path =
+        std::filesystem::temp_directory_path() / ("quarbel-atomic-" + std::to_string(getpid()) + ".json");
+    ASSERT_EQ(cli::writeFileAtomically(path.string(), "{\"a\":1}\n"), "");
+    ASSERT_EQ(cli::writeFileAtomically(path.string(), "{\"a\":2}\n"), "") << "an existing report is replaced";
+    std::ifstream in(path);
+    EXPECT_EQ(nlohmann::json::parse(in)["a"], 2);
+    std::filesystem::remove(path);
+}
