@@ -1,0 +1,5 @@
+#!/usr/bin/env bash
+# Start-up cost of the command line: `quarbel --version` and `quarbel list`, with hyperfine.
+set -euo pipefail
+QUARBEL="${1:-build/release/src/cli/quarbel}"
+hyperfine --warmup 5 --runs 50 -N "$QUARBEL --version" "$QUARBEL list"
