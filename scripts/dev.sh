@@ -64,7 +64,7 @@ case "$ACTION" in
       ctest --test-dir "$ROOT/build/asan" --output-on-failure --no-tests=error -j "$(nproc)" "$@"
     configure_and_build "$ROOT/build/tsan" -DCMAKE_BUILD_TYPE=Debug -DQUARBEL_SANITIZE=thread
     TSAN_OPTIONS=halt_on_error=1 \
-      ctest --test-dir "$ROOT/build/tsan" --output-on-failure --no-tests=error -R "tst_benchmark_store|tst_cli" "$@"
+      ctest --test-dir "$ROOT/build/tsan" --output-on-failure --no-tests=error -R "BenchmarkStore|RunSession|QuarbelCommand" "$@"
     ;;
   *)
     echo "usage: scripts/dev.sh {suite|test|sanitize|build} [args...]" >&2
