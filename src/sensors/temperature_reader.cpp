@@ -1,5 +1,19 @@
+#include "sensors/hwmon_reader.h"
+#include "sensors/nvml_temperature.h"
 #include "sensors/temperature.h"
 
-// No sensor source is wired in yet: every reading reports both channels absent, so
-// the views show "Unavailable".
-extern "C" QLTemperatureReading QuarbelReadTemperatures(void) { return QLTemperatureReading{0, 0, 0, 0}; }
+// Linux: the hwmon sensors for the CPU and for GPUs whose kernel driver reports a
+// temperature, and NVML for NVIDIA GPUs, whose proprietary driver has no hwmon chip.
+// The controller logic of smc_controller.h serves machines with an SMC transport.
+extern "C" QLTemperatureReading QuarbelReadTemperatures(void) {
+    // Never destroyed: a background read may still run while the process exits.
+    static auto* const hwmon = new quarbel::HwmonTemperatureReader();
+    QLTemperatureReading reading = hwmon->read();
+    if (const auto nvidia = quarbel::NvmlTemperatureSource::system().hottestGpu()) {
+        if (reading.hasGPU == 0 || *nvidia > reading.gpu) {
+            reading.gpu = *nvidia;
+            reading.hasGPU = 1;
+        }
+    }
+    return reading;
+}

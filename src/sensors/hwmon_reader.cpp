@@ -1,0 +1,234 @@
+#include "sensors/hwmon_reader.h"
+
+#include "sensors/plausible_temperature.h"
+#include "sensors/sysfs_text.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <dirent.h>
+#include <sys/stat.h>
+
+namespace quarbel {
+namespace {
+
+std::string normalisedName(std::string_view name) {
+    std::string result(sysfs::trimmed(name));
+    for (char& c : result) {
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        if (c == '-') c = '_';
+    }
+    return result;
+}
+
+std::vector<std::string> directoryEntries(const std::string& path) {
+    std::vector<std::string> names;
+    DIR* dir = ::opendir(path.c_str());
+    if (dir == nullptr) return names;
+    while (const dirent* entry = ::readdir(dir)) {
+        const std::string_view name = entry->d_name;
+        if (name != "." && name != "..") names.emplace_back(name);
+    }
+    ::closedir(dir);
+    return names;
+}
+
+bool fileExists(const std::string& path) {
+    struct stat info {};
+    return ::stat(path.c_str(), &info) == 0;
+}
+
+// The number N of "<prefix>N<suffix>", or nothing when `name` has another shape.
+std::optional<int> numberBetween(std::string_view name, std::string_view prefix, std::string_view suffix) {
+    if (!name.starts_with(prefix) || !name.ends_with(suffix)) return std::nullopt;
+    if (name.size() <= prefix.size() + suffix.size()) return std::nullopt;
+    const auto digits = name.substr(prefix.size(), name.size() - prefix.size() - suffix.size());
+    if (!std::all_of(digits.begin(), digits.end(), [](char c) { return c >= '0' && c <= '9'; }))
+        return std::nullopt;
+    const auto value = sysfs::parseInteger(digits);
+    if (!value || *value > 1'000'000) return std::nullopt;
+    return static_cast<int>(*value);
+}
+
+// Entries named "<prefix>N", in ascending N, so that discovery is stable across calls.
+std::vector<std::string> numberedEntries(const std::string& directory, std::string_view prefix,
+                                         std::string_view suffix = {}) {
+    std::vector<std::pair<int, std::string>> numbered;
+    for (auto& name : directoryEntries(directory))
+        if (const auto n = numberBetween(name, prefix, suffix)) numbered.emplace_back(*n, std::move(name));
+    std::sort(numbered.begin(), numbered.end());
+    std::vector<std::string> names;
+    for (auto& entry : numbered)
+        names.push_back(std::move(entry.second));
+    return names;
+}
+
+struct LabelledInput {
+    std::string label; // empty when the chip names none
+    std::string path;
+};
+
+// Label prefixes of the preferred tiers of a chip, before the tier of all its inputs.
+std::vector<std::vector<std::string_view>> preferredLabels(const std::string& chipName) {
+    if (chipName == "coretemp") return {{"Package id", "Physical id"}};
+    if (chipName == "k10temp" || chipName == "zenpower") return {{"Tdie"}, {"Tctl"}};
+    if (chipName == "amdgpu") return {{"edge"}};
+    if (chipName == "xe") return {{"pkg"}};
+    return {};
+}
+
+std::vector<std::vector<std::string>> tiersFor(const std::string& chipName,
+                                               const std::vector<LabelledInput>& inputs) {
+    std::vector<std::vector<std::string>> tiers;
+    for (const auto& prefixes : preferredLabels(chipName)) {
+        std::vector<std::string> tier;
+        for (const auto& input : inputs) {
+            const bool matches = std::any_of(prefixes.begin(), prefixes.end(), [&](std::string_view prefix) {
+                return std::string_view(input.label).starts_with(prefix);
+            });
+            if (matches) tier.push_back(input.path);
+        }
+        if (!tier.empty()) tiers.push_back(std::move(tier));
+    }
+    std::vector<std::string> all;
+    for (const auto& input : inputs)
+        all.push_back(input.path);
+    if (!all.empty()) tiers.push_back(std::move(all));
+    return tiers;
+}
+
+void addHwmonChips(const std::string& root, SensorPlan& plan) {
+    for (const auto& entry : numberedEntries(root, "hwmon")) {
+        // Older drivers keep their attributes in the device directory, not in hwmonN.
+        std::string directory = root + "/" + entry;
+        if (!fileExists(directory + "/name")) directory += "/device";
+        const std::string chipName = normalisedName(sysfs::readLine(directory + "/name"));
+        const auto kind = classifySensorName(chipName);
+        if (!kind) continue;
+
+        std::vector<LabelledInput> inputs;
+        for (const auto& input : numberedEntries(directory, "temp", "_input")) {
+            const std::string base = input.substr(0, input.size() - std::string_view("_input").size());
+            inputs.push_back({sysfs::readLine(directory + "/" + base + "_label"), directory + "/" + input});
+        }
+        if (inputs.empty()) continue;
+        plan.chips.push_back({chipName, *kind, tiersFor(chipName, inputs)});
+    }
+}
+
+void addThermalZones(const std::string& root, bool wantCPU, bool wantGPU, SensorPlan& plan) {
+    for (const auto& entry : numberedEntries(root, "thermal_zone")) {
+        const std::string directory = root + "/" + entry;
+        const std::string zoneName = normalisedName(sysfs::readLine(directory + "/type"));
+        const auto kind = classifySensorName(zoneName);
+        if (!kind || (*kind == SensorKind::cpu && !wantCPU) || (*kind == SensorKind::gpu && !wantGPU))
+            continue;
+        plan.chips.push_back({zoneName, *kind, {{directory + "/temp"}}});
+    }
+}
+
+std::optional<double> readMillidegrees(const std::string& path) {
+    const auto text = sysfs::readText(path, 64);
+    if (!text) return std::nullopt;
+    const auto millidegrees = sysfs::parseInteger(*text);
+    if (!millidegrees) return std::nullopt;
+    return static_cast<double>(*millidegrees) / 1000.0;
+}
+
+void keepHighest(std::optional<double>& best, double candidate) {
+    if (!best || candidate > *best) best = candidate;
+}
+
+} // namespace
+
+std::optional<SensorKind> classifySensorName(std::string_view rawName) {
+    const std::string name = normalisedName(rawName);
+    static constexpr std::array<std::string_view, 4> cpuChips = {"coretemp", "k10temp", "zenpower",
+                                                                 "x86_pkg_temp"};
+    static constexpr std::array<std::string_view, 5> gpuChips = {"amdgpu", "radeon", "nouveau", "i915", "xe"};
+    if (std::find(cpuChips.begin(), cpuChips.end(), name) != cpuChips.end()) return SensorKind::cpu;
+    if (std::find(gpuChips.begin(), gpuChips.end(), name) != gpuChips.end()) return SensorKind::gpu;
+    const std::string_view view = name;
+    if (view.find("gpu") != std::string_view::npos) return SensorKind::gpu;
+    if (view.find("cpu") != std::string_view::npos) return SensorKind::cpu;
+    // Arm SoCs: "soc_thermal", "bigcore0_thermal", "littlecore_thermal".
+    if (view.ends_with("thermal") && (view.starts_with("soc") || view.find("core") != std::string_view::npos))
+        return SensorKind::cpu;
+    return std::nullopt;
+}
+
+SensorPlan discoverSensors(const SensorLocations& locations) {
+    SensorPlan plan;
+    addHwmonChips(locations.hwmonRoot, plan);
+    const auto hasKind = [&plan](SensorKind kind) {
+        return std::any_of(plan.chips.begin(), plan.chips.end(),
+                           [kind](const SensorChip& chip) { return chip.kind == kind; });
+    };
+    const bool wantCPU = !hasKind(SensorKind::cpu);
+    const bool wantGPU = !hasKind(SensorKind::gpu);
+    if (wantCPU || wantGPU) addThermalZones(locations.thermalRoot, wantCPU, wantGPU, plan);
+    return plan;
+}
+
+std::optional<double> readChipTemperature(const SensorChip& chip) {
+    for (const auto& tier : chip.tiers) {
+        std::optional<double> best;
+        for (const auto& path : tier) {
+            const auto value = readMillidegrees(path);
+            if (value && isPlausibleTemperature(*value)) keepHighest(best, *value);
+        }
+        if (best) return best;
+    }
+    return std::nullopt;
+}
+
+namespace {
+
+// The reading and whether every chip of the plan gave a value.
+std::pair<QLTemperatureReading, bool> readPlan(const SensorPlan& plan) {
+    std::optional<double> cpu;
+    std::optional<double> gpu;
+    bool everyChipAnswered = true;
+    for (const auto& chip : plan.chips) {
+        const auto value = readChipTemperature(chip);
+        if (!value) {
+            everyChipAnswered = false;
+            continue;
+        }
+        keepHighest(chip.kind == SensorKind::cpu ? cpu : gpu, *value);
+    }
+    QLTemperatureReading reading{0, 0, 0, 0};
+    if (cpu) {
+        reading.cpu = *cpu;
+        reading.hasCPU = 1;
+    }
+    if (gpu) {
+        reading.gpu = *gpu;
+        reading.hasGPU = 1;
+    }
+    return {reading, everyChipAnswered};
+}
+
+} // namespace
+
+QLTemperatureReading readSensorPlan(const SensorPlan& plan) { return readPlan(plan).first; }
+
+HwmonTemperatureReader::HwmonTemperatureReader(SensorLocations locations)
+    : locations_(std::move(locations)) {}
+
+QLTemperatureReading HwmonTemperatureReader::read() {
+    std::lock_guard lock(mutex_);
+    const bool fresh = !plan_.has_value();
+    if (fresh) plan_ = discoverSensors(locations_);
+    auto [reading, everyChipAnswered] = readPlan(*plan_);
+    if (!everyChipAnswered && !fresh) {
+        // A cached chip went quiet: hwmon numbers change when a driver reloads.
+        plan_ = discoverSensors(locations_);
+        reading = readPlan(*plan_).first;
+    }
+    // Nothing found yet: a sensor driver may still be loading, so look again next time.
+    if (plan_->chips.empty()) plan_.reset();
+    return reading;
+}
+
+} // namespace quarbel

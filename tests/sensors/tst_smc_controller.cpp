@@ -1,0 +1,228 @@
+#include "sensors/smc_controller.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace {
+
+// A controller that answers the two calls the way the SMC user client does.
+class FakeController : public QLSMCConnection {
+  public:
+    struct Key {
+        std::string type;           // four characters
+        std::vector<uint8_t> bytes; // value bytes
+        uint32_t declaredSize = 0;  // 0 = bytes.size()
+        uint8_t readResult = 0;     // result byte of the read call
+    };
+
+    void add(const std::string& key, Key entry) {
+        if (entry.declaredSize == 0) entry.declaredSize = static_cast<uint32_t>(entry.bytes.size());
+        keys_[QLEncodeSMCKey(key.c_str())] = std::move(entry);
+    }
+    void addCelsius(const std::string& key, double celsius) { // as an "fpe2" value
+        const auto quarters = static_cast<uint16_t>(celsius * 4);
+        add(key, {"fpe2", {static_cast<uint8_t>(quarters >> 8), static_cast<uint8_t>(quarters & 0xFF)}});
+    }
+
+    bool call(const QLSMCParamBlock& input, QLSMCParamBlock& output) override {
+        ++calls;
+        if (failEveryCall) return false;
+        const auto found = keys_.find(input.key);
+        if (found == keys_.end()) {
+            output.result = 0x84; // key not found
+            return true;
+        }
+        const Key& key = found->second;
+        if (input.command == kQLSMCCommandReadKeyInfo) {
+            output.dataSize = key.declaredSize;
+            output.dataType = QLEncodeSMCKey(key.type.c_str());
+        } else if (input.command == kQLSMCCommandReadBytes) {
+            requestedSizes.push_back(input.dataSize);
+            output.result = key.readResult;
+            std::memcpy(output.bytes, key.bytes.data(), std::min<size_t>(key.bytes.size(), 32));
+        } else {
+            output.result = 0x82; // unknown command
+        }
+        return true;
+    }
+
+    int calls = 0;
+    bool failEveryCall = false;
+    std::vector<uint32_t> requestedSizes;
+
+  private:
+    std::map<uint32_t, Key> keys_;
+};
+
+std::optional<double> decode(const char* type, std::vector<uint8_t> bytes) {
+    double value = -999;
+    if (!QLDecodeSMCTemperature(bytes.data(), static_cast<uint32_t>(bytes.size()), type, &value)) {
+        EXPECT_EQ(value, -999) << "a failed decode must leave the value alone";
+        return std::nullopt;
+    }
+    return value;
+}
+
+std::vector<uint8_t> floatBytes(float value) {
+    const auto bits = std::bit_cast<uint32_t>(value);
+    return {static_cast<uint8_t>(bits >> 24), static_cast<uint8_t>(bits >> 16),
+            static_cast<uint8_t>(bits >> 8), static_cast<uint8_t>(bits)};
+}
+
+} // namespace
+
+TEST(SMCKeys, EncodeFirstCharacterMostSignificantAndDecodeBack) {
+    EXPECT_EQ(QLEncodeSMCKey("TC0P"), 0x54433050u);
+    EXPECT_EQ(QLEncodeSMCKey("flt "), 0x666C7420u);
+    char type[5] = {'x', 'x', 'x', 'x', 'x'};
+    QLDecodeSMCType(0x73703738u, type);
+    EXPECT_STREQ(type, "sp78");
+    QLDecodeSMCType(QLEncodeSMCKey("flt "), type);
+    EXPECT_STREQ(type, "flt ");
+}
+
+TEST(SMCDecode, EveryTypeBigEndian) {
+    EXPECT_EQ(decode("sp78", {0x2F, 0x80}), 47.5);
+    EXPECT_EQ(decode("sp78", {0xFF, 0x00}), -1.0);
+    EXPECT_EQ(decode("fpe2", {0x00, 0xA0}), 40.0);
+    EXPECT_EQ(decode("fpe2", {0x01, 0x01}), 64.25);
+    EXPECT_EQ(decode("ui16", {0x00, 0x2A}), 42.0);
+    EXPECT_EQ(decode("si16", {0xFF, 0xFE}), -2.0);
+    EXPECT_EQ(decode("si16", {0x00, 0x37}), 55.0);
+    EXPECT_EQ(decode("flt ", floatBytes(45.25f)), 45.25);
+    EXPECT_EQ(decode("flt ", floatBytes(61.7f)), static_cast<double>(61.7f));
+}
+
+TEST(SMCDecode, UnknownTypesAndShortValuesFail) {
+    EXPECT_EQ(decode("sp87", {0x2F, 0x80}), std::nullopt);
+    EXPECT_EQ(decode("flt", floatBytes(45.0f)), std::nullopt); // the trailing blank is part of the type
+    EXPECT_EQ(decode("SP78", {0x2F, 0x80}), std::nullopt);
+    EXPECT_EQ(decode("sp78", {0x2F}), std::nullopt);
+    EXPECT_EQ(decode("flt ", {0x42, 0x34, 0x00}), std::nullopt);
+    EXPECT_EQ(decode("ui16", {}), std::nullopt);
+    EXPECT_EQ(decode("sp78", {0x2F, 0x80, 0x99}), 47.5); // extra bytes are ignored
+}
+
+TEST(SMCDecode, OnlyFiniteValuesStrictlyBetweenMinus40And140AreAccepted) {
+    EXPECT_EQ(decode("ui16", {0x00, 0x8C}), std::nullopt); // 140
+    EXPECT_EQ(decode("ui16", {0x00, 0x8B}), 139.0);
+    EXPECT_EQ(decode("fpe2", {0x02, 0x2F}), 139.75);
+    EXPECT_EQ(decode("si16", {0xFF, 0xD8}), std::nullopt); // -40
+    EXPECT_EQ(decode("si16", {0xFF, 0xD9}), -39.0);
+    EXPECT_EQ(decode("sp78", {0xD8, 0x00}), std::nullopt); // -40.0
+    EXPECT_EQ(decode("sp78", {0xD8, 0x01}), -40.0 + 1.0 / 256);
+    EXPECT_EQ(decode("flt ", floatBytes(139.99f)), static_cast<double>(139.99f));
+    EXPECT_EQ(decode("flt ", floatBytes(std::numeric_limits<float>::quiet_NaN())), std::nullopt);
+    EXPECT_EQ(decode("flt ", floatBytes(std::numeric_limits<float>::infinity())), std::nullopt);
+    EXPECT_EQ(decode("flt ", floatBytes(-std::numeric_limits<float>::infinity())), std::nullopt);
+}
+
+TEST(SMCReadKey, ReadsSizeAndTypeThenExactlyThatManyBytes) {
+    FakeController controller;
+    controller.add("TC0P", {"sp78", {0x2F, 0x80}});
+    uint8_t bytes[32] = {};
+    uint32_t size = 0;
+    char type[5] = {};
+    ASSERT_TRUE(QLReadSMCKey(controller, "TC0P", bytes, &size, type));
+    EXPECT_EQ(size, 2u);
+    EXPECT_STREQ(type, "sp78");
+    EXPECT_EQ(bytes[0], 0x2F);
+    EXPECT_EQ(bytes[1], 0x80);
+    EXPECT_EQ(controller.calls, 2);
+    EXPECT_EQ(controller.requestedSizes, std::vector<uint32_t>{2});
+}
+
+TEST(SMCReadKey, InfoSizesOfZeroOrAbove32FailWithoutAReadCall) {
+    for (const uint32_t declared : {0u, 33u, 255u}) {
+        FakeController controller;
+        // A key without bytes declares size 0.
+        controller.add("TC0P", declared == 0 ? FakeController::Key{"sp78", {}}
+                                             : FakeController::Key{"sp78", {0x2F, 0x80}, declared});
+        uint8_t bytes[32];
+        uint32_t size = 0;
+        char type[5];
+        EXPECT_FALSE(QLReadSMCKey(controller, "TC0P", bytes, &size, type)) << "size " << declared;
+        EXPECT_TRUE(controller.requestedSizes.empty());
+    }
+    FakeController controller;
+    controller.add("TC0P", {"flt ", std::vector<uint8_t>(32, 0x41)});
+    uint8_t bytes[32];
+    uint32_t size = 0;
+    char type[5];
+    EXPECT_TRUE(QLReadSMCKey(controller, "TC0P", bytes, &size, type));
+    EXPECT_EQ(size, 32u);
+}
+
+TEST(SMCReadKey, FailedCallsAndResultBytesFail) {
+    uint8_t bytes[32];
+    uint32_t size = 0;
+    char type[5];
+    FakeController missing;
+    EXPECT_FALSE(QLReadSMCKey(missing, "TC0P", bytes, &size, type));
+
+    FakeController broken;
+    broken.add("TC0P", {"sp78", {0x2F, 0x80}});
+    broken.failEveryCall = true;
+    EXPECT_FALSE(QLReadSMCKey(broken, "TC0P", bytes, &size, type));
+
+    FakeController refusing;
+    refusing.add("TC0P", {"sp78", {0x2F, 0x80}, 0, 0x85});
+    EXPECT_FALSE(QLReadSMCKey(refusing, "TC0P", bytes, &size, type));
+}
+
+TEST(SMCBestTemperature, HighestPlausibleValueOfTheWholeList) {
+    FakeController controller;
+    controller.addCelsius("TC0P", 52.0);
+    controller.addCelsius("TC0D", 61.5);
+    controller.addCelsius("TCPU", 145.0); // implausible, though the highest
+    controller.add("TCXC", {"xxxx", {0x30, 0x00}});
+    double value = 0;
+    ASSERT_TRUE(QLReadBestTemperature(controller, kQLCPUTemperatureKeys.data(), kQLCPUTemperatureKeys.size(),
+                                      &value));
+    EXPECT_EQ(value, 61.5);
+    // Every key is tried: two calls for each of the four present keys, one for the four absent.
+    EXPECT_EQ(controller.calls, 4 * 2 + 4);
+}
+
+TEST(SMCBestTemperature, NoPlausibleKeyLeavesTheValueAlone) {
+    FakeController controller;
+    controller.addCelsius("TC0P", 140.0);
+    double value = 7;
+    EXPECT_FALSE(QLReadBestTemperature(controller, kQLCPUTemperatureKeys.data(), kQLCPUTemperatureKeys.size(),
+                                       &value));
+    EXPECT_EQ(value, 7);
+}
+
+TEST(SMCReading, FillsEachChannelFromItsOwnListWithinTheCallBudget) {
+    FakeController controller;
+    controller.addCelsius("TC0E", 48.25);
+    controller.addCelsius("TG0P", 39.0); // a GPU key must not leak into the CPU channel
+    controller.addCelsius("TG1D", 44.0);
+    const QLTemperatureReading reading = QLReadSMCTemperatures(controller);
+    EXPECT_EQ(reading.hasCPU, 1);
+    EXPECT_EQ(reading.cpu, 48.25);
+    EXPECT_EQ(reading.hasGPU, 1);
+    EXPECT_EQ(reading.gpu, 44.0);
+    EXPECT_LE(controller.calls, 32);
+
+    FakeController cpuOnly;
+    cpuOnly.addCelsius("TCAD", 70.0);
+    const QLTemperatureReading partial = QLReadSMCTemperatures(cpuOnly);
+    EXPECT_EQ(partial.hasCPU, 1);
+    EXPECT_EQ(partial.hasGPU, 0);
+    EXPECT_EQ(partial.gpu, 0.0);
+
+    FakeController silent;
+    silent.failEveryCall = true;
+    const QLTemperatureReading none = QLReadSMCTemperatures(silent);
+    EXPECT_EQ(none.hasCPU, 0);
+    EXPECT_EQ(none.cpu, 0.0);
+    EXPECT_EQ(none.hasGPU, 0);
+}
