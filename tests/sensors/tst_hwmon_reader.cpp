@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 using namespace quarbel;
 using quarbel::testing::FakeTree;
 
@@ -194,4 +196,21 @@ TEST(QuarbelReadTemperatures, ChannelsAreEitherPlausibleOrZero) {
             EXPECT_EQ(reading.gpu, 0.0);
         }
     }
+}
+
+TEST(HwmonTemperatureReaderCache, ConcurrentReadsAgree) {
+    FakeTree tree;
+    addChip(tree, "hwmon0", "coretemp", {{1, "Package id 0", "61000"}, {2, "Core 0", "64000"}});
+    HwmonTemperatureReader reader(locationsIn(tree));
+    std::vector<double> seen(4, 0);
+    std::vector<std::thread> threads;
+    for (size_t i = 0; i < seen.size(); ++i)
+        threads.emplace_back([&reader, &seen, i] {
+            for (int round = 0; round < 20; ++round)
+                seen[i] = reader.read().cpu;
+        });
+    for (auto& thread : threads)
+        thread.join();
+    for (const double value : seen)
+        EXPECT_EQ(value, 61.0);
 }
