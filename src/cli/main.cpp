@@ -1,4 +1,5 @@
 // quarbel: the headless command line of the benchmark suite.
+#include "cli/info_command.h"
 #include "cli/run_arguments.h"
 #include "cli/run_session.h"
 #include "cli/stop_signals.h"
@@ -34,7 +35,8 @@ int listBenchmarks() {
 int runBenchmarks(int argc, char** argv, cli::RunOptions options) {
     QCoreApplication app(argc, argv);
     BenchmarkStore store;
-    cli::RunSession session(store, std::move(options), stdout, isatty(STDOUT_FILENO) != 0, nullptr);
+    cli::RunSession session(store, std::move(options), stdout, isatty(STDOUT_FILENO) != 0,
+                            cli::systemRowPairs);
     cli::StopSignals stopSignals;
     QObject::connect(&stopSignals, &cli::StopSignals::stopRequested, [&](int count) {
         if (count == 1) {
@@ -65,6 +67,10 @@ int main(int argc, char** argv) {
 
     app.add_subcommand("list", "List the benchmarks: identifier, title, category and target seconds");
 
+    auto* info = app.add_subcommand("info", "Show the machine's system facts and current temperatures");
+    bool infoAsJson = false;
+    info->add_flag("--json", infoAsJson, "Print the same as JSON");
+
     auto* run = app.add_subcommand("run", "Run benchmarks headless and print their scores");
     std::vector<std::string> names;
     bool all = false;
@@ -89,6 +95,15 @@ int main(int argc, char** argv) {
     }
 
     if (app.got_subcommand("list")) return listBenchmarks();
+    if (app.got_subcommand("info")) {
+        const auto temperatures =
+            makeTemperatureSnapshot(QuarbelReadTemperatures(), std::chrono::system_clock::now());
+        const auto& rows = SystemSnapshot::rows();
+        std::fputs(
+            (infoAsJson ? cli::infoJson(rows, temperatures) : cli::infoText(rows, temperatures)).c_str(),
+            stdout);
+        return 0;
+    }
 
     auto ids = cli::benchmarksToRun(names, all);
     if (auto* error = std::get_if<cli::ArgumentError>(&ids)) {

@@ -1,0 +1,21 @@
+// `quarbel info`: the machine's six system rows and its current temperatures.
+#pragma once
+
+#include "sensors/system_snapshot.h"
+#include "sensors/temperature.h"
+
+#include <string>
+#include <vector>
+
+namespace quarbel::cli {
+
+// Aligned "Label  value" lines, the system rows then "CPU temperature" and "GPU temperature".
+std::string infoText(const std::vector<SystemRow>& rows, const TemperatureSnapshot& temperatures);
+
+// {"schema":1,"system":[{"label","value"}...],"temperatures":{"cpu":n|null,"gpu":n|null,"cpuText","gpuText"}}
+std::string infoJson(const std::vector<SystemRow>& rows, const TemperatureSnapshot& temperatures);
+
+// The system rows as (label, value) pairs, for the run report.
+std::vector<std::pair<std::string, std::string>> systemRowPairs();
+
+} // namespace quarbel::cli
