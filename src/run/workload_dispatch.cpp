@@ -1,5 +1,7 @@
 #include "run/workload_dispatch.h"
 
+#include "workloads/cpu/cpu_workloads.h"
+
 #include <array>
 #include <string>
 
@@ -13,15 +15,15 @@ struct DispatchEntry {
 
 // Adding a workload means filling in its line here.
 constexpr std::array<DispatchEntry, kBenchmarkCount> kDispatchTable = {{
-    {BenchmarkID::cpuInteger, nullptr},
-    {BenchmarkID::cpuFloating, nullptr},
-    {BenchmarkID::cpuCrypto, nullptr},
-    {BenchmarkID::memoryStream, nullptr},
-    {BenchmarkID::cineTile, nullptr},
+    {BenchmarkID::cpuInteger, &runSingleCoreProfile},
+    {BenchmarkID::cpuFloating, &runMultiCoreProfile},
+    {BenchmarkID::cpuCrypto, &runCPUDeveloper},
+    {BenchmarkID::memoryStream, &runMemoryStream},
+    {BenchmarkID::cineTile, &runCineTile},
     {BenchmarkID::metalVisual, nullptr},
     {BenchmarkID::metalCompute, nullptr},
     {BenchmarkID::openCLCompute, nullptr},
-    {BenchmarkID::rawCPUDecode, nullptr},
+    {BenchmarkID::rawCPUDecode, &runRawCPUDecode},
     {BenchmarkID::rawMetalDecode, nullptr},
     {BenchmarkID::ssdSequential, nullptr},
     {BenchmarkID::ssdRealSpeed, nullptr},

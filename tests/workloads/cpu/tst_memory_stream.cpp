@@ -1,0 +1,73 @@
+#include "workloads/cpu/memory_stream.h"
+
+#include "workload_test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+using namespace quarbel;
+using namespace quarbel::cpu;
+using quarbel::testing::StopAfterReports;
+
+TEST(StreamScalar, CyclesThroughElevenValues) {
+    EXPECT_EQ(streamScalar(0), 1.01f);
+    EXPECT_EQ(streamScalar(1), static_cast<float>(1.01 + 0.007));
+    EXPECT_EQ(streamScalar(10), static_cast<float>(1.01 + 10 * 0.007));
+    EXPECT_NEAR(streamScalar(10), 1.08f, 1e-6f);
+    EXPECT_EQ(streamScalar(11), 1.01f);
+    EXPECT_EQ(streamScalar(25), streamScalar(3));
+}
+
+// scalar * b = 1 + 2^-11 + 2^-24 exactly, which rounds to 1 + 2^-11 as a float; a fused
+// multiply-add would keep the 2^-24 and give a different c.
+TEST(StreamTriad, RoundsTheProductBeforeTheAdd) {
+    const float scalar = 1.0f + 0x1p-12f;
+    // Odd sizes exercise both the vector body and the scalar tail.
+    for (const std::size_t size : {std::size_t{1}, std::size_t{7}, std::size_t{37}}) {
+        const std::vector<float> a(size, -1.0f);
+        const std::vector<float> b(size, 1.0f + 0x1p-12f);
+        std::vector<float> c(size, 0.5f);
+        streamTriad(a, b, c, scalar);
+        for (std::size_t i = 0; i < size; ++i) {
+            ASSERT_EQ(c[i], 0x1p-11f) << "element " << i << " of " << size;
+            ASSERT_NE(c[i], std::fma(scalar, b[i], a[i]));
+        }
+    }
+}
+
+TEST(StreamTriad, WritesEveryElementFromItsOwnInputs) {
+    std::vector<float> a(19), b(19), c(19, 0.0f);
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        a[i] = static_cast<float>(i);
+        b[i] = static_cast<float>(2 * i);
+    }
+    streamTriad(a, b, c, 0.5f);
+    for (std::size_t i = 0; i < c.size(); ++i)
+        EXPECT_EQ(c[i], static_cast<float>(2 * i));
+}
+
+TEST(MemoryStream, CancelledInTheFirstPassReportsThatPass) {
+    StopAfterReports stop(1);
+    const BenchmarkOutcome outcome = runMemoryStream(stop.context(), 1000);
+    ASSERT_EQ(stop.reports.size(), 1u);
+    EXPECT_EQ(stop.reports[0].unitsDone, 1);
+    EXPECT_EQ(stop.reports[0].unit, "passes");
+
+    EXPECT_EQ(outcome.status, OutcomeStatus::ok);
+    // Two reads and a write of 1000 floats, in decimal GB/s.
+    const double bandwidth = 12'000.0 / outcome.duration / 1e9;
+    EXPECT_NEAR(outcome.score, bandwidth * 470, bandwidth * 470 * 1e-9);
+    EXPECT_EQ(outcome.primary.label, "Bandwidth");
+    EXPECT_EQ(outcome.primary.unit, "GB/s");
+    EXPECT_EQ(*outcome.secondary, (MeasurementLine{"Working Set", "183", "MB"}));
+    EXPECT_EQ(outcome.detail, "Sustained stream triad with 1 passes over a large working set.");
+}
+
+TEST(MemoryStream, CountsEveryPassInTheDetail) {
+    StopAfterReports stop(12);
+    const BenchmarkOutcome outcome = runMemoryStream(stop.context(), 64);
+    EXPECT_EQ(stop.reports.back().unitsDone, 12);
+    EXPECT_EQ(outcome.detail, "Sustained stream triad with 12 passes over a large working set.");
+}

@@ -1,0 +1,118 @@
+#include "workloads/cpu/raw_decode.h"
+
+#include "workload_test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <vector>
+
+using namespace quarbel;
+using namespace quarbel::cpu;
+using quarbel::testing::StopAfterReports;
+
+namespace {
+
+// A frame wide enough for two decoded columns (64 and 128) and a few rows.
+constexpr int kSmallWidth = 131;
+constexpr int kSmallHeight = 5;
+
+// The decode of one interior row, visiting only the decoded columns.
+std::uint64_t referenceRow(const std::vector<std::uint16_t>& raw, int width, int y, std::uint64_t frame) {
+    std::uint64_t hash = frame + static_cast<std::uint64_t>(y);
+    for (int x = 64; x <= width - 2; x += 64) {
+        const std::size_t c = static_cast<std::size_t>(y * width + x);
+        const float h = static_cast<float>(raw[c - 1] + raw[c + 1]) / 131070.0f;
+        const float m = static_cast<float>(raw[c]) / 65535.0f;
+        const float v = static_cast<float>(raw[c - width] + raw[c + width]) / 131070.0f;
+        const float colour[3] = {std::min(1.38f * m - 0.18f * v, 1.0f), std::min(0.54f * (h + v), 1.0f),
+                                 std::min(0.82f * m + 0.22f * h, 1.0f)};
+        float sum = 0;
+        for (const float value : colour)
+            sum += std::pow(std::max(value, 0.0f), 0.4545f);
+        hash = hash * 1664525u + static_cast<std::uint32_t>(sum * 65535.0f);
+    }
+    return hash;
+}
+
+std::string hexPrefix(std::uint64_t value) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%llx", static_cast<unsigned long long>(value));
+    return std::string(text).substr(0, 8);
+}
+
+std::uint64_t frameValue(const std::vector<std::uint16_t>& raw, int width, int height, std::uint64_t frame) {
+    std::uint64_t value = 0;
+    for (int y = 1; y <= height - 2; ++y)
+        value ^= referenceRow(raw, width, y, frame);
+    return value;
+}
+
+} // namespace
+
+TEST(RawFrame, FirstSamplesFollowTheGenerator) {
+    const std::vector<std::uint16_t> raw = makeRawFrame(kRawWidth, kRawHeight);
+    ASSERT_EQ(raw.size(), 8'847'360u);
+    EXPECT_EQ(raw[0], 0x2D31);
+    EXPECT_EQ(raw[1], 0x2C30);
+    EXPECT_EQ(raw[32], 0x0D10);
+    const std::size_t last = raw.size() - 1;
+    EXPECT_EQ(raw[last], static_cast<std::uint16_t>((last * 257) ^ (last >> 5) ^ 0x2D31));
+}
+
+TEST(RawDecode, RowsMatchAReferenceDecodeAndDependOnTheFrame) {
+    const std::vector<std::uint16_t> raw = makeRawFrame(kSmallWidth, kSmallHeight);
+    for (int y = 1; y <= kSmallHeight - 2; ++y) {
+        EXPECT_EQ(decodeRawRow(raw, kSmallWidth, kSmallHeight, y, 0), referenceRow(raw, kSmallWidth, y, 0))
+            << y;
+        EXPECT_EQ(decodeRawRow(raw, kSmallWidth, kSmallHeight, y, 9), referenceRow(raw, kSmallWidth, y, 9))
+            << y;
+    }
+    EXPECT_NE(decodeRawRow(raw, kSmallWidth, kSmallHeight, 1, 0),
+              decodeRawRow(raw, kSmallWidth, kSmallHeight, 1, 1));
+    // A frame narrower than 66 columns decodes nothing: the hash is f + y.
+    const std::vector<std::uint16_t> narrow = makeRawFrame(65, 3);
+    EXPECT_EQ(decodeRawRow(narrow, 65, 3, 1, 40), 41u);
+}
+
+TEST(RawDecode, FrameLeavesTheBorderRowsZero) {
+    const std::vector<std::uint16_t> raw = makeRawFrame(kSmallWidth, kSmallHeight);
+    std::vector<std::uint64_t> rows(kSmallHeight, 0xDEADu);
+    decodeRawCPUFrame(raw, kSmallWidth, kSmallHeight, 3, rows);
+    EXPECT_EQ(rows.front(), 0u);
+    EXPECT_EQ(rows.back(), 0u);
+    for (int y = 1; y <= kSmallHeight - 2; ++y)
+        EXPECT_EQ(rows[static_cast<std::size_t>(y)], referenceRow(raw, kSmallWidth, y, 3));
+}
+
+TEST(RawCPUDecode, CancelledInTheFirstFrameReportsOneFrame) {
+    StopAfterReports stop(1);
+    const BenchmarkOutcome outcome = runRawCPUDecode(stop.context(), kSmallWidth, kSmallHeight);
+    ASSERT_EQ(stop.reports.size(), 1u);
+    EXPECT_EQ(stop.reports[0].unitsDone, 1);
+    EXPECT_EQ(stop.reports[0].unit, "frames");
+
+    EXPECT_EQ(outcome.status, OutcomeStatus::ok);
+    const double fps = 1 / outcome.duration;
+    EXPECT_NEAR(outcome.score, fps * 1050, fps * 1050 * 1e-9);
+    EXPECT_EQ(outcome.primary.label, "Decode");
+    EXPECT_EQ(outcome.primary.unit, "FPS");
+    EXPECT_EQ(*outcome.secondary, (MeasurementLine{"Frame", "4K DCI", "RAW"}));
+    const std::vector<std::uint16_t> raw = makeRawFrame(kSmallWidth, kSmallHeight);
+    EXPECT_EQ(outcome.detail,
+              "Synthetic RAW CPU decode: 16-bit Bayer, simple demosaic, color transform, and gamma. "
+              "Checksum " +
+                  hexPrefix(frameValue(raw, kSmallWidth, kSmallHeight, 0)) + ".");
+}
+
+TEST(RawCPUDecode, SuccessiveFramesDoNotCancelTheChecksum) {
+    StopAfterReports stop(2);
+    const BenchmarkOutcome outcome = runRawCPUDecode(stop.context(), kSmallWidth, kSmallHeight);
+    const std::vector<std::uint16_t> raw = makeRawFrame(kSmallWidth, kSmallHeight);
+    const std::uint64_t expected =
+        frameValue(raw, kSmallWidth, kSmallHeight, 0) ^ frameValue(raw, kSmallWidth, kSmallHeight, 1);
+    ASSERT_NE(expected, 0u);
+    EXPECT_TRUE(outcome.detail.ends_with("Checksum " + hexPrefix(expected) + ".")) << outcome.detail;
+}

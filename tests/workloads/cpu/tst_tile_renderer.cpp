@@ -1,0 +1,110 @@
+#include "workloads/cpu/tile_renderer.h"
+
+#include "workload_test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <vector>
+
+using namespace quarbel;
+using namespace quarbel::cpu;
+using quarbel::testing::StopAfterReports;
+
+namespace {
+
+// Small images keep the tests fast; the camera maps them onto the same view.
+constexpr int kSmallWidth = 48;
+constexpr int kSmallHeight = 27;
+
+std::vector<std::uint32_t> renderSerially(int width, int height) {
+    std::vector<std::uint32_t> pixels(static_cast<std::size_t>(width * height), 0);
+    const TileImage image{width, height, pixels};
+    for (int y = 0; y < height; ++y)
+        renderTileRow(image, y);
+    return pixels;
+}
+
+std::string hexPrefix(std::uint32_t value) {
+    char text[16];
+    std::snprintf(text, sizeof text, "%x", value);
+    return text;
+}
+
+} // namespace
+
+TEST(SceneDistance, TakesTheNearestOfSphereGroundAndLattice) {
+    // The camera sits inside the lattice term, so every first march stops after one step.
+    EXPECT_NEAR(sceneDistance({0, 0.35, 3.1}), -0.64512505432846545, 1e-12);
+    EXPECT_NEAR(sceneDistance({0, 0, 0}), -0.87, 1e-12);                          // lattice
+    EXPECT_NEAR(sceneDistance({0.748, 0.3, 0}), -0.05408189001611341, 1e-12);     // sphere
+    EXPECT_NEAR(sceneDistance({0.3, -0.9, 0.748}), -0.049469644286549014, 1e-12); // rippled ground
+    EXPECT_NEAR(sceneDistance({0.748, 3, 0.748}), 0.12999999999325368, 1e-12);    // lattice peak
+}
+
+TEST(TileRenderer, RowsTouchOnlyTheirOwnPixelsAndAreOpaque) {
+    std::vector<std::uint32_t> pixels(kSmallWidth * kSmallHeight, 0x12345678u);
+    const TileImage image{kSmallWidth, kSmallHeight, pixels};
+    renderTileRow(image, 1);
+    for (int y = 0; y < kSmallHeight; ++y) {
+        for (int x = 0; x < kSmallWidth; ++x) {
+            const std::uint32_t pixel = pixels[static_cast<std::size_t>(y * kSmallWidth + x)];
+            if (y == 1) {
+                ASSERT_EQ(pixel >> 24, 0xFFu) << "x " << x;
+            } else {
+                ASSERT_EQ(pixel, 0x12345678u) << "x " << x << ", y " << y;
+            }
+        }
+    }
+}
+
+TEST(TileRenderer, ParallelFrameEqualsRowByRowAndRepeats) {
+    const std::vector<std::uint32_t> serial = renderSerially(kSmallWidth, kSmallHeight);
+    std::vector<std::uint32_t> pixels(serial.size(), 0);
+    const TileImage image{kSmallWidth, kSmallHeight, pixels};
+    renderTileFrame(image);
+    EXPECT_EQ(pixels, serial);
+    const std::uint32_t first = tileFrameChecksum(pixels);
+    renderTileFrame(image);
+    EXPECT_EQ(tileFrameChecksum(pixels), first);
+    // The image is not flat: the bottom rows (rays pointing down) differ from the top.
+    EXPECT_NE(std::vector(serial.begin(), serial.begin() + kSmallWidth),
+              std::vector(serial.end() - kSmallWidth, serial.end()));
+}
+
+TEST(TileRenderer, FrameChecksumSamplesEvery997thPixel) {
+    std::vector<std::uint32_t> pixels(2000, 0);
+    pixels[0] = 5;
+    pixels[997] = 7;
+    pixels[1994] = 11;
+    pixels[1] = 0xFFFFFFFFu; // not sampled
+    std::uint32_t h = 0;
+    for (const std::uint32_t sampled : {5u, 7u, 11u})
+        h = sampled + h * 1664525u + 1013904223u;
+    EXPECT_EQ(tileFrameChecksum(pixels), h);
+    EXPECT_EQ(tileFrameChecksum({}), 0u);
+}
+
+TEST(CineTile, CancelledInTheFirstFrameReportsThatFrame) {
+    StopAfterReports stop(1);
+    const BenchmarkOutcome outcome = runCineTile(stop.context(), kSmallWidth, kSmallHeight);
+    ASSERT_EQ(stop.reports.size(), 1u);
+    EXPECT_EQ(stop.reports[0].unitsDone, 1);
+    EXPECT_EQ(stop.reports[0].unit, "frames");
+
+    EXPECT_EQ(outcome.status, OutcomeStatus::ok);
+    const double rate = kSmallWidth * kSmallHeight * 4 / outcome.duration / 1e6;
+    EXPECT_NEAR(outcome.score, rate * 2650, rate * 2650 * 1e-9);
+    EXPECT_EQ(outcome.primary.label, "Renderer");
+    EXPECT_EQ(outcome.primary.unit, "MPix/s");
+    EXPECT_EQ(*outcome.secondary, (MeasurementLine{"Frames", "1", ""}));
+    const std::uint32_t checksum = tileFrameChecksum(renderSerially(kSmallWidth, kSmallHeight));
+    EXPECT_EQ(outcome.detail, "Sustained CPU tile render at 48x27, checksum " + hexPrefix(checksum) + ".");
+}
+
+TEST(CineTile, IdenticalFramesCancelTheRunChecksumAfterAnEvenCount) {
+    StopAfterReports stop(2);
+    const BenchmarkOutcome outcome = runCineTile(stop.context(), kSmallWidth, kSmallHeight);
+    EXPECT_EQ(outcome.secondary->value, "2");
+    EXPECT_EQ(outcome.detail, "Sustained CPU tile render at 48x27, checksum 0.");
+}

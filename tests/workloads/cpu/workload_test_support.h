@@ -1,0 +1,44 @@
+// A context for driving a workload to an exact number of units: it records every
+// progress report and cancels the run once the wanted number of units has been reported.
+#pragma once
+
+#include "run/model/outcome.h"
+#include "run/model/workload_context.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace quarbel::testing {
+
+class StopAfterReports final : public ProgressSink {
+  public:
+    explicit StopAfterReports(std::size_t stopAfter, double budgetSeconds = 60.0)
+        : stopAfter_(stopAfter), budgetSeconds_(budgetSeconds) {}
+
+    void report(const ProgressReport& progress) noexcept override {
+        reports.push_back({progress.unitsDone, progress.elapsedSeconds, std::string(progress.unit)});
+        if (reports.size() >= stopAfter_) token_.cancel();
+    }
+
+    WorkloadContext context() { return {&token_, this, budgetSeconds_, 1.0}; }
+
+    struct Report {
+        std::int64_t unitsDone;
+        double elapsedSeconds;
+        std::string unit;
+    };
+    std::vector<Report> reports;
+
+  private:
+    CancellationToken token_;
+    std::size_t stopAfter_;
+    double budgetSeconds_;
+};
+
+// The measured rate an ok outcome's score was computed from, given its score factor.
+inline double rateBehind(const BenchmarkOutcome& outcome, double scoreFactor) {
+    return outcome.score / scoreFactor;
+}
+
+} // namespace quarbel::testing
