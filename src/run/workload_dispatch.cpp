@@ -1,5 +1,7 @@
 #include "run/workload_dispatch.h"
 
+#include "workloads/storage/storage_workloads.h"
+
 #include <array>
 #include <string>
 
@@ -23,9 +25,9 @@ constexpr std::array<DispatchEntry, kBenchmarkCount> kDispatchTable = {{
     {BenchmarkID::openCLCompute, nullptr},
     {BenchmarkID::rawCPUDecode, nullptr},
     {BenchmarkID::rawMetalDecode, nullptr},
-    {BenchmarkID::ssdSequential, nullptr},
-    {BenchmarkID::ssdRealSpeed, nullptr},
-    {BenchmarkID::ssdRandom, nullptr},
+    {BenchmarkID::ssdSequential, &runSSDSequential},
+    {BenchmarkID::ssdRealSpeed, &runSSDRealSpeed},
+    {BenchmarkID::ssdRandom, &runSSDRandom},
 }};
 
 constexpr bool tableFollowsCatalogue() {
