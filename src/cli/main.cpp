@@ -4,7 +4,7 @@
 #include "cli/run_session.h"
 #include "cli/stop_signals.h"
 #include "run/benchmark_store.h"
-#include "run/model/scratch_registry.h"
+#include "workloads/storage/storage_workloads.h"
 
 #include <CLI/CLI.hpp>
 #include <QCoreApplication>
@@ -45,7 +45,7 @@ int runBenchmarks(int argc, char** argv, cli::RunOptions options) {
         }
         // A second request leaves at once, still taking the scratch files along.
         std::fputs("\nquarbel: stopped at once\n", stderr);
-        removeRegisteredScratchDirectories();
+        removeActiveScratchDirectories();
         std::_Exit(130);
     });
     int exitCode = 0;

@@ -1,6 +1,7 @@
 #include "run/workload_dispatch.h"
 
 #include "workloads/cpu/cpu_workloads.h"
+#include "workloads/storage/storage_workloads.h"
 
 #include <array>
 #include <string>
@@ -25,9 +26,9 @@ constexpr std::array<DispatchEntry, kBenchmarkCount> kDispatchTable = {{
     {BenchmarkID::openCLCompute, nullptr},
     {BenchmarkID::rawCPUDecode, &runRawCPUDecode},
     {BenchmarkID::rawMetalDecode, nullptr},
-    {BenchmarkID::ssdSequential, nullptr},
-    {BenchmarkID::ssdRealSpeed, nullptr},
-    {BenchmarkID::ssdRandom, nullptr},
+    {BenchmarkID::ssdSequential, &runSSDSequential},
+    {BenchmarkID::ssdRealSpeed, &runSSDRealSpeed},
+    {BenchmarkID::ssdRandom, &runSSDRandom},
 }};
 
 constexpr bool tableFollowsCatalogue() {

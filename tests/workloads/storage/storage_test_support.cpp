@@ -1,0 +1,108 @@
+#include "storage_test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/mount.h>
+#include <unistd.h>
+
+namespace quarbel::storage::testing {
+
+std::vector<std::string> scratchEntries(const std::string& directory) {
+    std::vector<std::string> names;
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(directory, error)) {
+        const std::string name = entry.path().filename().string();
+        if (name.rfind("Quarbel-", 0) == 0) names.push_back(name);
+    }
+    return names;
+}
+
+ScopedTemporaryRoot::ScopedTemporaryRoot(const std::string& value) {
+    if (const char* previous = std::getenv("TMPDIR")) {
+        hadValue_ = true;
+        previous_ = previous;
+    }
+    ::setenv("TMPDIR", value.c_str(), 1);
+}
+
+ScopedTemporaryRoot::~ScopedTemporaryRoot() {
+    if (hadValue_) {
+        ::setenv("TMPDIR", previous_.c_str(), 1);
+    } else {
+        ::unsetenv("TMPDIR");
+    }
+}
+
+TestDirectory::TestDirectory() {
+    std::string pattern = "/tmp/quarbel-storage-test-XXXXXX";
+    if (::mkdtemp(pattern.data()) == nullptr) ADD_FAILURE() << "mkdtemp: " << std::strerror(errno);
+    path_ = pattern;
+}
+
+TestDirectory::~TestDirectory() {
+    std::error_code ignored;
+    std::filesystem::permissions(path_, std::filesystem::perms::owner_all, ignored);
+    std::filesystem::remove_all(path_, ignored);
+}
+
+TmpfsMount::TmpfsMount(const std::string& where, std::int64_t sizeBytes, bool readOnly) : where_(where) {
+    if (::geteuid() != 0) {
+        skipReason_ = "mounting a tmpfs needs root";
+        return;
+    }
+    std::error_code ignored;
+    std::filesystem::create_directories(where, ignored);
+    const std::string options = "size=" + std::to_string(sizeBytes) + ",mode=0755";
+    unsigned long flags = MS_NOSUID | MS_NODEV;
+    if (readOnly) flags |= MS_RDONLY;
+    if (::mount("tmpfs", where.c_str(), "tmpfs", flags, options.c_str()) != 0) {
+        skipReason_ = std::string("cannot mount a tmpfs here: ") + std::strerror(errno);
+        return;
+    }
+    mounted_ = true;
+}
+
+TmpfsMount::~TmpfsMount() {
+    if (mounted_) ::umount2(where_.c_str(), MNT_DETACH);
+}
+
+void RecordingSink::report(const ProgressReport& progress) noexcept {
+    units.push_back(progress.unitsDone);
+    unitName = std::string(progress.unit);
+    if (onReport) onReport(progress);
+}
+
+WorkloadContext contextWith(const CancellationToken& token, RecordingSink& sink) {
+    WorkloadContext context;
+    context.cancellation = &token;
+    context.progress = &sink;
+    return context;
+}
+
+bool fileSystemAcceptsDirectIO(const std::string& directory) {
+    const std::string probe = directory + "/direct-io-probe";
+    const int fd = ::open(probe.c_str(), O_RDWR | O_CREAT | O_EXCL, 0600);
+    if (fd < 0) return false;
+    const int flags = ::fcntl(fd, F_GETFL);
+    const bool accepted = flags >= 0 && ::fcntl(fd, F_SETFL, flags | O_DIRECT) == 0;
+    ::close(fd);
+    ::unlink(probe.c_str());
+    return accepted;
+}
+
+std::string onlyScratchDirectory(const std::string& root) {
+    const auto entries = scratchEntries(root);
+    return entries.size() == 1 ? root + "/" + entries.front() : std::string();
+}
+
+double megabytesPerSecondOf(const std::string& value, const std::string& unit) {
+    const double number = std::strtod(value.c_str(), nullptr);
+    return unit == "GB/s" ? number * 1024.0 : number;
+}
+
+} // namespace quarbel::storage::testing

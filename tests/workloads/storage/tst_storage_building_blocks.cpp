@@ -1,0 +1,250 @@
+#include "storage_test_support.h"
+#include "workloads/storage/real_disk_speed.h"
+#include "workloads/storage/scratch_directory.h"
+#include "workloads/storage/storage_patterns.h"
+#include "workloads/storage/storage_workloads.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdint>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+using namespace quarbel;
+using namespace quarbel::storage;
+using namespace quarbel::storage::testing;
+
+namespace {
+
+constexpr std::int64_t kGiB = 1'073'741'824;
+
+struct AlignedBuffer {
+    explicit AlignedBuffer(std::size_t size) {
+        void* memory = nullptr;
+        if (::posix_memalign(&memory, 4096, size) == 0) data = static_cast<std::byte*>(memory);
+    }
+    ~AlignedBuffer() { std::free(data); }
+    AlignedBuffer(const AlignedBuffer&) = delete;
+    AlignedBuffer& operator=(const AlignedBuffer&) = delete;
+    std::byte* data = nullptr;
+};
+
+std::vector<int> firstBytes(std::uint64_t seed, unsigned shift) {
+    std::array<std::byte, 8> bytes{};
+    fillPattern(bytes, seed, shift);
+    std::vector<int> values;
+    for (std::byte b : bytes)
+        values.push_back(std::to_integer<int>(b));
+    return values;
+}
+
+} // namespace
+
+TEST(StoragePatterns, BytesFollowTheSeededGeneratorOfEachTest) {
+    // Reference values computed independently (Python, arbitrary-precision arithmetic mod 2^64).
+    EXPECT_EQ(firstBytes(kSequentialPatternSeed, kSequentialPatternShift),
+              (std::vector<int>{0x05, 0x29, 0x69, 0x6b, 0x92, 0xcb, 0x86, 0x8b}));
+    EXPECT_EQ(firstBytes(kRealSpeedPatternSeed, kRealSpeedPatternShift),
+              (std::vector<int>{0xdb, 0x69, 0xf9, 0x18, 0xc3, 0x5e, 0x5f, 0x8d}));
+}
+
+TEST(StoragePatterns, RandomOffsetsContinueOneSequenceAndStayInsideTheFile) {
+    RandomOffsetGenerator offsets(131'072); // 512 MiB of pages
+    std::vector<std::int64_t> drawn;
+    for (int i = 0; i < 6145; ++i)
+        drawn.push_back(offsets.next());
+    EXPECT_EQ(drawn[0], 341'123'072);
+    EXPECT_EQ(drawn[1], 99'323'904);
+    EXPECT_EQ(drawn[2], 250'429'440);
+    EXPECT_EQ(drawn[4096], 22'355'968);  // first write of round one follows the 4096 reads
+    EXPECT_EQ(drawn[6144], 131'407'872); // first read of round two
+    for (int i = 0; i < 1'000'000; ++i) {
+        const std::int64_t offset = offsets.next();
+        ASSERT_EQ(offset % 4096, 0);
+        ASSERT_LT(offset, 536'870'912);
+    }
+
+    RandomOffsetGenerator smallFile(300); // rounded down to 256 pages
+    EXPECT_EQ(smallFile.next(), 335'872);
+    for (int i = 0; i < 10'000; ++i)
+        ASSERT_LT(smallFile.next(), 256 * 4096);
+}
+
+TEST(StoragePatterns, RatesSwitchToGigabytesAtTheUnroundedThreshold) {
+    EXPECT_EQ(rateMeasurement("Read", 1024.0), (MeasurementLine{"Read", "1.00", "GB/s"}));
+    EXPECT_EQ(rateMeasurement("Write", 1023.6), (MeasurementLine{"Write", "1024", "MB/s"}));
+    EXPECT_EQ(rateMeasurement("Read", 2560.0), (MeasurementLine{"Read", "2.50", "GB/s"}));
+    EXPECT_EQ(rateMeasurement("Read", 0.0), (MeasurementLine{"Read", "0", "MB/s"}));
+    EXPECT_DOUBLE_EQ(megabytesPerSecond(1'048'576, 0.5), 2.0);
+    EXPECT_DOUBLE_EQ(megabytesPerSecond(1'048'576, 0.0), 1'000'000.0); // clamped to 1 µs
+}
+
+TEST(RealDiskSpeed, FileSizeGrowsWithFreeSpaceAtTwelveTimesEachSize) {
+    EXPECT_EQ(diskSpeedFileSize(std::nullopt), kGiB);
+    EXPECT_EQ(diskSpeedFileSize(103'079'215'104), 8 * kGiB);
+    EXPECT_EQ(diskSpeedFileSize(103'079'215'103), 4 * kGiB);
+    EXPECT_EQ(diskSpeedFileSize(51'539'607'552), 4 * kGiB);
+    EXPECT_EQ(diskSpeedFileSize(51'539'607'551), 2 * kGiB);
+    EXPECT_EQ(diskSpeedFileSize(24 * kGiB), 2 * kGiB);
+    EXPECT_EQ(diskSpeedFileSize(24 * kGiB - 1), kGiB);
+    EXPECT_EQ(diskSpeedFileSize(23 * kGiB), kGiB);
+    EXPECT_EQ(diskSpeedFileSize(0), kGiB);
+    EXPECT_EQ(diskSpeedFileSize(-1), kGiB);
+}
+
+TEST(RealDiskSpeed, OutcomeShowsRatesModeAndPassCounts) {
+    const DiskSpeedPass write{1.0, kGiB, 1, true};
+    const DiskSpeedPass readNothing{0.0, 0, 0, true};
+    const BenchmarkOutcome stoppedBeforeReading = realDiskSpeedOutcome(write, readNothing, kGiB);
+    EXPECT_EQ(stoppedBeforeReading.status, OutcomeStatus::ok);
+    EXPECT_EQ(stoppedBeforeReading.primary, (MeasurementLine{"Read", "0", "MB/s"}));
+    EXPECT_EQ(stoppedBeforeReading.secondary, (MeasurementLine{"Write", "1.00", "GB/s"}));
+    EXPECT_DOUBLE_EQ(stoppedBeforeReading.score, 2560.0);
+    EXPECT_DOUBLE_EQ(stoppedBeforeReading.duration, 1.0);
+    EXPECT_EQ(
+        stoppedBeforeReading.detail,
+        "Real disk speed: uncached POSIX sequential I/O, 1.0 GB test file, 1x write pass, 0x read pass.");
+
+    const DiskSpeedPass bufferedRead{0.5, 4 * kGiB, 4, false};
+    const BenchmarkOutcome standard =
+        realDiskSpeedOutcome({2.0, 3 * 8 * kGiB, 3, true}, bufferedRead, 8 * kGiB);
+    EXPECT_EQ(
+        standard.detail,
+        "Real disk speed: standard POSIX sequential I/O, 8.0 GB test file, 3x write pass, 4x read pass.");
+    EXPECT_EQ(standard.primary.value, "8.00");
+    EXPECT_EQ(standard.secondary->value, "12.00");
+    EXPECT_DOUBLE_EQ(standard.duration, 2.5);
+}
+
+TEST(RealDiskSpeed, ReadPassesCountOnlyTheBytesPresentAndStopWhenCancelled) {
+    TestDirectory root;
+    const std::string file = root.path() + "/short.bin";
+    {
+        std::ofstream out(file, std::ios::binary);
+        out << std::string(1'048'576, 'x');
+    }
+    AlignedBuffer buffer(1'048'576);
+    ASSERT_NE(buffer.data, nullptr);
+    const SequentialPassPlan plan{file, 4 * 1'048'576, 1'048'576, buffer.data, 1e9, 2};
+
+    CancellationToken token;
+    RecordingSink sink;
+    const DiskSpeedPhase read = performSequentialRead(contextWith(token, sink), plan, {});
+    ASSERT_FALSE(read.error) << read.error->description;
+    EXPECT_EQ(read.pass.passes, 2);
+    EXPECT_EQ(read.pass.bytes, 2 * 1'048'576);
+    EXPECT_EQ(read.pass.uncached, fileSystemAcceptsDirectIO(root.path()));
+
+    token.cancel();
+    const DiskSpeedPhase none = performSequentialRead(contextWith(token, sink), plan, {});
+    ASSERT_FALSE(none.error);
+    EXPECT_EQ(none.pass.passes, 0);
+    EXPECT_EQ(none.pass.bytes, 0);
+    EXPECT_EQ(none.pass.seconds, 0.0);
+}
+
+TEST(RealDiskSpeed, PhasesReportTheFailingOperationWithTheSystemText) {
+    TestDirectory root;
+    AlignedBuffer buffer(4096);
+    ASSERT_NE(buffer.data, nullptr);
+    CancellationToken token;
+    RecordingSink sink;
+
+    const SequentialPassPlan missing{root.path() + "/missing.bin", 4096, 4096, buffer.data, 1e9, 1};
+    const DiskSpeedPhase read = performSequentialRead(contextWith(token, sink), missing, {});
+    ASSERT_TRUE(read.error);
+    EXPECT_EQ(read.error->description, "open for read failed: No such file or directory");
+    EXPECT_EQ(read.error->code, ENOENT);
+
+    // The file is created exclusively and never through a symbolic link.
+    const std::string victim = root.path() + "/victim.bin";
+    { std::ofstream(victim) << "keep"; }
+    const std::string link = root.path() + "/link.bin";
+    ASSERT_EQ(::symlink(victim.c_str(), link.c_str()), 0);
+    const SequentialPassPlan throughLink{link, 4096, 4096, buffer.data, 1e9, 1};
+    const DiskSpeedPhase write = performSequentialWrite(contextWith(token, sink), throughLink, {});
+    ASSERT_TRUE(write.error);
+    EXPECT_EQ(write.error->description, "open for write failed: File exists");
+    EXPECT_EQ(std::filesystem::file_size(victim), 4u);
+}
+
+TEST(ScratchDirectory, IsAPrivateUniquelyNamedDirectoryUnderTheTemporaryRoot) {
+    TestDirectory root;
+    ScopedTemporaryRoot tmpdir(root.path() + "/"); // a trailing slash must not double up
+    const TemporaryDirectory first = makeTemporaryDirectory();
+    const TemporaryDirectory second = makeTemporaryDirectory();
+    ASSERT_EQ(first.error, 0);
+    ASSERT_EQ(second.error, 0);
+    EXPECT_NE(first.path, second.path);
+    const std::regex form(R"(Quarbel-[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12})");
+    EXPECT_EQ(std::filesystem::path(first.path).parent_path(), root.path());
+    EXPECT_TRUE(std::regex_match(std::filesystem::path(first.path).filename().string(), form)) << first.path;
+
+    struct stat info {};
+    ASSERT_EQ(::stat(first.path.c_str(), &info), 0);
+    EXPECT_TRUE(S_ISDIR(info.st_mode));
+    EXPECT_EQ(info.st_mode & 07777, 0700u);
+}
+
+TEST(ScratchDirectory, TemporaryRootFallsBackToTmpWhenUnsetOrEmpty) {
+    {
+        ScopedTemporaryRoot empty("");
+        EXPECT_EQ(temporaryRoot(), "/tmp");
+    }
+    ScopedTemporaryRoot set("/var/somewhere");
+    EXPECT_EQ(temporaryRoot(), "/var/somewhere");
+    ::unsetenv("TMPDIR");
+    EXPECT_EQ(temporaryRoot(), "/tmp");
+}
+
+TEST(ScratchDirectory, GuardRemovesTheDirectoryWithItsContents) {
+    TestDirectory root;
+    ScopedTemporaryRoot tmpdir(root.path());
+    std::string made;
+    {
+        ScratchDirectory directory;
+        ASSERT_EQ(directory.create(), 0);
+        made = directory.path();
+        std::ofstream(directory.filePath("data.bin")) << "payload";
+        std::filesystem::create_directory(made + "/nested");
+        std::ofstream(made + "/nested/more.bin") << "more";
+    }
+    EXPECT_FALSE(std::filesystem::exists(made));
+    EXPECT_TRUE(scratchEntries(root.path()).empty());
+}
+
+TEST(ScratchDirectory, SignalTimeRemovalDeletesEveryActiveDirectory) {
+    TestDirectory root;
+    ScopedTemporaryRoot tmpdir(root.path());
+    ScratchDirectory first;
+    ScratchDirectory second;
+    ASSERT_EQ(first.create(), 0);
+    ASSERT_EQ(second.create(), 0);
+    std::ofstream(first.filePath("sequential-media.bin")) << "partial";
+    ASSERT_EQ(scratchEntries(root.path()).size(), 2u);
+
+    removeActiveScratchDirectories();
+    EXPECT_TRUE(scratchEntries(root.path()).empty());
+    first.remove(); // the guards still end cleanly afterwards
+    second.remove();
+
+    ScratchDirectory later; // a released slot is reusable and no longer targeted
+    ASSERT_EQ(later.create(), 0);
+    EXPECT_EQ(scratchEntries(root.path()).size(), 1u);
+}
+
+TEST(ScratchDirectory, CreationFailureReportsTheSystemError) {
+    TestDirectory root;
+    ScopedTemporaryRoot tmpdir(root.path() + "/does-not-exist");
+    ScratchDirectory directory;
+    EXPECT_EQ(directory.create(), ENOENT);
+    EXPECT_TRUE(directory.path().empty());
+    EXPECT_FALSE(std::filesystem::exists(root.path() + "/does-not-exist"));
+}

@@ -1,0 +1,269 @@
+// The three storage workloads end to end on real files in a private temporary root.
+#include "storage_test_support.h"
+#include "workloads/storage/storage_patterns.h"
+#include "workloads/storage/storage_workloads.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+using namespace quarbel;
+using namespace quarbel::storage;
+using namespace quarbel::storage::testing;
+
+namespace {
+
+constexpr std::int64_t kMiB = 1'048'576;
+
+// Each test gets its own temporary root; afterwards no scratch directory may remain in it.
+class StorageWorkloadTest : public ::testing::Test {
+  protected:
+    void TearDown() override {
+        EXPECT_TRUE(scratchEntries(root_.path()).empty()) << "scratch directory left behind";
+    }
+
+    const std::string& root() const { return root_.path(); }
+
+    TestDirectory root_;
+    ScopedTemporaryRoot tmpdir_{root_.path()};
+    CancellationToken token_;
+    RecordingSink sink_;
+    WorkloadContext context_ = contextWith(token_, sink_);
+};
+
+// The score is the stated factor times the mean of the two shown rates, up to their rounding.
+void expectScoreMatchesShownRates(const BenchmarkOutcome& outcome, double factor) {
+    ASSERT_TRUE(outcome.secondary);
+    auto tolerance = [](const MeasurementLine& line) { return line.unit == "GB/s" ? 0.005 * 1024 : 0.5; };
+    const double read = megabytesPerSecondOf(outcome.primary.value, outcome.primary.unit);
+    const double write = megabytesPerSecondOf(outcome.secondary->value, outcome.secondary->unit);
+    EXPECT_NEAR(outcome.score, (read + write) * 0.5 * factor,
+                factor * 0.5 * (tolerance(outcome.primary) + tolerance(*outcome.secondary)) + 1e-9);
+}
+
+void expectRateUnit(const MeasurementLine& line, const char* label) {
+    EXPECT_EQ(line.label, label);
+    EXPECT_TRUE(line.unit == "MB/s" || line.unit == "GB/s") << line.unit;
+}
+
+} // namespace
+
+// ---- Sequential file test ----
+
+TEST_F(StorageWorkloadTest, SequentialWritesThePatternThenReadsTheWholeFileBack) {
+    const SSDSequentialParameters parameters{kMiB, 4};
+    std::vector<std::byte> firstBlockOnDisk;
+    sink_.onReport = [&](const ProgressReport& progress) {
+        if (progress.unitsDone != 4 * kMiB) return; // the moment the last block is written
+        std::ifstream in(onlyScratchDirectory(root()) + "/sequential-media.bin", std::ios::binary);
+        firstBlockOnDisk.resize(kMiB);
+        in.read(reinterpret_cast<char*>(firstBlockOnDisk.data()), kMiB);
+        if (in.gcount() != kMiB) firstBlockOnDisk.clear();
+    };
+
+    const BenchmarkOutcome outcome = runSSDSequential(context_, parameters);
+
+    ASSERT_EQ(outcome.status, OutcomeStatus::ok) << outcome.detail;
+    expectRateUnit(outcome.primary, "Read");
+    expectRateUnit(*outcome.secondary, "Write");
+    expectScoreMatchesShownRates(outcome, 3.0);
+    EXPECT_GT(outcome.duration, 0.0);
+    EXPECT_EQ(
+        outcome.detail,
+        "Sequential file test: 4 MB temporary media file, 1 MB blocks, sustained read/write throughput.");
+    EXPECT_EQ(sink_.unitName, "bytes");
+    EXPECT_EQ(sink_.units, (std::vector<std::int64_t>{1 * kMiB, 2 * kMiB, 3 * kMiB, 4 * kMiB, 5 * kMiB,
+                                                      6 * kMiB, 7 * kMiB, 8 * kMiB}));
+
+    std::vector<std::byte> expected(kMiB);
+    fillPattern(expected, kSequentialPatternSeed, kSequentialPatternShift);
+    EXPECT_TRUE(firstBlockOnDisk == expected) << "the file does not hold the pattern block";
+}
+
+TEST_F(StorageWorkloadTest, SequentialStopWhileWritingIsReportedAsCancelled) {
+    sink_.onReport = [&](const ProgressReport&) { token_.cancel(); };
+    const BenchmarkOutcome outcome = runSSDSequential(context_, {kMiB, 8});
+    EXPECT_EQ(outcome, failedOutcome("SSD sequential test was cancelled."));
+    EXPECT_EQ(sink_.units, (std::vector<std::int64_t>{kMiB})) << "no block may be written after the stop";
+}
+
+TEST_F(StorageWorkloadTest, SequentialStopWhileReadingKeepsTheChunksAlreadyRead) {
+    sink_.onReport = [&](const ProgressReport& progress) {
+        if (progress.unitsDone > 4 * kMiB) token_.cancel(); // first chunk of the read phase
+    };
+    const BenchmarkOutcome outcome = runSSDSequential(context_, {kMiB, 4});
+    ASSERT_EQ(outcome.status, OutcomeStatus::ok) << outcome.detail;
+    expectRateUnit(outcome.primary, "Read");
+    ASSERT_FALSE(sink_.units.empty());
+    EXPECT_EQ(sink_.units.back(), 5 * kMiB);
+    EXPECT_EQ(sink_.units.size(), 5u);
+}
+
+// ---- Real disk speed ----
+
+TEST_F(StorageWorkloadTest, RealSpeedRunsUpToThreeWriteAndFourReadPasses) {
+    SSDRealSpeedParameters parameters;
+    parameters.fileSize = 3 * kMiB;
+    parameters.blockSize = kMiB;
+    parameters.passTargetSeconds = 1e9; // never reached: the caps end both phases
+
+    const BenchmarkOutcome outcome = runSSDRealSpeed(context_, parameters);
+
+    ASSERT_EQ(outcome.status, OutcomeStatus::ok) << outcome.detail;
+    const std::string mode = fileSystemAcceptsDirectIO(root()) ? "uncached" : "standard";
+    EXPECT_EQ(outcome.detail, "Real disk speed: " + mode +
+                                  " POSIX sequential I/O, 3 MB test file, 3x write pass, 4x read pass.");
+    expectRateUnit(outcome.primary, "Read");
+    expectRateUnit(*outcome.secondary, "Write");
+    expectScoreMatchesShownRates(outcome, 5.0);
+    // Every 1 MiB request of 3 write and 4 read passes is reported.
+    ASSERT_EQ(sink_.units.size(), 21u);
+    EXPECT_EQ(sink_.units[2], 3 * kMiB);
+    EXPECT_EQ(sink_.units.back(), 21 * kMiB);
+}
+
+TEST_F(StorageWorkloadTest, RealSpeedStopsAfterOnePassOnceTheTimeTargetIsMet) {
+    SSDRealSpeedParameters parameters;
+    parameters.fileSize = 2 * kMiB;
+    parameters.blockSize = kMiB;
+    context_.budgetSeconds = 0.0; // an explicit budget replaces the 2-second target
+
+    const BenchmarkOutcome outcome = runSSDRealSpeed(context_, parameters);
+
+    ASSERT_EQ(outcome.status, OutcomeStatus::ok) << outcome.detail;
+    EXPECT_TRUE(outcome.detail.ends_with(" 2 MB test file, 1x write pass, 1x read pass.")) << outcome.detail;
+}
+
+TEST_F(StorageWorkloadTest, RealSpeedStopWhileWritingFinishesThePassThenReportsCancelled) {
+    SSDRealSpeedParameters parameters;
+    parameters.fileSize = 3 * kMiB;
+    parameters.blockSize = kMiB;
+    parameters.passTargetSeconds = 1e9;
+    sink_.onReport = [&](const ProgressReport&) { token_.cancel(); };
+
+    const BenchmarkOutcome outcome = runSSDRealSpeed(context_, parameters);
+
+    EXPECT_EQ(outcome, failedOutcome("SSD real speed test was cancelled."));
+    EXPECT_EQ(sink_.units, (std::vector<std::int64_t>{kMiB, 2 * kMiB, 3 * kMiB}))
+        << "one whole pass, no more";
+}
+
+// ---- Random 4K ----
+
+TEST_F(StorageWorkloadTest, RandomRunsWholeRoundsInsideAFileThatNeverGrows) {
+    SSDRandomParameters parameters;
+    parameters.preparationChunkSize = kMiB;
+    parameters.preparationCount = 2;
+    parameters.readsPerRound = 256;
+    parameters.writesPerRound = 128;
+    context_.budgetSeconds = 0.0; // a round that outlasts the budget still completes, once
+    std::vector<std::uintmax_t> fileSizes;
+    sink_.onReport = [&](const ProgressReport&) {
+        fileSizes.push_back(std::filesystem::file_size(onlyScratchDirectory(root()) + "/random.bin"));
+    };
+
+    const BenchmarkOutcome outcome = runSSDRandom(context_, parameters);
+
+    ASSERT_EQ(outcome.status, OutcomeStatus::ok) << outcome.detail;
+    EXPECT_EQ(outcome.primary.label, "Read");
+    EXPECT_EQ(outcome.primary.unit, "IOPS");
+    EXPECT_EQ(outcome.secondary->label, "Write");
+    EXPECT_EQ(outcome.secondary->unit, "IOPS");
+    EXPECT_EQ(outcome.primary.value.find('.'), std::string::npos);
+    const double mean = (std::stod(outcome.primary.value) + std::stod(outcome.secondary->value)) * 0.5;
+    EXPECT_NEAR(outcome.score, mean / 8.0, 0.5 / 8.0 + 1e-9);
+    EXPECT_GT(outcome.duration, 0.0);
+    EXPECT_EQ(outcome.detail, "Sustained random 4K access inside a 2 MB temporary file.");
+    EXPECT_EQ(sink_.unitName, "operations");
+    EXPECT_EQ(sink_.units, (std::vector<std::int64_t>{256, 384}));
+    EXPECT_EQ(fileSizes, (std::vector<std::uintmax_t>{2 * kMiB, 2 * kMiB}));
+}
+
+TEST_F(StorageWorkloadTest, RandomStopEndsAfterTheRoundInProgressWithAnOkOutcome) {
+    SSDRandomParameters parameters;
+    parameters.preparationChunkSize = kMiB;
+    parameters.preparationCount = 1;
+    parameters.readsPerRound = 64;
+    parameters.writesPerRound = 32;
+    parameters.timeBudgetSeconds = 20; // far beyond one round: only the stop ends it early
+    sink_.onReport = [&](const ProgressReport&) { token_.cancel(); };
+
+    const BenchmarkOutcome outcome = runSSDRandom(context_, parameters);
+
+    EXPECT_EQ(outcome.status, OutcomeStatus::ok) << outcome.detail;
+    EXPECT_EQ(sink_.units, (std::vector<std::int64_t>{64, 96}));
+}
+
+// ---- Failures: every one names its test and the system's reason, and leaves nothing ----
+
+namespace {
+
+struct FailureCase {
+    const char* prefix;
+    BenchmarkOutcome (*run)(const WorkloadContext&);
+};
+
+const FailureCase kEveryWorkload[] = {
+    {"SSD sequential test failed: ", [](const WorkloadContext& c) { return runSSDSequential(c); }},
+    {"SSD real speed test failed: ", [](const WorkloadContext& c) { return runSSDRealSpeed(c); }},
+    {"Random SSD test failed: ", [](const WorkloadContext& c) { return runSSDRandom(c); }},
+};
+
+} // namespace
+
+TEST_F(StorageWorkloadTest, MissingTemporaryRootFailsWithTheSystemText) {
+    const std::string missing = root() + "/no-such-directory";
+    ScopedTemporaryRoot pointAtMissing(missing);
+    for (const FailureCase& workload : kEveryWorkload) {
+        EXPECT_EQ(workload.run(context_),
+                  failedOutcome(std::string(workload.prefix) + "No such file or directory"));
+    }
+    EXPECT_FALSE(std::filesystem::exists(missing)) << "the missing root must not be created";
+}
+
+TEST_F(StorageWorkloadTest, ReadOnlyTemporaryRootFailsWithTheSystemText) {
+    const std::string readOnly = root() + "/read-only";
+    std::string expectedText;
+    std::unique_ptr<TmpfsMount> mount;
+    if (::geteuid() == 0) {
+        // Root ignores permission bits, so only a read-only mount refuses it.
+        mount = std::make_unique<TmpfsMount>(readOnly, kMiB, true);
+        if (!mount->mounted()) GTEST_SKIP() << mount->skipReason();
+        expectedText = std::strerror(EROFS);
+    } else {
+        ASSERT_TRUE(std::filesystem::create_directory(readOnly));
+        ASSERT_EQ(::chmod(readOnly.c_str(), 0500), 0);
+        expectedText = std::strerror(EACCES);
+    }
+    ScopedTemporaryRoot pointAtReadOnly(readOnly);
+    for (const FailureCase& workload : kEveryWorkload) {
+        EXPECT_EQ(workload.run(context_), failedOutcome(workload.prefix + expectedText));
+        EXPECT_TRUE(scratchEntries(readOnly).empty());
+    }
+}
+
+TEST_F(StorageWorkloadTest, FullVolumeFailsWithNoSpaceAndRemovesTheScratchDirectory) {
+    // Full-size defaults on a 4 MiB volume: each test runs out of space while writing.
+    const std::string small = root() + "/small-volume";
+    TmpfsMount mount(small, 4 * kMiB, false);
+    if (!mount.mounted()) GTEST_SKIP() << mount.skipReason();
+    ScopedTemporaryRoot pointAtSmall(small);
+    const std::string noSpace = std::strerror(ENOSPC);
+
+    EXPECT_EQ(runSSDSequential(context_), failedOutcome("SSD sequential test failed: " + noSpace));
+    EXPECT_TRUE(scratchEntries(small).empty());
+    EXPECT_EQ(runSSDRealSpeed(context_),
+              failedOutcome("SSD real speed test failed: write failed: " + noSpace));
+    EXPECT_TRUE(scratchEntries(small).empty());
+    EXPECT_EQ(runSSDRandom(context_), failedOutcome("Random SSD test failed: " + noSpace));
+    EXPECT_TRUE(scratchEntries(small).empty());
+    EXPECT_EQ(std::filesystem::space(small).available, std::filesystem::space(small).capacity)
+        << "the volume must be empty again";
+}
