@@ -142,3 +142,17 @@ TEST(QuarbelCommand, JsonReportHasTheDocumentedShape) {
     for (const auto& file : fs::directory_iterator(dir.path()))
         EXPECT_EQ(file.path().filename(), "result.json") << "no temporary file may stay behind";
 }
+
+TEST(QuarbelCommand, CtrlCCancelsTheRunningWorkloadAndLeavesNoScratchFiles) {
+    TempDir tmp;
+    for (const std::string id : {"cpuInteger", "ssdSequential"}) {
+        const auto result = runProcess({kQuarbel, "run", id, "cineTile"}, {"TMPDIR=" + tmp.path().string()},
+                                       "] Running ", 30000);
+        EXPECT_EQ(result.exitCode, 130) << id << "\n" << result.out << result.err;
+        EXPECT_NE(result.out.find("] Run stopped\n"), std::string::npos) << result.out;
+        EXPECT_NE(result.out.find("] Ready\n"), std::string::npos);
+        EXPECT_EQ(result.out.find("Summary:"), std::string::npos) << "a stopped run has no summary";
+        EXPECT_EQ(result.out.find("CPU Tile Render:"), std::string::npos) << "nothing runs after the stop";
+        EXPECT_TRUE(fs::is_empty(tmp.path())) << id << " left files in TMPDIR";
+    }
+}
