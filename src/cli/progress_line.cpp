@@ -22,7 +22,8 @@ std::string progressLine(const ProgressState& state, int barWidth) {
     const double fraction = std::clamp(state.fraction, 0.0, 1.0);
     const int filled = static_cast<int>(std::lround(fraction * barWidth));
     std::string line(state.title);
-    line += "  " + format(state.elapsedSeconds, 1) + "/" + format(state.targetSeconds, 0) + " s [";
+    line += "  " + format(state.elapsedSeconds, 1) + "/" +
+            format(state.targetSeconds, state.targetSeconds < 10 ? 1 : 0) + " s [";
     line.append(static_cast<std::size_t>(filled), '#');
     line.append(static_cast<std::size_t>(barWidth - filled), '.');
     line += "]";

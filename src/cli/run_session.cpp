@@ -5,6 +5,8 @@
 #include "run/model/number_format.h"
 #include "sensors/temperature.h"
 
+#include <algorithm>
+
 namespace quarbel::cli {
 namespace {
 
@@ -55,12 +57,12 @@ void RunSession::onTick() {
     const auto running = store_.runningID();
     if (!running) return;
     const LiveProgress live = store_.liveProgress();
-    const ProgressState state{title(*running),
-                              store_.currentRunElapsed(),
-                              store_.currentRunTargetSeconds(),
-                              store_.currentRunProgress(),
-                              live.unitsDone,
-                              live.elapsedSeconds,
+    // Quick runs shorten every budget, so the bar measures against the shortened target.
+    const double target = store_.currentRunTargetSeconds() * store_.budgetScale();
+    const double elapsed = store_.currentRunElapsed();
+    const ProgressState state{title(*running), elapsed,
+                              target,          target > 0 ? std::min(elapsed / target, 1.0) : 0.0,
+                              live.unitsDone,  live.elapsedSeconds,
                               live.unit};
     if (terminal_) {
         std::fprintf(out_, "\r\033[K%s", progressLine(state, kBarWidth).c_str());
