@@ -1,23 +1,43 @@
 // Runs work on its own thread and hands the result back on the receiver's thread.
-// The destructor joins every thread still running, so a result is never posted to
+// The destructor joins every thread still running, so a result is never delivered to
 // a receiver that is gone: cancel long work before destroying this.
 #pragma once
 
-#include <QMetaObject>
 #include <QObject>
 
 #include <cstdint>
+#include <functional>
 #include <list>
+#include <memory>
 #include <mutex>
 #include <thread>
 #include <utility>
+#include <vector>
 
 namespace quarbel {
 
+// Results wait here under a mutex until the receiver's event loop collects them. The
+// hand-over is ours rather than a posted functor, so a thread checker sees it.
+class CompletionMailbox : public QObject {
+    Q_OBJECT
+  public:
+    explicit CompletionMailbox(QObject* receiver);
+
+    // Any thread: queues `completion` and wakes the receiver's thread.
+    void post(std::function<void()> completion);
+
+    // The receiver's thread: runs every queued completion in the order posted.
+    Q_INVOKABLE void deliver();
+
+  private:
+    std::mutex mutex_;
+    std::vector<std::function<void()>> pending_;
+};
+
 class BackgroundTasks {
   public:
-    explicit BackgroundTasks(QObject* receiver) : receiver_(receiver) {}
-    ~BackgroundTasks() { joinAll(); }
+    explicit BackgroundTasks(QObject* receiver);
+    ~BackgroundTasks();
     BackgroundTasks(const BackgroundTasks&) = delete;
     BackgroundTasks& operator=(const BackgroundTasks&) = delete;
 
@@ -28,44 +48,20 @@ class BackgroundTasks {
         threads_.emplace_back(
             key, std::thread([this, key, work = std::move(work), done = std::move(done)]() mutable {
                 auto result = work();
-                QMetaObject::invokeMethod(
-                    receiver_,
-                    [this, key, done = std::move(done), result = std::move(result)]() mutable {
-                        reap(key);
-                        done(std::move(result));
-                    },
-                    Qt::QueuedConnection);
+                mailbox_->post([this, key, done = std::move(done), result = std::move(result)]() mutable {
+                    reap(key);
+                    done(std::move(result));
+                });
             }));
     }
 
-    void joinAll() {
-        std::list<std::pair<std::uint64_t, std::thread>> threads;
-        {
-            std::lock_guard lock(mutex_);
-            threads.swap(threads_);
-        }
-        for (auto& entry : threads)
-            entry.second.join();
-    }
+    void joinAll();
 
   private:
     // The thread has posted its result and is about to end; joining it is quick.
-    void reap(std::uint64_t key) {
-        std::thread finished;
-        {
-            std::lock_guard lock(mutex_);
-            for (auto it = threads_.begin(); it != threads_.end(); ++it) {
-                if (it->first == key) {
-                    finished = std::move(it->second);
-                    threads_.erase(it);
-                    break;
-                }
-            }
-        }
-        if (finished.joinable()) finished.join();
-    }
+    void reap(std::uint64_t key);
 
-    QObject* receiver_;
+    std::unique_ptr<CompletionMailbox> mailbox_;
     std::mutex mutex_;
     std::uint64_t nextKey_ = 1;
     std::list<std::pair<std::uint64_t, std::thread>> threads_;
