@@ -1,5 +1,7 @@
 #include "run/workload_dispatch.h"
 
+#include "workloads/gpu/gpu_workloads.h"
+
 #include <array>
 #include <string>
 
@@ -18,11 +20,11 @@ constexpr std::array<DispatchEntry, kBenchmarkCount> kDispatchTable = {{
     {BenchmarkID::cpuCrypto, nullptr},
     {BenchmarkID::memoryStream, nullptr},
     {BenchmarkID::cineTile, nullptr},
-    {BenchmarkID::metalVisual, nullptr},
-    {BenchmarkID::metalCompute, nullptr},
-    {BenchmarkID::openCLCompute, nullptr},
+    {BenchmarkID::metalVisual, &runMetalVisual},
+    {BenchmarkID::metalCompute, &runMetalCompute},
+    {BenchmarkID::openCLCompute, &runOpenCLCompute},
     {BenchmarkID::rawCPUDecode, nullptr},
-    {BenchmarkID::rawMetalDecode, nullptr},
+    {BenchmarkID::rawMetalDecode, &runRawMetalDecode},
     {BenchmarkID::ssdSequential, nullptr},
     {BenchmarkID::ssdRealSpeed, nullptr},
     {BenchmarkID::ssdRandom, nullptr},
