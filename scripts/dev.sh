@@ -19,7 +19,7 @@ PACKAGES=(
   libcli11-dev nlohmann-json3-dev
   libvulkan-dev libshaderc-dev glslang-tools mesa-vulkan-drivers
   ocl-icd-opencl-dev opencl-headers pocl-opencl-icd
-  hyperfine fio
+  hyperfine fio clpeak
 )
 
 install_missing_packages() {

@@ -4,6 +4,8 @@
 #include "cli/run_session.h"
 #include "cli/stop_signals.h"
 #include "run/benchmark_store.h"
+#include "sensors/system_snapshot.h"
+#include "workloads/gpu/gpu_device_name.h"
 #include "workloads/storage/storage_workloads.h"
 
 #include <CLI/CLI.hpp>
@@ -61,6 +63,9 @@ int runBenchmarks(int argc, char** argv, cli::RunOptions options) {
 } // namespace
 
 int main(int argc, char** argv) {
+    // The "Metal GPU" row names the Vulkan device the GPU workloads would choose.
+    SystemSnapshot::setGpuNameProvider([] { return gpu::defaultDeviceName().value_or(std::string{}); });
+
     CLI::App app{kDescription, "quarbel"};
     app.set_version_flag("--version", std::string("quarbel ") + QUARBEL_VERSION);
     app.require_subcommand(1);

@@ -27,7 +27,8 @@ void CompletionMailbox::deliver() {
         completion();
 }
 
-BackgroundTasks::BackgroundTasks(QObject* receiver) : mailbox_(std::make_unique<CompletionMailbox>(receiver)) {}
+BackgroundTasks::BackgroundTasks(QObject* receiver)
+    : mailbox_(std::make_unique<CompletionMailbox>(receiver)) {}
 
 BackgroundTasks::~BackgroundTasks() { joinAll(); }
 

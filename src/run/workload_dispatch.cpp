@@ -1,6 +1,7 @@
 #include "run/workload_dispatch.h"
 
 #include "workloads/cpu/cpu_workloads.h"
+#include "workloads/gpu/gpu_workloads.h"
 #include "workloads/storage/storage_workloads.h"
 
 #include <array>
@@ -21,11 +22,11 @@ constexpr std::array<DispatchEntry, kBenchmarkCount> kDispatchTable = {{
     {BenchmarkID::cpuCrypto, &runCPUDeveloper},
     {BenchmarkID::memoryStream, &runMemoryStream},
     {BenchmarkID::cineTile, &runCineTile},
-    {BenchmarkID::metalVisual, nullptr},
-    {BenchmarkID::metalCompute, nullptr},
-    {BenchmarkID::openCLCompute, nullptr},
+    {BenchmarkID::metalVisual, &runMetalVisual},
+    {BenchmarkID::metalCompute, &runMetalCompute},
+    {BenchmarkID::openCLCompute, &runOpenCLCompute},
     {BenchmarkID::rawCPUDecode, &runRawCPUDecode},
-    {BenchmarkID::rawMetalDecode, nullptr},
+    {BenchmarkID::rawMetalDecode, &runRawMetalDecode},
     {BenchmarkID::ssdSequential, &runSSDSequential},
     {BenchmarkID::ssdRealSpeed, &runSSDRealSpeed},
     {BenchmarkID::ssdRandom, &runSSDRandom},

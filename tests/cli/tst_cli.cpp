@@ -1,5 +1,6 @@
 // The quarbel binary as a user meets it: arguments, exit codes, output and the report.
 #include "process.h"
+#include "workloads/gpu/gpu_device_name.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -155,4 +156,22 @@ TEST(QuarbelCommand, CtrlCCancelsTheRunningWorkloadAndLeavesNoScratchFiles) {
         EXPECT_EQ(result.out.find("CPU Tile Render:"), std::string::npos) << "nothing runs after the stop";
         EXPECT_TRUE(fs::is_empty(tmp.path())) << id << " left files in TMPDIR";
     }
+}
+
+TEST(QuarbelCommand, InfoNamesTheVulkanDeviceTheGpuWorkloadsUse) {
+    const auto rowValue = [](const ProcessResult& result, const std::string& label) {
+        const auto report = nlohmann::json::parse(result.out);
+        for (const auto& row : report["system"])
+            if (row["label"] == label) return row["value"].get<std::string>();
+        return std::string("<missing>");
+    };
+    const auto withDevices = runProcess({kQuarbel, "info", "--json"});
+    ASSERT_EQ(withDevices.exitCode, 0) << withDevices.err;
+    EXPECT_EQ(rowValue(withDevices, "Metal GPU"), quarbel::gpu::defaultDeviceName().value_or("Unavailable"));
+
+    const auto withoutDevices =
+        runProcess({kQuarbel, "info", "--json"}, {"VK_ICD_FILENAMES=/nonexistent/quarbel-no-vulkan.json",
+                                                  "VK_DRIVER_FILES=/nonexistent/quarbel-no-vulkan.json"});
+    ASSERT_EQ(withoutDevices.exitCode, 0) << withoutDevices.err;
+    EXPECT_EQ(rowValue(withoutDevices, "Metal GPU"), "Unavailable");
 }

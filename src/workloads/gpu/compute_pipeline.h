@@ -1,0 +1,87 @@
+// A compute pipeline over storage buffers with inline (push-constant) arguments, and the
+// dispatch geometry that covers a one-dimensional grid of items.
+#pragma once
+
+#include "workloads/gpu/buffer.h"
+#include "workloads/gpu/gpu_context.h"
+
+#include <cstdint>
+#include <initializer_list>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace quarbel::gpu {
+
+// Workgroup width for a kernel: the device's execution width, at least 1, at most what one
+// workgroup may hold.
+std::uint32_t threadgroupWidth(std::uint32_t executionWidth, std::uint32_t maxThreadsPerGroup) noexcept;
+
+struct DispatchGrid {
+    std::uint32_t groupsX = 0;
+    std::uint32_t groupsY = 0;
+    bool operator==(const DispatchGrid&) const = default;
+};
+
+// Workgroups of `width` invocations covering `items` items: ceil(items / width) groups, laid
+// out along x and continued over y rows once x reaches `maxGroupsPerDimension`. Vulkan runs
+// whole workgroups, so kernels test their linear index against the item count; that stands
+// in for a non-uniform dispatch whose last group is partial.
+DispatchGrid dispatchGridFor(std::uint64_t items, std::uint32_t width,
+                             std::uint32_t maxGroupsPerDimension) noexcept;
+
+class ComputePipeline {
+  public:
+    // A pipeline for the "main" entry of `spirv`, whose storage buffers sit at bindings
+    // 0 .. bufferCount-1 of set 0, whose push-constant block is `argumentBytes` long and
+    // whose workgroup width (specialisation constant 0) is `groupWidth`. nullptr on failure,
+    // with the failing VkResult in `error`.
+    static std::unique_ptr<ComputePipeline> create(const Context& context,
+                                                   std::span<const std::uint32_t> spirv,
+                                                   std::uint32_t bufferCount, std::uint32_t argumentBytes,
+                                                   std::uint32_t groupWidth, VkResult& error);
+    ~ComputePipeline();
+    ComputePipeline(const ComputePipeline&) = delete;
+    ComputePipeline& operator=(const ComputePipeline&) = delete;
+
+    // Points bindings 0, 1, ... at `buffers`, in order. Call before recording, not while the
+    // pipeline's commands are in flight.
+    void bindBuffers(std::initializer_list<const Buffer*> buffers);
+
+    // Records one dispatch with `arguments` (argumentBytes long) as push constants, followed by
+    // a barrier that makes its writes visible to later dispatches, copies and host reads.
+    void recordDispatch(VkCommandBuffer commands, const void* arguments, DispatchGrid grid) const;
+
+  private:
+    ComputePipeline() = default;
+
+    VkDevice device_ = VK_NULL_HANDLE;
+    VkShaderModule module_ = VK_NULL_HANDLE;
+    VkDescriptorSetLayout setLayout_ = VK_NULL_HANDLE;
+    VkPipelineLayout layout_ = VK_NULL_HANDLE;
+    VkPipeline pipeline_ = VK_NULL_HANDLE;
+    VkDescriptorPool pool_ = VK_NULL_HANDLE;
+    VkDescriptorSet set_ = VK_NULL_HANDLE;
+    std::uint32_t bufferCount_ = 0;
+    std::uint32_t argumentBytes_ = 0;
+};
+
+// A compute pipeline built from GLSL text, or why it could not be built.
+struct ComputeKernel {
+    enum class Failure { none, compile, entryPointMissing, pipeline };
+    std::unique_ptr<ComputePipeline> pipeline; // set exactly when failure is none
+    Failure failure = Failure::none;
+    std::string message; // the compiler's message or the VkResult name
+};
+
+// Compiles `source` (tagged `sourceName` in messages), checks its compute entry point and
+// builds the pipeline as ComputePipeline::create describes.
+ComputeKernel buildComputeKernel(const Context& context, std::string_view source, std::string_view sourceName,
+                                 std::uint32_t bufferCount, std::uint32_t argumentBytes,
+                                 std::uint32_t groupWidth);
+
+// A shader module for `spirv`; VK_NULL_HANDLE on failure with the result in `error`.
+VkShaderModule createShaderModule(VkDevice device, std::span<const std::uint32_t> spirv, VkResult& error);
+
+} // namespace quarbel::gpu

@@ -1,0 +1,31 @@
+// Which Vulkan device is "the system default device": the rule alone, without Vulkan calls,
+// so that it can be checked against any list of devices.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace quarbel::gpu {
+
+// Ordered by preference.
+enum class DeviceKind { discrete, integrated, virtualGpu, cpu, other };
+
+struct DeviceCandidate {
+    std::string name;
+    DeviceKind kind = DeviceKind::other;
+};
+
+// The index of the device to use, or nullopt for an empty list.
+// Without an override: the first discrete GPU, else the first integrated, else virtual, else
+// CPU, else any other device. `override` (the QUARBEL_GPU text) is either a device index in
+// decimal or a case-insensitive part of a device name; the first match wins. An override that
+// matches nothing is ignored, so a stale setting still benchmarks the default device.
+std::optional<std::size_t> chooseDevice(std::span<const DeviceCandidate> devices, std::string_view override);
+
+// The QUARBEL_GPU environment variable, or empty.
+std::string deviceOverrideFromEnvironment();
+
+} // namespace quarbel::gpu

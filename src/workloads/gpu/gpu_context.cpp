@@ -1,0 +1,204 @@
+#include "workloads/gpu/gpu_context.h"
+
+#include "workloads/gpu/device_selection.h"
+#include "workloads/gpu/gpu_device_name.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace quarbel::gpu {
+namespace {
+
+VkInstance createInstance() {
+    VkApplicationInfo app{};
+    app.sType = VK_STRUCTURE_TYPE_APPLICATION_INFO;
+    app.pApplicationName = "Quarbel";
+    app.pEngineName = "Quarbel";
+    app.apiVersion = VK_API_VERSION_1_1;
+    VkInstanceCreateInfo info{};
+    info.sType = VK_STRUCTURE_TYPE_INSTANCE_CREATE_INFO;
+    info.pApplicationInfo = &app;
+    VkInstance instance = VK_NULL_HANDLE;
+    if (vkCreateInstance(&info, nullptr, &instance) != VK_SUCCESS) return VK_NULL_HANDLE;
+    return instance;
+}
+
+// Destroys the instance unless ownership was handed on.
+struct InstanceGuard {
+    VkInstance instance = VK_NULL_HANDLE;
+    ~InstanceGuard() {
+        if (instance != VK_NULL_HANDLE) vkDestroyInstance(instance, nullptr);
+    }
+    VkInstance release() { return std::exchange(instance, VK_NULL_HANDLE); }
+};
+
+DeviceKind kindOf(VkPhysicalDeviceType type) {
+    switch (type) {
+    case VK_PHYSICAL_DEVICE_TYPE_DISCRETE_GPU: return DeviceKind::discrete;
+    case VK_PHYSICAL_DEVICE_TYPE_INTEGRATED_GPU: return DeviceKind::integrated;
+    case VK_PHYSICAL_DEVICE_TYPE_VIRTUAL_GPU: return DeviceKind::virtualGpu;
+    case VK_PHYSICAL_DEVICE_TYPE_CPU: return DeviceKind::cpu;
+    default: return DeviceKind::other;
+    }
+}
+
+// The default device among those that speak Vulkan 1.1 (subgroup queries need it).
+VkPhysicalDevice chooseDefaultDevice(VkInstance instance, std::string& name) {
+    std::uint32_t count = 0;
+    if (vkEnumeratePhysicalDevices(instance, &count, nullptr) != VK_SUCCESS || count == 0)
+        return VK_NULL_HANDLE;
+    std::vector<VkPhysicalDevice> all(count);
+    if (vkEnumeratePhysicalDevices(instance, &count, all.data()) < 0) return VK_NULL_HANDLE;
+    all.resize(count);
+
+    std::vector<VkPhysicalDevice> usable;
+    std::vector<DeviceCandidate> candidates;
+    for (VkPhysicalDevice device : all) {
+        VkPhysicalDeviceProperties properties{};
+        vkGetPhysicalDeviceProperties(device, &properties);
+        if (properties.apiVersion < VK_API_VERSION_1_1) continue;
+        usable.push_back(device);
+        candidates.push_back({properties.deviceName, kindOf(properties.deviceType)});
+    }
+    auto chosen = chooseDevice(candidates, deviceOverrideFromEnvironment());
+    if (!chosen) return VK_NULL_HANDLE;
+    name = candidates[*chosen].name;
+    return usable[*chosen];
+}
+
+// A family with compute, preferring one that also renders.
+std::optional<std::uint32_t> chooseQueueFamily(VkPhysicalDevice device, bool& graphics) {
+    std::uint32_t count = 0;
+    vkGetPhysicalDeviceQueueFamilyProperties(device, &count, nullptr);
+    std::vector<VkQueueFamilyProperties> families(count);
+    vkGetPhysicalDeviceQueueFamilyProperties(device, &count, families.data());
+    std::optional<std::uint32_t> computeOnly;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const VkQueueFlags flags = families[i].queueFlags;
+        if (families[i].queueCount == 0 || (flags & VK_QUEUE_COMPUTE_BIT) == 0) continue;
+        if ((flags & VK_QUEUE_GRAPHICS_BIT) != 0) {
+            graphics = true;
+            return i;
+        }
+        if (!computeOnly) computeOnly = i;
+    }
+    graphics = false;
+    return computeOnly;
+}
+
+} // namespace
+
+std::optional<std::string> defaultDeviceName() {
+    InstanceGuard guard{createInstance()};
+    if (guard.instance == VK_NULL_HANDLE) return std::nullopt;
+    std::string name;
+    if (chooseDefaultDevice(guard.instance, name) == VK_NULL_HANDLE) return std::nullopt;
+    return name;
+}
+
+std::unique_ptr<Context> Context::openDefault() {
+    InstanceGuard guard{createInstance()};
+    if (guard.instance == VK_NULL_HANDLE) return nullptr;
+    std::string name;
+    VkPhysicalDevice physical = chooseDefaultDevice(guard.instance, name);
+    if (physical == VK_NULL_HANDLE) return nullptr;
+    bool graphics = false;
+    auto family = chooseQueueFamily(physical, graphics);
+    if (!family) return nullptr;
+
+    std::unique_ptr<Context> context(new Context());
+    context->instance_ = guard.release();
+    context->physicalDevice_ = physical;
+    context->name_ = std::move(name);
+    context->supportsGraphics_ = graphics;
+
+    VkPhysicalDeviceSubgroupProperties subgroup{};
+    subgroup.sType = VK_STRUCTURE_TYPE_PHYSICAL_DEVICE_SUBGROUP_PROPERTIES;
+    VkPhysicalDeviceProperties2 properties{};
+    properties.sType = VK_STRUCTURE_TYPE_PHYSICAL_DEVICE_PROPERTIES_2;
+    properties.pNext = &subgroup;
+    vkGetPhysicalDeviceProperties2(physical, &properties);
+    const VkPhysicalDeviceLimits& limits = properties.properties.limits;
+    context->threadExecutionWidth_ = std::max<std::uint32_t>(subgroup.subgroupSize, 1);
+    context->maxThreadsPerGroup_ = std::max<std::uint32_t>(
+        std::min(limits.maxComputeWorkGroupInvocations, limits.maxComputeWorkGroupSize[0]), 1);
+    context->maxGroupsPerDimension_ = std::max<std::uint32_t>(
+        std::min(limits.maxComputeWorkGroupCount[0], limits.maxComputeWorkGroupCount[1]), 1);
+    vkGetPhysicalDeviceMemoryProperties(physical, &context->memory_);
+
+    const float priority = 1.0f;
+    VkDeviceQueueCreateInfo queueInfo{};
+    queueInfo.sType = VK_STRUCTURE_TYPE_DEVICE_QUEUE_CREATE_INFO;
+    queueInfo.queueFamilyIndex = *family;
+    queueInfo.queueCount = 1;
+    queueInfo.pQueuePriorities = &priority;
+    VkDeviceCreateInfo deviceInfo{};
+    deviceInfo.sType = VK_STRUCTURE_TYPE_DEVICE_CREATE_INFO;
+    deviceInfo.queueCreateInfoCount = 1;
+    deviceInfo.pQueueCreateInfos = &queueInfo;
+    if (vkCreateDevice(physical, &deviceInfo, nullptr, &context->device_) != VK_SUCCESS) return nullptr;
+    vkGetDeviceQueue(context->device_, *family, 0, &context->queue_);
+
+    VkCommandPoolCreateInfo poolInfo{};
+    poolInfo.sType = VK_STRUCTURE_TYPE_COMMAND_POOL_CREATE_INFO;
+    poolInfo.flags = VK_COMMAND_POOL_CREATE_RESET_COMMAND_BUFFER_BIT;
+    poolInfo.queueFamilyIndex = *family;
+    if (vkCreateCommandPool(context->device_, &poolInfo, nullptr, &context->commandPool_) != VK_SUCCESS)
+        return nullptr;
+    VkCommandBufferAllocateInfo allocateInfo{};
+    allocateInfo.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_ALLOCATE_INFO;
+    allocateInfo.commandPool = context->commandPool_;
+    allocateInfo.level = VK_COMMAND_BUFFER_LEVEL_PRIMARY;
+    allocateInfo.commandBufferCount = 1;
+    if (vkAllocateCommandBuffers(context->device_, &allocateInfo, &context->commandBuffer_) != VK_SUCCESS)
+        return nullptr;
+    VkFenceCreateInfo fenceInfo{};
+    fenceInfo.sType = VK_STRUCTURE_TYPE_FENCE_CREATE_INFO;
+    if (vkCreateFence(context->device_, &fenceInfo, nullptr, &context->fence_) != VK_SUCCESS) return nullptr;
+    return context;
+}
+
+Context::~Context() {
+    if (device_ != VK_NULL_HANDLE) {
+        vkDeviceWaitIdle(device_);
+        if (fence_ != VK_NULL_HANDLE) vkDestroyFence(device_, fence_, nullptr);
+        if (commandPool_ != VK_NULL_HANDLE) vkDestroyCommandPool(device_, commandPool_, nullptr);
+        vkDestroyDevice(device_, nullptr);
+    }
+    if (instance_ != VK_NULL_HANDLE) vkDestroyInstance(instance_, nullptr);
+}
+
+std::optional<std::uint32_t> Context::findMemoryType(std::uint32_t typeBits,
+                                                     VkMemoryPropertyFlags required) const noexcept {
+    for (std::uint32_t i = 0; i < memory_.memoryTypeCount; ++i) {
+        if ((typeBits & (1u << i)) != 0 && (memory_.memoryTypes[i].propertyFlags & required) == required)
+            return i;
+    }
+    return std::nullopt;
+}
+
+VkResult Context::submitAndWait(const std::function<void(VkCommandBuffer)>& record) {
+    VkResult result = vkResetCommandBuffer(commandBuffer_, 0);
+    if (result != VK_SUCCESS) return result;
+    VkCommandBufferBeginInfo begin{};
+    begin.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_BEGIN_INFO;
+    begin.flags = VK_COMMAND_BUFFER_USAGE_ONE_TIME_SUBMIT_BIT;
+    result = vkBeginCommandBuffer(commandBuffer_, &begin);
+    if (result != VK_SUCCESS) return result;
+    record(commandBuffer_);
+    result = vkEndCommandBuffer(commandBuffer_);
+    if (result != VK_SUCCESS) return result;
+
+    VkSubmitInfo submit{};
+    submit.sType = VK_STRUCTURE_TYPE_SUBMIT_INFO;
+    submit.commandBufferCount = 1;
+    submit.pCommandBuffers = &commandBuffer_;
+    result = vkQueueSubmit(queue_, 1, &submit, fence_);
+    if (result != VK_SUCCESS) return result;
+    result = vkWaitForFences(device_, 1, &fence_, VK_TRUE, UINT64_MAX);
+    const VkResult reset = vkResetFences(device_, 1, &fence_);
+    return result != VK_SUCCESS ? result : reset;
+}
+
+} // namespace quarbel::gpu

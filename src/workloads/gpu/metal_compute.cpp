@@ -1,0 +1,113 @@
+#include "workloads/gpu/gpu_workloads.h"
+
+#include "run/model/number_format.h"
+#include "workloads/gpu/buffer.h"
+#include "workloads/gpu/compute_pipeline.h"
+#include "workloads/gpu/embedded_shaders.h"
+#include "workloads/gpu/gpu_context.h"
+
+#include <algorithm>
+#include <exception>
+#include <string>
+
+namespace quarbel {
+namespace {
+
+constexpr double kBudgetSeconds = 15.0;
+constexpr double kOperationsPerElementIteration = 42.0;
+constexpr double kScoreFactor = 120.0;
+constexpr double kMinimumElapsed = 1e-6;
+
+struct Float4 {
+    float x, y, z, w;
+};
+
+// Push-constant block of suite_compute.comp.
+struct ComputeArguments {
+    std::uint32_t iterations;
+    std::uint32_t count;
+};
+
+void fillInitialValues(Float4* values, std::uint32_t count) {
+    for (std::uint32_t i = 0; i < count; ++i) {
+        values[i] = {static_cast<float>(i % 251) * 0.001f, static_cast<float>(i % 193) * 0.002f,
+                     static_cast<float>(i % 137) * 0.003f, 1.0f};
+    }
+}
+
+BenchmarkOutcome measure(const WorkloadContext& context, const MetalComputeParameters& parameters) {
+    auto gpu = gpu::Context::openDefault();
+    if (!gpu) return skippedOutcome("Metal is not available on this machine.");
+
+    const std::uint32_t count = std::max<std::uint32_t>(parameters.elementCount, 1);
+    const std::uint32_t width = gpu::threadgroupWidth(gpu->threadExecutionWidth(), gpu->maxThreadsPerGroup());
+    const auto source =
+        parameters.kernelSource.value_or(gpu::shaderSource(gpu::EmbeddedShader::suiteCompute));
+    gpu::ComputeKernel kernel =
+        gpu::buildComputeKernel(*gpu, source, gpu::shaderFileName(gpu::EmbeddedShader::suiteCompute), 1,
+                                sizeof(ComputeArguments), width);
+    switch (kernel.failure) {
+    case gpu::ComputeKernel::Failure::none: break;
+    case gpu::ComputeKernel::Failure::entryPointMissing:
+        return failedOutcome("Metal compute kernel was not found.");
+    case gpu::ComputeKernel::Failure::compile:
+    case gpu::ComputeKernel::Failure::pipeline:
+        return failedOutcome("Metal compute failed: " + kernel.message);
+    }
+
+    auto buffer = gpu::Buffer::create(*gpu, VkDeviceSize{count} * sizeof(Float4), gpu::Storage::shared);
+    if (!buffer) return failedOutcome("Metal could not allocate the buffer.");
+    auto* values = static_cast<Float4*>(buffer->contents());
+    fillInitialValues(values, count);
+    kernel.pipeline->bindBuffers({buffer.get()});
+
+    const ComputeArguments arguments{parameters.iterations, count};
+    const gpu::DispatchGrid grid = gpu::dispatchGridFor(count, width, gpu->maxGroupsPerDimension());
+    const double budget = context.budget(kBudgetSeconds);
+    const double start = monotonicSeconds();
+    std::int64_t dispatches = 0;
+    for (;;) {
+        const VkResult result = gpu->submitAndWait(
+            [&](VkCommandBuffer commands) { kernel.pipeline->recordDispatch(commands, &arguments, grid); });
+        // A submission the device refuses ends the run like a missing command buffer: the
+        // dispatches that completed still count.
+        if (result != VK_SUCCESS) break;
+        ++dispatches;
+        const double elapsed = monotonicSeconds() - start;
+        context.reportProgress(dispatches, elapsed, "dispatches");
+        if (elapsed >= budget) break;
+        if (context.cancelled()) break;
+    }
+    double elapsed = monotonicSeconds() - start;
+    if (elapsed <= kMinimumElapsed) elapsed = kMinimumElapsed;
+
+    const float checksum = values[0].x + values[count / 3].y + values[count - 1].z;
+    const double workPerDispatch = static_cast<double>(count) * static_cast<double>(parameters.iterations);
+    // At least one dispatch in the rate even when none completed, unlike the count shown.
+    const double gflops = static_cast<double>(std::max<std::int64_t>(dispatches, 1)) * workPerDispatch *
+                          kOperationsPerElementIteration / elapsed / 1e9;
+
+    BenchmarkOutcome outcome;
+    outcome.status = OutcomeStatus::ok;
+    outcome.score = gflops * kScoreFactor;
+    outcome.primary = {"Compute", format(gflops, 2), "GFLOPS"};
+    outcome.secondary = MeasurementLine{"Dispatches", std::to_string(dispatches), ""};
+    outcome.duration = elapsed;
+    outcome.detail = "Sustained Metal kernel over " + std::to_string(count) + " float4 values, checksum " +
+                     format(static_cast<double>(checksum), 3) + ".";
+    return outcome;
+}
+
+} // namespace
+
+BenchmarkOutcome runMetalCompute(const WorkloadContext& context) { return runMetalCompute(context, {}); }
+
+BenchmarkOutcome runMetalCompute(const WorkloadContext& context, const MetalComputeParameters& parameters) {
+    try {
+        return measure(context, parameters);
+    } catch (const std::exception& error) {
+        return failedOutcome(std::string("Metal compute failed: ") + error.what());
+    }
+}
+
+} // namespace quarbel

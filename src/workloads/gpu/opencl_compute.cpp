@@ -1,0 +1,166 @@
+#include "workloads/gpu/opencl_compute.h"
+
+#include "workloads/gpu/opencl_detail.h"
+
+#include <algorithm>
+#include <ctime>
+#include <memory>
+#include <new>
+
+QLResult::QLResult(std::int32_t code, double scoreValue, double gflopsValue, double gpuValue,
+                   double secondsValue)
+    : status(code) {
+    if (code != 0) return;
+    score = scoreValue;
+    gflops = gflopsValue;
+    gpu = gpuValue;
+    seconds = secondsValue;
+}
+
+namespace quarbel::opencl {
+namespace {
+
+constexpr cl_uint kMaxPlatforms = 8;
+constexpr cl_uint kMaxDevices = 8;
+constexpr double kOperationsPerElementIteration = 42.0;
+constexpr double kScoreFactor = 120.0;
+
+// Releases whatever was created, in the order buffer, kernel, program, queue, context.
+struct OpenCLObjects {
+    cl_context context = nullptr;
+    cl_command_queue queue = nullptr;
+    cl_mem buffer = nullptr;
+    cl_program program = nullptr;
+    cl_kernel kernel = nullptr;
+
+    ~OpenCLObjects() {
+        if (buffer != nullptr) clReleaseMemObject(buffer);
+        if (kernel != nullptr) clReleaseKernel(kernel);
+        if (program != nullptr) clReleaseProgram(program);
+        if (queue != nullptr) clReleaseCommandQueue(queue);
+        if (context != nullptr) clReleaseContext(context);
+    }
+};
+
+const QLResult kCallFailed(-3, 0, 0, 0, 0);
+
+} // namespace
+
+std::size_t globalWorkSize(std::int32_t count) noexcept {
+    const auto items = static_cast<std::size_t>(std::max<std::int32_t>(count, 1));
+    return (items + kLocalWorkSize - 1) / kLocalWorkSize * kLocalWorkSize;
+}
+
+void fillInitialData(std::span<float> data) noexcept {
+    for (std::size_t k = 0; k < data.size(); ++k)
+        data[k] = static_cast<float>(k % 251) * 0.001f;
+}
+
+cl_int findDevice(const DeviceDiscovery& discovery, cl_device_id* device, cl_platform_id* platform) {
+    cl_uint platformCount = 0;
+    cl_int error = discovery.getPlatformIDs(0, nullptr, &platformCount);
+    if (error != CL_SUCCESS) return error;
+    if (platformCount == 0) return -1;
+    cl_platform_id platforms[kMaxPlatforms] = {};
+    error = discovery.getPlatformIDs(kMaxPlatforms, platforms, &platformCount);
+    if (error != CL_SUCCESS) return error;
+    platformCount = std::min(platformCount, kMaxPlatforms);
+
+    // A GPU on any platform is preferred to a CPU device on an earlier one.
+    for (cl_device_type type : {cl_device_type{CL_DEVICE_TYPE_GPU}, cl_device_type{CL_DEVICE_TYPE_CPU}}) {
+        for (cl_uint p = 0; p < platformCount; ++p) {
+            cl_uint deviceCount = 0;
+            if (discovery.getDeviceIDs(platforms[p], type, 0, nullptr, &deviceCount) != CL_SUCCESS ||
+                deviceCount < 1)
+                continue;
+            cl_device_id devices[kMaxDevices] = {};
+            if (discovery.getDeviceIDs(platforms[p], type, kMaxDevices, devices, nullptr) != CL_SUCCESS)
+                continue;
+            *device = devices[0];
+            *platform = platforms[p];
+            return CL_SUCCESS;
+        }
+    }
+    return -2;
+}
+
+QLResult runOpenCL(std::int32_t count, std::int32_t iterations, double seconds,
+                   const std::function<void(std::int64_t, double)>& afterDispatch) {
+    cl_device_id device = nullptr;
+    cl_platform_id platform = nullptr;
+    if (QLFindOpenCLDevice(&device, &platform) != CL_SUCCESS) return QLResult(-1, 0, 0, 0, 0);
+
+    count = std::max<std::int32_t>(count, 1);
+    iterations = std::max<std::int32_t>(iterations, 1);
+    const double budget = seconds > 0 ? seconds : 1.0;
+    const std::size_t floats = static_cast<std::size_t>(count) * 4;
+    const std::size_t bytes = floats * sizeof(float);
+    std::unique_ptr<float[]> host(new (std::nothrow) float[floats]);
+    if (!host) return QLResult(-2, 0, 0, 0, 0);
+    fillInitialData({host.get(), floats});
+
+    OpenCLObjects cl;
+    cl_int error = CL_SUCCESS;
+    cl.context = clCreateContext(nullptr, 1, &device, nullptr, nullptr, &error);
+    if (error != CL_SUCCESS || cl.context == nullptr) return kCallFailed;
+    cl.queue = clCreateCommandQueue(cl.context, device, 0, &error);
+    if (error != CL_SUCCESS || cl.queue == nullptr) return kCallFailed;
+    cl.buffer =
+        clCreateBuffer(cl.context, CL_MEM_READ_WRITE | CL_MEM_COPY_HOST_PTR, bytes, host.get(), &error);
+    if (error != CL_SUCCESS || cl.buffer == nullptr) return kCallFailed;
+    const char* source = kKernelSource;
+    cl.program = clCreateProgramWithSource(cl.context, 1, &source, nullptr, &error);
+    if (error != CL_SUCCESS || cl.program == nullptr) return kCallFailed;
+    if (clBuildProgram(cl.program, 1, &device, kBuildOptions, nullptr, nullptr) != CL_SUCCESS)
+        return kCallFailed;
+    cl.kernel = clCreateKernel(cl.program, kKernelName, &error);
+    if (error != CL_SUCCESS || cl.kernel == nullptr) return kCallFailed;
+    const cl_int iterationArgument = iterations;
+    const cl_int countArgument = count;
+    error = clSetKernelArg(cl.kernel, 0, sizeof(cl_mem), &cl.buffer);
+    error |= clSetKernelArg(cl.kernel, 1, sizeof(cl_int), &iterationArgument);
+    error |= clSetKernelArg(cl.kernel, 2, sizeof(cl_int), &countArgument);
+    if (error != CL_SUCCESS) return kCallFailed;
+
+    const std::size_t global = globalWorkSize(count);
+    const std::size_t local = kLocalWorkSize;
+    const double start = QLNow();
+    std::int64_t dispatches = 0;
+    do {
+        if (clEnqueueNDRangeKernel(cl.queue, cl.kernel, 1, nullptr, &global, &local, 0, nullptr, nullptr) !=
+            CL_SUCCESS)
+            return kCallFailed;
+        clFinish(cl.queue);
+        ++dispatches;
+        if (afterDispatch) afterDispatch(dispatches, QLNow() - start);
+    } while (budget > QLNow() - start);
+    const double elapsed = QLNow() - start;
+
+    cl_device_type type = 0;
+    clGetDeviceInfo(device, CL_DEVICE_TYPE, sizeof(type), &type, nullptr);
+    const double gpu = (type & CL_DEVICE_TYPE_GPU) != 0 ? 1.0 : 0.0;
+    const double work = static_cast<double>(count) * static_cast<double>(iterations) *
+                        static_cast<double>(dispatches) * kOperationsPerElementIteration;
+    const double gflops = work / elapsed / 1e9;
+    return QLResult(0, kScoreFactor * gflops, gflops, gpu, elapsed);
+}
+
+} // namespace quarbel::opencl
+
+extern "C" {
+
+QLResult QuarbelRunOpenCL(std::int32_t count, std::int32_t iterations, double seconds) {
+    return quarbel::opencl::runOpenCL(count, iterations, seconds, {});
+}
+
+cl_int QLFindOpenCLDevice(cl_device_id* device, cl_platform_id* platform) {
+    return quarbel::opencl::findDevice({}, device, platform);
+}
+
+double QLNow(void) {
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
+
+} // extern "C"

@@ -1,0 +1,45 @@
+// The pieces of the OpenCL benchmark that are checked on their own.
+#pragma once
+
+#include "workloads/gpu/opencl_compute.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <span>
+
+namespace quarbel::opencl {
+
+// The kernel as one line of OpenCL C; entry point "bench", built with kBuildOptions.
+inline constexpr const char* kKernelSource =
+    "__kernel void bench(__global float4 *data, const int iterations, const int count) {  int gid = "
+    "get_global_id(0);  if (gid >= count) return;  float4 v = data[gid] + (float4)(0.11f, 0.23f, 0.37f, "
+    "0.41f);  "
+    "for (int i = 0; i < iterations; ++i) {    float f = (float)i * 0.00013f;    v = native_sin(v * 1.00019f "
+    "+ f) "
+    "+ native_cos(v.yzwx * 0.99991f - f);    v = mad(v, (float4)(1.00001f, 0.99999f, 1.00003f, 0.99997f), "
+    "(float4)(0.0001f, -0.0002f, 0.0003f, -0.0004f));  }  data[gid] = v;}";
+inline constexpr const char* kKernelName = "bench";
+inline constexpr const char* kBuildOptions = "-cl-fast-relaxed-math";
+inline constexpr std::size_t kLocalWorkSize = 128;
+
+// `count` work items rounded up to whole work groups of kLocalWorkSize.
+std::size_t globalWorkSize(std::int32_t count) noexcept;
+
+// Float k of the buffer (4 per element) is float(k mod 251) x 0.001.
+void fillInitialData(std::span<float> data) noexcept;
+
+// The two discovery calls, replaceable so that the device rule can be checked against any
+// arrangement of platforms and devices. Signatures as clGetPlatformIDs and clGetDeviceIDs.
+struct DeviceDiscovery {
+    cl_int (*getPlatformIDs)(cl_uint, cl_platform_id*, cl_uint*) = &clGetPlatformIDs;
+    cl_int (*getDeviceIDs)(cl_platform_id, cl_device_type, cl_uint, cl_device_id*,
+                           cl_uint*) = &clGetDeviceIDs;
+};
+cl_int findDevice(const DeviceDiscovery& discovery, cl_device_id* device, cl_platform_id* platform);
+
+// QuarbelRunOpenCL, calling `afterDispatch(dispatches, elapsedSeconds)` after each dispatch.
+QLResult runOpenCL(std::int32_t count, std::int32_t iterations, double seconds,
+                   const std::function<void(std::int64_t, double)>& afterDispatch);
+
+} // namespace quarbel::opencl

@@ -1,0 +1,44 @@
+#include "workloads/gpu/gpu_workloads.h"
+#include "workloads/gpu/opencl_compute.h"
+#include "workloads/gpu/opencl_detail.h"
+
+#include "run/model/number_format.h"
+
+#include <exception>
+
+namespace quarbel {
+namespace {
+
+constexpr double kBudgetSeconds = 15.0;
+
+} // namespace
+
+BenchmarkOutcome openCLOutcome(const QLResult& result) {
+    if (result.status != 0) return skippedOutcome("OpenCL is unavailable or no compatible device was found.");
+    BenchmarkOutcome outcome;
+    outcome.status = OutcomeStatus::ok;
+    outcome.score = result.score;
+    outcome.primary = {"Compute", format(result.gflops, 2), "GFLOPS"};
+    outcome.secondary = MeasurementLine{"Device", result.gpu > 0 ? "GPU" : "CPU", ""};
+    outcome.duration = result.seconds;
+    outcome.detail = "Sustained OpenCL kernel with fast math for optional legacy compute coverage.";
+    return outcome;
+}
+
+BenchmarkOutcome runOpenCLCompute(const WorkloadContext& context) { return runOpenCLCompute(context, {}); }
+
+BenchmarkOutcome runOpenCLCompute(const WorkloadContext& context, const OpenCLComputeParameters& parameters) {
+    try {
+        const QLResult result =
+            opencl::runOpenCL(parameters.elementCount, parameters.iterations, context.budget(kBudgetSeconds),
+                              [&](std::int64_t dispatches, double elapsed) {
+                                  context.reportProgress(dispatches, elapsed, "dispatches");
+                              });
+        return openCLOutcome(result);
+    } catch (const std::exception&) {
+        // Only host allocations can throw here; the entry reports those as status -2.
+        return openCLOutcome(QLResult(-2, 0, 0, 0, 0));
+    }
+}
+
+} // namespace quarbel

@@ -1,0 +1,100 @@
+// Full-screen rendering: an offscreen colour target with its render pass, and a graphics
+// pipeline that draws a four-vertex strip with inline fragment arguments.
+#pragma once
+
+#include "workloads/gpu/gpu_context.h"
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <span>
+
+namespace quarbel::gpu {
+
+// A render pass with one colour attachment that is cleared on load and kept, ending in
+// `finalLayout`. Same thread rules as the context; destroy it before the context.
+class ColorPass {
+  public:
+    // nullptr on failure with the VkResult in `error`.
+    static std::unique_ptr<ColorPass> create(const Context& context, VkFormat format,
+                                             VkImageLayout finalLayout, VkResult& error);
+    ~ColorPass();
+    ColorPass(const ColorPass&) = delete;
+    ColorPass& operator=(const ColorPass&) = delete;
+
+    VkRenderPass handle() const noexcept { return renderPass_; }
+    VkFormat format() const noexcept { return format_; }
+
+  private:
+    ColorPass() = default;
+
+    VkDevice device_ = VK_NULL_HANDLE;
+    VkRenderPass renderPass_ = VK_NULL_HANDLE;
+    VkFormat format_ = VK_FORMAT_UNDEFINED;
+};
+
+// A device-local colour image rendered through `pass` (which must outlive it), left ready to
+// be copied out when the pass ends in a transfer layout.
+class OffscreenTarget {
+  public:
+    // nullptr when the image, its memory, the view or the framebuffer cannot be made.
+    static std::unique_ptr<OffscreenTarget> create(const Context& context, const ColorPass& pass,
+                                                   std::uint32_t width, std::uint32_t height,
+                                                   std::array<float, 4> clearColor);
+    ~OffscreenTarget();
+    OffscreenTarget(const OffscreenTarget&) = delete;
+    OffscreenTarget& operator=(const OffscreenTarget&) = delete;
+
+    VkImage image() const noexcept { return image_; }
+    std::uint32_t width() const noexcept { return width_; }
+    std::uint32_t height() const noexcept { return height_; }
+
+    // Begins the render pass over the whole target (clearing it) and sets viewport and scissor.
+    void recordBegin(VkCommandBuffer commands) const;
+    void recordEnd(VkCommandBuffer commands) const;
+
+  private:
+    OffscreenTarget() = default;
+
+    VkDevice device_ = VK_NULL_HANDLE;
+    VkImage image_ = VK_NULL_HANDLE;
+    VkDeviceMemory memory_ = VK_NULL_HANDLE;
+    VkImageView view_ = VK_NULL_HANDLE;
+    VkRenderPass renderPass_ = VK_NULL_HANDLE; // not owned
+    VkFramebuffer framebuffer_ = VK_NULL_HANDLE;
+    std::uint32_t width_ = 0;
+    std::uint32_t height_ = 0;
+    std::array<float, 4> clearColor_{};
+};
+
+// Draws with no vertex buffers (the vertex stage makes the corners from the vertex index), no
+// blending and dynamic viewport and scissor, so one pipeline serves targets of any size.
+class RenderPipeline {
+  public:
+    // nullptr on failure with the VkResult in `error`. The stages' entry points are "main".
+    static std::unique_ptr<RenderPipeline> create(const Context& context,
+                                                  std::span<const std::uint32_t> vertex,
+                                                  std::span<const std::uint32_t> fragment,
+                                                  VkRenderPass renderPass,
+                                                  std::uint32_t fragmentArgumentBytes, VkResult& error);
+    ~RenderPipeline();
+    RenderPipeline(const RenderPipeline&) = delete;
+    RenderPipeline& operator=(const RenderPipeline&) = delete;
+
+    // Inside a render pass: bind once, then draw as often as needed.
+    void recordBind(VkCommandBuffer commands) const;
+    // One four-vertex triangle strip with `arguments` (fragmentArgumentBytes) as push constants.
+    void recordStrip(VkCommandBuffer commands, const void* arguments) const;
+
+  private:
+    RenderPipeline() = default;
+
+    VkDevice device_ = VK_NULL_HANDLE;
+    VkShaderModule vertex_ = VK_NULL_HANDLE;
+    VkShaderModule fragment_ = VK_NULL_HANDLE;
+    VkPipelineLayout layout_ = VK_NULL_HANDLE;
+    VkPipeline pipeline_ = VK_NULL_HANDLE;
+    std::uint32_t argumentBytes_ = 0;
+};
+
+} // namespace quarbel::gpu

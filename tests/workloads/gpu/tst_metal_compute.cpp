@@ -1,0 +1,106 @@
+#include "workloads/gpu/gpu_workloads.h"
+
+#include "gpu_test_support.h"
+#include "run/model/number_format.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+
+using namespace quarbel;
+using quarbel::testing::CancellingProgress;
+using quarbel::testing::numberAfter;
+
+namespace {
+
+constexpr std::uint32_t kCount = 1'001; // not a multiple of any workgroup width
+constexpr std::uint32_t kIterations = 3;
+
+using Float4 = std::array<float, 4>;
+
+// The kernel's arithmetic on the CPU, dispatch after dispatch, in single precision.
+float referenceChecksum(std::uint32_t count, std::uint32_t iterations, int dispatches) {
+    std::vector<Float4> values(count);
+    for (std::uint32_t i = 0; i < count; ++i) {
+        values[i] = {static_cast<float>(i % 251) * 0.001f, static_cast<float>(i % 193) * 0.002f,
+                     static_cast<float>(i % 137) * 0.003f, 1.0f};
+    }
+    constexpr Float4 kOffset{0.11f, 0.23f, 0.37f, 0.41f};
+    constexpr Float4 kScale{1.00001f, 0.99999f, 1.00003f, 0.99997f};
+    constexpr Float4 kBias{0.0001f, -0.0002f, 0.0003f, -0.0004f};
+    for (int d = 0; d < dispatches; ++d) {
+        for (Float4& value : values) {
+            Float4 v;
+            for (int lane = 0; lane < 4; ++lane)
+                v[lane] = value[lane] + kOffset[lane];
+            for (std::uint32_t i = 0; i < iterations; ++i) {
+                const float f = static_cast<float>(i) * 0.00013f;
+                Float4 next;
+                for (int lane = 0; lane < 4; ++lane) {
+                    next[lane] =
+                        std::sin(v[lane] * 1.00019f + f) + std::cos(v[(lane + 1) % 4] * 0.99991f - f);
+                }
+                for (int lane = 0; lane < 4; ++lane)
+                    v[lane] = std::fma(next[lane], kScale[lane], kBias[lane]);
+            }
+            value = v;
+        }
+    }
+    return values[0][0] + values[count / 3][1] + values[count - 1][2];
+}
+
+} // namespace
+
+TEST(MetalCompute, ChecksumMatchesTheCpuArithmeticAfterSeveralDispatches) {
+    CancellingProgress progress(3);
+    const BenchmarkOutcome outcome = runMetalCompute(progress.context(), {kCount, kIterations, std::nullopt});
+    ASSERT_EQ(outcome.status, OutcomeStatus::ok) << outcome.detail;
+    ASSERT_TRUE(outcome.secondary.has_value());
+    EXPECT_EQ(*outcome.secondary, (MeasurementLine{"Dispatches", "3", ""}));
+    EXPECT_EQ(progress.units, (std::vector<std::int64_t>{1, 2, 3}));
+    EXPECT_EQ(progress.unitName, "dispatches");
+
+    const auto checksum = numberAfter(outcome.detail, "checksum");
+    ASSERT_TRUE(checksum.has_value()) << outcome.detail;
+    // The detail rounds to 3 decimals (5e-4). The device's sin and cos may differ from the C
+    // library's by about 1e-6 per call, and each of the 9 iterations can at most double a lane's
+    // error (both terms have slope <= 1), so the three summed lanes stay well inside 2e-3.
+    // A wrong constant, lane order or missing update moves the sum by 1e-2 or more.
+    EXPECT_NEAR(*checksum, referenceChecksum(kCount, kIterations, 3), 2e-3);
+    EXPECT_EQ(outcome.detail.rfind("Sustained Metal kernel over 1001 float4 values, checksum ", 0), 0u);
+}
+
+TEST(MetalCompute, CancelledRunStopsAfterOneDispatchAndRatesItsWork) {
+    CancellingProgress progress(0);
+    progress.token.cancel();
+    const BenchmarkOutcome outcome = runMetalCompute(progress.context(), {kCount, kIterations, std::nullopt});
+    ASSERT_EQ(outcome.status, OutcomeStatus::ok) << outcome.detail;
+    EXPECT_EQ(outcome.secondary->value, "1");
+    ASSERT_GE(outcome.duration, 1e-6);
+    const double gflops = 1.0 * (double{kCount} * kIterations) * 42.0 / outcome.duration / 1e9;
+    EXPECT_EQ(outcome.primary, (MeasurementLine{"Compute", format(gflops, 2), "GFLOPS"}));
+    EXPECT_DOUBLE_EQ(outcome.score, gflops * 120.0);
+    EXPECT_NEAR(*numberAfter(outcome.detail, "checksum"), referenceChecksum(kCount, kIterations, 1), 1e-3);
+}
+
+TEST(MetalCompute, ZeroBudgetStillCompletesOneDispatch) {
+    WorkloadContext context;
+    context.budgetSeconds = 0.0;
+    const BenchmarkOutcome outcome = runMetalCompute(context, {64, 1, std::nullopt});
+    ASSERT_EQ(outcome.status, OutcomeStatus::ok) << outcome.detail;
+    EXPECT_EQ(outcome.secondary->value, "1");
+}
+
+TEST(MetalCompute, KernelThatDoesNotCompileFailsWithTheCompilersMessage) {
+    WorkloadContext context;
+    context.budgetSeconds = 0.0;
+    const BenchmarkOutcome outcome =
+        runMetalCompute(context, {64, 1, "#version 450\nvoid main() { values[0] = vec4(1); }\n"});
+    EXPECT_EQ(outcome.status, OutcomeStatus::failed);
+    EXPECT_EQ(outcome.primary, (MeasurementLine{"Status", "Failed", ""}));
+    EXPECT_FALSE(outcome.secondary.has_value());
+    EXPECT_EQ(outcome.duration, 0.0);
+    EXPECT_EQ(outcome.detail.rfind("Metal compute failed: suite_compute.comp:2: error:", 0), 0u)
+        << outcome.detail;
+}

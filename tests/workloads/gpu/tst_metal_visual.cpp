@@ -1,0 +1,42 @@
+#include "workloads/gpu/gpu_workloads.h"
+
+#include "gpu_test_support.h"
+#include "run/model/number_format.h"
+
+#include <gtest/gtest.h>
+
+using namespace quarbel;
+using quarbel::testing::CancellingProgress;
+
+TEST(MetalVisualOffscreen, RatesTheFramesItRenderedAndThePixelsTheyShaded) {
+    CancellingProgress progress(2);
+    const BenchmarkOutcome outcome = runMetalVisual(progress.context(), {64, 36, std::nullopt, std::nullopt});
+    ASSERT_EQ(outcome.status, OutcomeStatus::ok) << outcome.detail;
+    EXPECT_EQ(progress.units, (std::vector<std::int64_t>{1, 2}));
+    EXPECT_EQ(progress.unitName, "frames");
+    const double fps = 2.0 / outcome.duration;
+    const double megapixels = 2.0 * (64.0 * 36.0) / outcome.duration / 1e6;
+    EXPECT_EQ(outcome.primary, (MeasurementLine{"Scene", format(fps, 1), "FPS"}));
+    EXPECT_EQ(outcome.secondary, (MeasurementLine{"Render", format(megapixels, 1), "MPix/s"}));
+    EXPECT_DOUBLE_EQ(outcome.score, fps * 155.0 + megapixels * 8.0);
+    EXPECT_EQ(
+        outcome.detail,
+        "Metal fly-through at 64x36, with procedural sky, terrain islands, arches, and animated lighting.");
+}
+
+TEST(MetalVisualOffscreen, EitherStageFailingToCompileIsAPipelineFailure) {
+    WorkloadContext context;
+    context.budgetSeconds = 0.0;
+    const BenchmarkOutcome fragment = runMetalVisual(
+        context,
+        {16, 9, std::nullopt, "#version 450\nlayout(location = 0) out vec4 c;\nvoid main() { c = nope; }\n"});
+    EXPECT_EQ(fragment.status, OutcomeStatus::failed);
+    EXPECT_EQ(fragment.primary, (MeasurementLine{"Status", "Failed", ""}));
+    EXPECT_EQ(fragment.detail.rfind("Metal pipeline failed: suite_fragment.frag:3: error:", 0), 0u)
+        << fragment.detail;
+
+    const BenchmarkOutcome vertex =
+        runMetalVisual(context, {16, 9, "#version 450\nvoid main() {\n", std::nullopt});
+    EXPECT_EQ(vertex.status, OutcomeStatus::failed);
+    EXPECT_EQ(vertex.detail.rfind("Metal pipeline failed: suite_vertex.vert:", 0), 0u) << vertex.detail;
+}

@@ -1,0 +1,206 @@
+#include "workloads/gpu/gpu_workloads.h"
+#include "workloads/gpu/opencl_compute.h"
+#include "workloads/gpu/opencl_detail.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <vector>
+
+using namespace quarbel;
+
+namespace {
+
+// A fake arrangement of platforms and devices for the discovery rule.
+struct FakePlatform {
+    int gpus = 0;
+    int cpus = 0;
+};
+std::vector<FakePlatform> gFakePlatforms;
+cl_int gFakePlatformError = CL_SUCCESS;
+
+cl_platform_id platformHandle(std::size_t index) { return reinterpret_cast<cl_platform_id>(index + 1); }
+cl_device_id deviceHandle(std::size_t platform, cl_device_type type, int index) {
+    return reinterpret_cast<cl_device_id>((platform + 1) * 1000 + (type == CL_DEVICE_TYPE_GPU ? 100 : 0) +
+                                          static_cast<std::size_t>(index));
+}
+
+cl_int fakeGetPlatformIDs(cl_uint entries, cl_platform_id* platforms, cl_uint* count) {
+    if (gFakePlatformError != CL_SUCCESS) return gFakePlatformError;
+    if (count != nullptr) *count = static_cast<cl_uint>(gFakePlatforms.size());
+    for (cl_uint i = 0; platforms != nullptr && i < entries && i < gFakePlatforms.size(); ++i)
+        platforms[i] = platformHandle(i);
+    return CL_SUCCESS;
+}
+
+cl_int fakeGetDeviceIDs(cl_platform_id platform, cl_device_type type, cl_uint entries, cl_device_id* devices,
+                        cl_uint* count) {
+    const auto index = reinterpret_cast<std::size_t>(platform) - 1;
+    const int available =
+        type == CL_DEVICE_TYPE_GPU ? gFakePlatforms[index].gpus : gFakePlatforms[index].cpus;
+    if (available == 0) return CL_DEVICE_NOT_FOUND;
+    if (count != nullptr) *count = static_cast<cl_uint>(available);
+    for (cl_uint i = 0; devices != nullptr && i < entries && static_cast<int>(i) < available; ++i)
+        devices[i] = deviceHandle(index, type, static_cast<int>(i));
+    return CL_SUCCESS;
+}
+
+cl_int findWithFakes(cl_device_id& device, cl_platform_id& platform) {
+    opencl::DeviceDiscovery discovery;
+    discovery.getPlatformIDs = &fakeGetPlatformIDs;
+    discovery.getDeviceIDs = &fakeGetDeviceIDs;
+    return opencl::findDevice(discovery, &device, &platform);
+}
+
+} // namespace
+
+TEST(OpenCLDeviceDiscovery, AGpuOnAnyPlatformBeatsACpuOnAnEarlierOne) {
+    cl_device_id device = nullptr;
+    cl_platform_id platform = nullptr;
+    gFakePlatformError = CL_SUCCESS;
+    gFakePlatforms = {{0, 2}, {0, 0}, {3, 1}, {1, 0}};
+    ASSERT_EQ(findWithFakes(device, platform), CL_SUCCESS);
+    EXPECT_EQ(platform, platformHandle(2));
+    EXPECT_EQ(device, deviceHandle(2, CL_DEVICE_TYPE_GPU, 0));
+
+    gFakePlatforms = {{0, 0}, {0, 2}, {0, 1}};
+    ASSERT_EQ(findWithFakes(device, platform), CL_SUCCESS);
+    EXPECT_EQ(platform, platformHandle(1));
+    EXPECT_EQ(device, deviceHandle(1, CL_DEVICE_TYPE_CPU, 0));
+}
+
+TEST(OpenCLDeviceDiscovery, ReportsMissingPlatformsAndDevicesAndLoaderErrors) {
+    cl_device_id device = nullptr;
+    cl_platform_id platform = nullptr;
+    gFakePlatformError = CL_SUCCESS;
+    gFakePlatforms = {};
+    EXPECT_EQ(findWithFakes(device, platform), -1);
+    gFakePlatforms = {{0, 0}, {0, 0}};
+    EXPECT_EQ(findWithFakes(device, platform), -2);
+    // Only the first 8 platforms are examined.
+    gFakePlatforms = std::vector<FakePlatform>(8);
+    gFakePlatforms.push_back({1, 1});
+    EXPECT_EQ(findWithFakes(device, platform), -2);
+    gFakePlatformError = -1001; // CL_PLATFORM_NOT_FOUND_KHR, as ocl-icd says without vendors
+    EXPECT_EQ(findWithFakes(device, platform), -1001);
+    gFakePlatformError = CL_SUCCESS;
+}
+
+TEST(OpenCLCompute, GlobalSizeIsRoundedUpToWholeWorkGroups) {
+    EXPECT_EQ(opencl::globalWorkSize(2'097'152), 2'097'152u);
+    EXPECT_EQ(opencl::globalWorkSize(1'000), 1'024u);
+    EXPECT_EQ(opencl::globalWorkSize(129), 256u);
+    EXPECT_EQ(opencl::globalWorkSize(0), 128u);
+    EXPECT_EQ(opencl::globalWorkSize(-5), 128u);
+}
+
+TEST(OpenCLCompute, KernelUpdatesExactlyTheCountedElementsLikeTheCpu) {
+    cl_device_id device = nullptr;
+    cl_platform_id platform = nullptr;
+    ASSERT_EQ(QLFindOpenCLDevice(&device, &platform), CL_SUCCESS) << "the test machine provides PoCL";
+
+    constexpr cl_int kCount = 1'000;
+    constexpr cl_int kIterations = 2;
+    const std::size_t global = opencl::globalWorkSize(kCount);
+    std::vector<float> data(global * 4);
+    opencl::fillInitialData(data);
+    const std::vector<float> initial = data;
+
+    cl_int error = CL_SUCCESS;
+    cl_context context = clCreateContext(nullptr, 1, &device, nullptr, nullptr, &error);
+    ASSERT_EQ(error, CL_SUCCESS);
+    cl_command_queue queue = clCreateCommandQueue(context, device, 0, &error);
+    // The buffer holds the whole rounded-up range, so stray writes past count would show.
+    cl_mem buffer = clCreateBuffer(context, CL_MEM_READ_WRITE | CL_MEM_COPY_HOST_PTR,
+                                   data.size() * sizeof(float), data.data(), &error);
+    const char* source = opencl::kKernelSource;
+    cl_program program = clCreateProgramWithSource(context, 1, &source, nullptr, &error);
+    ASSERT_EQ(clBuildProgram(program, 1, &device, opencl::kBuildOptions, nullptr, nullptr), CL_SUCCESS);
+    cl_kernel kernel = clCreateKernel(program, opencl::kKernelName, &error);
+    ASSERT_EQ(error, CL_SUCCESS);
+    clSetKernelArg(kernel, 0, sizeof(cl_mem), &buffer);
+    clSetKernelArg(kernel, 1, sizeof(cl_int), &kIterations);
+    clSetKernelArg(kernel, 2, sizeof(cl_int), &kCount);
+    const std::size_t local = opencl::kLocalWorkSize;
+    ASSERT_EQ(clEnqueueNDRangeKernel(queue, kernel, 1, nullptr, &global, &local, 0, nullptr, nullptr),
+              CL_SUCCESS);
+    ASSERT_EQ(clEnqueueReadBuffer(queue, buffer, CL_TRUE, 0, data.size() * sizeof(float), data.data(), 0,
+                                  nullptr, nullptr),
+              CL_SUCCESS);
+    clReleaseMemObject(buffer);
+    clReleaseKernel(kernel);
+    clReleaseProgram(program);
+    clReleaseCommandQueue(queue);
+    clReleaseContext(context);
+
+    constexpr std::array<float, 4> kOffset{0.11f, 0.23f, 0.37f, 0.41f};
+    constexpr std::array<float, 4> kScale{1.00001f, 0.99999f, 1.00003f, 0.99997f};
+    constexpr std::array<float, 4> kBias{0.0001f, -0.0002f, 0.0003f, -0.0004f};
+    for (std::size_t element = 0; element < static_cast<std::size_t>(kCount); ++element) {
+        std::array<float, 4> v{};
+        for (std::size_t lane = 0; lane < 4; ++lane)
+            v[lane] = initial[element * 4 + lane] + kOffset[lane];
+        for (int i = 0; i < kIterations; ++i) {
+            const float f = static_cast<float>(i) * 0.00013f;
+            std::array<float, 4> next{};
+            for (std::size_t lane = 0; lane < 4; ++lane)
+                next[lane] = std::sin(v[lane] * 1.00019f + f) + std::cos(v[(lane + 1) % 4] * 0.99991f - f);
+            for (std::size_t lane = 0; lane < 4; ++lane)
+                v[lane] = next[lane] * kScale[lane] + kBias[lane];
+        }
+        // native_sin/native_cos under relaxed math promise no accuracy; 1e-3 allows for that
+        // while any change to the arithmetic moves values by far more.
+        for (std::size_t lane = 0; lane < 4; ++lane)
+            ASSERT_NEAR(data[element * 4 + lane], v[lane], 1e-3) << "element " << element << " lane " << lane;
+    }
+    for (std::size_t k = static_cast<std::size_t>(kCount) * 4; k < data.size(); ++k)
+        ASSERT_EQ(data[k], initial[k]) << "work item past count wrote float " << k;
+}
+
+TEST(OpenCLCompute, ArgumentsBelowOneRunOneElementOneIterationForOneSecond) {
+    const QLResult result = QuarbelRunOpenCL(0, 0, 0.0);
+    ASSERT_EQ(result.status, 0);
+    EXPECT_GE(result.seconds, 1.0);
+    EXPECT_EQ(result.gpu, 0.0) << "PoCL is a CPU device";
+    // gflops = 1 element x 1 iteration x dispatches x 42 / seconds / 1e9: a whole count of dispatches.
+    const double dispatches = result.gflops * result.seconds * 1e9 / 42.0;
+    EXPECT_GE(dispatches, 0.999);
+    EXPECT_NEAR(dispatches, std::round(dispatches), 1e-3);
+    EXPECT_DOUBLE_EQ(result.score, 120.0 * result.gflops);
+}
+
+TEST(OpenCLCompute, ControllerOutcomeReportsCpuDeviceAndDispatchProgress) {
+    struct Counter : ProgressSink {
+        std::int64_t last = 0;
+        void report(const ProgressReport& progress) noexcept override { last = progress.unitsDone; }
+    } counter;
+    WorkloadContext context;
+    context.progress = &counter;
+    context.budgetSeconds = 0.05;
+    const BenchmarkOutcome outcome = runOpenCLCompute(context, {256, 4});
+    ASSERT_EQ(outcome.status, OutcomeStatus::ok) << outcome.detail;
+    EXPECT_EQ(outcome.primary.label, "Compute");
+    EXPECT_EQ(outcome.secondary, (MeasurementLine{"Device", "CPU", ""}));
+    EXPECT_GE(counter.last, 1);
+    EXPECT_GE(outcome.duration, 0.05);
+}
+
+TEST(OpenCLOutcome, MapsSuccessAndEveryFailureStatus) {
+    const BenchmarkOutcome gpu = openCLOutcome(QLResult(0, 1234.5, 10.2875, 1.0, 15.25));
+    EXPECT_EQ(gpu.status, OutcomeStatus::ok);
+    EXPECT_EQ(gpu.score, 1234.5);
+    EXPECT_EQ(gpu.primary, (MeasurementLine{"Compute", "10.29", "GFLOPS"}));
+    EXPECT_EQ(gpu.secondary, (MeasurementLine{"Device", "GPU", ""}));
+    EXPECT_EQ(gpu.duration, 15.25);
+    EXPECT_EQ(gpu.detail, "Sustained OpenCL kernel with fast math for optional legacy compute coverage.");
+    EXPECT_EQ(openCLOutcome(QLResult(0, 1, 1, 0.0, 1)).secondary->value, "CPU");
+
+    for (std::int32_t status : {-1, -2, -3}) {
+        const QLResult failed(status, 99, 99, 1, 99);
+        EXPECT_EQ(failed.score, 0.0);
+        EXPECT_EQ(failed.seconds, 0.0);
+        EXPECT_EQ(openCLOutcome(failed),
+                  skippedOutcome("OpenCL is unavailable or no compatible device was found."));
+    }
+}

@@ -1,0 +1,148 @@
+#include "workloads/gpu/gpu_workloads.h"
+
+#include "gpu_test_support.h"
+#include "run/model/number_format.h"
+#include "workloads/gpu/buffer.h"
+#include "workloads/gpu/compute_pipeline.h"
+#include "workloads/gpu/embedded_shaders.h"
+#include "workloads/gpu/gpu_context.h"
+#include "workloads/gpu/raw_frame.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+using namespace quarbel;
+using namespace quarbel::gpu;
+using quarbel::testing::CancellingProgress;
+
+namespace {
+
+// Runs the built-in kernel once over `samples` and copies the private output back.
+std::vector<std::uint32_t> decodeOnDevice(const std::vector<std::uint16_t>& samples, std::uint32_t width,
+                                          std::uint32_t height) {
+    auto context = Context::openDefault();
+    if (!context) {
+        ADD_FAILURE() << "no Vulkan device (lavapipe expected)";
+        return {};
+    }
+    const std::uint32_t groupWidth =
+        threadgroupWidth(context->threadExecutionWidth(), context->maxThreadsPerGroup());
+    ComputeKernel kernel = buildComputeKernel(*context, shaderSource(EmbeddedShader::rawDecode),
+                                              "raw_decode.comp", 2, sizeof(RawFrameSize), groupWidth);
+    if (!kernel.pipeline) {
+        ADD_FAILURE() << kernel.message;
+        return {};
+    }
+    const std::uint64_t count = samples.size();
+    auto input = Buffer::create(*context, rawInputBytes(count), Storage::shared);
+    auto output = Buffer::create(*context, count * 4, Storage::privateGpu);
+    auto readBack = Buffer::create(*context, count * 4, Storage::shared);
+    std::memcpy(input->contents(), samples.data(), count * 2);
+    kernel.pipeline->bindBuffers({input.get(), output.get()});
+    const RawFrameSize size{width, height};
+    const DispatchGrid grid = dispatchGridFor(count, groupWidth, context->maxGroupsPerDimension());
+    const VkResult result = context->submitAndWait([&](VkCommandBuffer commands) {
+        kernel.pipeline->recordDispatch(commands, &size, grid);
+        recordCopy(commands, *output, *readBack);
+    });
+    EXPECT_EQ(result, VK_SUCCESS);
+    const auto* pixels = static_cast<const std::uint32_t*>(readBack->contents());
+    return {pixels, pixels + count};
+}
+
+// The decode of one pixel on the CPU, with the same edge clamping and single precision.
+std::uint32_t referencePixel(const std::vector<std::uint16_t>& raw, std::uint32_t width, std::uint32_t height,
+                             std::uint32_t id) {
+    const int x = static_cast<int>(id % width);
+    const int y = static_cast<int>(id / width);
+    const int w = static_cast<int>(width);
+    const int h = static_cast<int>(height);
+    const std::uint32_t left = raw[static_cast<std::size_t>(y * w + std::max(x - 1, 0))];
+    const std::uint32_t right = raw[static_cast<std::size_t>(y * w + std::min(x + 1, w - 1))];
+    const std::uint32_t up = raw[static_cast<std::size_t>(std::max(y - 1, 0) * w + x)];
+    const std::uint32_t down = raw[static_cast<std::size_t>(std::min(y + 1, h - 1) * w + x)];
+    const float c = static_cast<float>(raw[id]) / 65535.0f;
+    const float hz = static_cast<float>(left + right) / 131070.0f;
+    const float vt = static_cast<float>(up + down) / 131070.0f;
+    const float rgb[3] = {c * 1.38f - vt * 0.18f, (hz + vt) * 0.54f, c * 0.82f + hz * 0.22f};
+    std::uint32_t pixel = 0xFF000000u;
+    for (int channel = 0; channel < 3; ++channel) {
+        const float shaped = std::clamp(std::pow(std::clamp(rgb[channel], 0.0f, 1.0f), 0.4545f), 0.0f, 1.0f);
+        pixel |= static_cast<std::uint32_t>(shaped * 255.0f) << (16 - 8 * channel);
+    }
+    return pixel;
+}
+
+// Each of r, g, b within 1 of the expected: the device's pow may round a channel that sits
+// just below a whole number the other way; a wrong neighbour or formula moves it by far more.
+void expectPixelNear(std::uint32_t actual, std::uint32_t expected, std::size_t index) {
+    EXPECT_EQ(actual >> 24, 0xFFu) << "pixel " << index;
+    for (int shift : {16, 8, 0}) {
+        const int a = static_cast<int>((actual >> shift) & 0xFF);
+        const int e = static_cast<int>((expected >> shift) & 0xFF);
+        EXPECT_LE(std::abs(a - e), 1) << "pixel " << index << " channel shift " << shift << std::hex
+                                      << ": got 0x" << actual << ", expected 0x" << expected;
+    }
+}
+
+} // namespace
+
+TEST(RawDecodeKernel, BlackStaysOpaqueBlackAndSaturationGivesWhite) {
+    EXPECT_EQ(decodeOnDevice(std::vector<std::uint16_t>(12, 0), 4, 3),
+              std::vector<std::uint32_t>(12, 0xFF000000u));
+    EXPECT_EQ(decodeOnDevice(std::vector<std::uint16_t>(12, 0xFFFF), 4, 3),
+              std::vector<std::uint32_t>(12, 0xFFFFFFFFu));
+}
+
+TEST(RawDecodeKernel, EdgePixelsUseThemselvesAsTheMissingNeighbours) {
+    // One row: the first pixel is its own left neighbour and its own up and down neighbour.
+    const auto row = decodeOnDevice({0xFFFF, 0}, 2, 1);
+    ASSERT_EQ(row.size(), 2u);
+    expectPixelNear(row[0], 0xFFFFE7F6u, 0); // r 255, g 231, b 246
+    expectPixelNear(row[1], 0xFF008C5Du, 1); // r 0, g 140, b 93
+    // One column: the same samples now reach each other only as up and down neighbours.
+    const auto column = decodeOnDevice({0xFFFF, 0}, 1, 2);
+    ASSERT_EQ(column.size(), 2u);
+    expectPixelNear(column[0], 0xFFFFE7FFu, 0); // r 255, g 231, b 255
+    expectPixelNear(column[1], 0xFF008C00u, 1); // r 0, g 140, b 0
+}
+
+TEST(RawDecodeKernel, SyntheticFrameMatchesTheCpuDecodeEverywhere) {
+    constexpr std::uint32_t kWidth = 37; // odd sample count: the last word is half used
+    constexpr std::uint32_t kHeight = 11;
+    std::vector<std::uint16_t> raw(kWidth * kHeight);
+    fillSyntheticRawFrame(raw);
+    EXPECT_EQ(raw[0], 0x4A5B);
+    EXPECT_EQ(raw[33], static_cast<std::uint16_t>((33u * 257u) ^ (1u ^ 0x4A5Bu)));
+    const auto pixels = decodeOnDevice(raw, kWidth, kHeight);
+    ASSERT_EQ(pixels.size(), raw.size());
+    for (std::uint32_t id = 0; id < raw.size(); ++id)
+        expectPixelNear(pixels[id], referencePixel(raw, kWidth, kHeight, id), id);
+}
+
+TEST(RawMetalDecode, ReportsFramesPerSecondOfTheFramesItDecoded) {
+    CancellingProgress progress(2);
+    const BenchmarkOutcome outcome = runRawMetalDecode(progress.context(), {64, 32, std::nullopt});
+    ASSERT_EQ(outcome.status, OutcomeStatus::ok) << outcome.detail;
+    EXPECT_EQ(progress.units, (std::vector<std::int64_t>{1, 2}));
+    EXPECT_EQ(progress.unitName, "frames");
+    const double fps = 2.0 / outcome.duration;
+    EXPECT_EQ(outcome.primary, (MeasurementLine{"Decode", format(fps, 2), "FPS"}));
+    EXPECT_DOUBLE_EQ(outcome.score, fps * 2250.0);
+    EXPECT_EQ(outcome.secondary, (MeasurementLine{"Frame", "8K", "RAW"}));
+    EXPECT_EQ(outcome.detail,
+              "Synthetic RAW Metal decode: 8K 16-bit Bayer, demosaic, and GPU color transform.");
+}
+
+TEST(RawMetalDecode, KernelThatDoesNotCompileFailsWithTheCompilersMessage) {
+    WorkloadContext context;
+    context.budgetSeconds = 0.0;
+    const BenchmarkOutcome outcome =
+        runRawMetalDecode(context, {8, 8, "#version 450\nvoid main() { oops }\n"});
+    EXPECT_EQ(outcome.status, OutcomeStatus::failed);
+    EXPECT_EQ(outcome.primary, (MeasurementLine{"Status", "Failed", ""}));
+    EXPECT_EQ(outcome.detail.rfind("RAW Metal failed: raw_decode.comp:2: error:", 0), 0u) << outcome.detail;
+}
