@@ -1,0 +1,69 @@
+#!/usr/bin/env bash
+# The compute kernel through Vulkan (metalCompute) and through OpenCL (openCLCompute),
+# beside clpeak's single-precision figures on the OpenCL device that openCLCompute picks.
+# Rounds alternate ours and clpeak, so that a noisy machine hits both alike; medians and
+# the ratios ours / clpeak-best are printed.
+#
+#   bench/gpu_vs_clpeak.sh [build dir]       (default build/release, built on demand)
+#
+# Environment: REPS (rounds, default 3), QUICK=1 (our budgets divided by ten),
+# CLPEAK_ARGS (e.g. "-p 1 -d 0" to point clpeak at another platform).
+set -euo pipefail
+
+ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+BUILD="${1:-$ROOT/build/release}"
+REPS="${REPS:-3}"
+QUICK_FLAG=()
+[[ "${QUICK:-0}" == 1 ]] && QUICK_FLAG=(--quick)
+
+command -v clpeak >/dev/null || { echo "clpeak is not installed (scripts/dev.sh installs it)" >&2; exit 1; }
+if [[ ! -x "$BUILD/src/cli/quarbel" ]]; then
+  cmake -S "$ROOT" -B "$BUILD" -G Ninja -DCMAKE_BUILD_TYPE=Release -DQUARBEL_BUILD_TESTS=OFF >/dev/null
+  cmake --build "$BUILD" -j2 --target quarbel >/dev/null
+fi
+QUARBEL="$BUILD/src/cli/quarbel"
+
+WORK="$(mktemp -d)"
+trap 'rm -rf "$WORK"' EXIT
+
+for round in $(seq 1 "$REPS"); do
+  "$QUARBEL" run metalCompute openCLCompute "${QUICK_FLAG[@]}" --json "$WORK/ours-$round.json" >/dev/null
+  # shellcheck disable=SC2086
+  clpeak --compute-sp ${CLPEAK_ARGS:-} >"$WORK/clpeak-$round.txt"
+  echo "round $round of $REPS done" >&2
+done
+
+python3 - "$WORK" "$REPS" "$("$QUARBEL" info | sed -n 's/^Metal GPU *//p')" <<'PY'
+import json, re, statistics, sys
+work, reps, vulkan_device = sys.argv[1], int(sys.argv[2]), sys.argv[3]
+vulkan, opencl, opencl_device, clpeak = [], [], "", {}
+for r in range(1, reps + 1):
+    report = json.load(open(f"{work}/ours-{r}.json"))
+    for entry in report["results"]:
+        if entry["status"] != "ok":
+            sys.exit(f"{entry['id']} did not run: {entry['detail']}")
+        rate = float(entry["primary"]["value"])
+        if entry["id"] == "metalCompute":
+            vulkan.append(rate)
+        else:
+            opencl.append(rate)
+            opencl_device = entry["secondary"]["value"]
+    text = open(f"{work}/clpeak-{r}.txt").read()
+    device = re.search(r"Device: (.*)", text)
+    clpeak_device = device.group(1).strip() if device else "?"
+    for width, value in re.findall(r"^\s*(float\d*)\s*:\s*([0-9.]+)", text, re.M):
+        clpeak.setdefault(width, []).append(float(value))
+if not clpeak:
+    sys.exit("clpeak printed no single-precision figures")
+med = {w: statistics.median(v) for w, v in clpeak.items()}
+best_width = max(med, key=med.get)
+best = med[best_width]
+print(f"Vulkan device: {vulkan_device}")
+print(f"OpenCL device (clpeak): {clpeak_device}; openCLCompute ran on the {opencl_device}")
+print(f"median of {reps} rounds, GFLOPS (ours: nominal 42 operations per element-iteration)")
+print(f"  metalCompute  (Vulkan)  {statistics.median(vulkan):10.2f}   / clpeak best {statistics.median(vulkan) / best:.3f}")
+print(f"  openCLCompute (OpenCL)  {statistics.median(opencl):10.2f}   / clpeak best {statistics.median(opencl) / best:.3f}")
+for width in sorted(med, key=lambda w: int(w[5:] or 1)):
+    print(f"  clpeak {width:<8}        {med[width]:10.2f}")
+print(f"  Vulkan / OpenCL: {statistics.median(vulkan) / statistics.median(opencl):.3f}")
+PY
