@@ -5,6 +5,7 @@
 #include "workloads/gpu/compute_pipeline.h"
 #include "workloads/gpu/embedded_shaders.h"
 #include "workloads/gpu/gpu_context.h"
+#include "workloads/gpu/timed_dispatch.h"
 
 #include <algorithm>
 #include <exception>
@@ -16,7 +17,6 @@ namespace {
 constexpr double kBudgetSeconds = 15.0;
 constexpr double kOperationsPerElementIteration = 42.0;
 constexpr double kScoreFactor = 120.0;
-constexpr double kMinimumElapsed = 1e-6;
 
 struct Float4 {
     float x, y, z, w;
@@ -63,23 +63,10 @@ BenchmarkOutcome measure(const WorkloadContext& context, const MetalComputeParam
 
     const ComputeArguments arguments{parameters.iterations, count};
     const gpu::DispatchGrid grid = gpu::dispatchGridFor(count, width, gpu->maxGroupsPerDimension());
-    const double budget = context.budget(kBudgetSeconds);
-    const double start = monotonicSeconds();
-    std::int64_t dispatches = 0;
-    for (;;) {
-        const VkResult result = gpu->submitAndWait(
-            [&](VkCommandBuffer commands) { kernel.pipeline->recordDispatch(commands, &arguments, grid); });
-        // A submission the device refuses ends the run like a missing command buffer: the
-        // dispatches that completed still count.
-        if (result != VK_SUCCESS) break;
-        ++dispatches;
-        const double elapsed = monotonicSeconds() - start;
-        context.reportProgress(dispatches, elapsed, "dispatches");
-        if (elapsed >= budget) break;
-        if (context.cancelled()) break;
-    }
-    double elapsed = monotonicSeconds() - start;
-    if (elapsed <= kMinimumElapsed) elapsed = kMinimumElapsed;
+    const gpu::TimedDispatches run = gpu::dispatchUntilBudget(
+        *gpu, *kernel.pipeline, &arguments, grid, context.budget(kBudgetSeconds), context, "dispatches");
+    const std::int64_t dispatches = run.completed;
+    const double elapsed = run.elapsed;
 
     const float checksum = values[0].x + values[count / 3].y + values[count - 1].z;
     const double workPerDispatch = static_cast<double>(count) * static_cast<double>(parameters.iterations);

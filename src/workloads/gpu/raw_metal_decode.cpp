@@ -6,6 +6,7 @@
 #include "workloads/gpu/embedded_shaders.h"
 #include "workloads/gpu/gpu_context.h"
 #include "workloads/gpu/raw_frame.h"
+#include "workloads/gpu/timed_dispatch.h"
 
 #include <algorithm>
 #include <exception>
@@ -30,7 +31,6 @@ namespace {
 
 constexpr double kBudgetSeconds = 18.0;
 constexpr double kScoreFactor = 2250.0;
-constexpr double kMinimumElapsed = 1e-6;
 
 BenchmarkOutcome measure(const WorkloadContext& context, const RawMetalDecodeParameters& parameters) {
     auto device = gpu::Context::openDefault();
@@ -62,21 +62,10 @@ BenchmarkOutcome measure(const WorkloadContext& context, const RawMetalDecodePar
     kernel.pipeline->bindBuffers({input.get(), output.get()});
 
     const gpu::DispatchGrid grid = gpu::dispatchGridFor(samples, width, device->maxGroupsPerDimension());
-    const double budget = context.budget(kBudgetSeconds);
-    const double start = monotonicSeconds();
-    std::int64_t frames = 0;
-    for (;;) {
-        const VkResult result = device->submitAndWait(
-            [&](VkCommandBuffer commands) { kernel.pipeline->recordDispatch(commands, &size, grid); });
-        if (result != VK_SUCCESS) break;
-        ++frames;
-        const double elapsed = monotonicSeconds() - start;
-        context.reportProgress(frames, elapsed, "frames");
-        if (elapsed >= budget) break;
-        if (context.cancelled()) break;
-    }
-    double elapsed = monotonicSeconds() - start;
-    if (elapsed <= kMinimumElapsed) elapsed = kMinimumElapsed;
+    const gpu::TimedDispatches run = gpu::dispatchUntilBudget(
+        *device, *kernel.pipeline, &size, grid, context.budget(kBudgetSeconds), context, "frames");
+    const std::int64_t frames = run.completed;
+    const double elapsed = run.elapsed;
     // No clamp on the frame count here: a run without a single frame rates 0.
     const double fps = static_cast<double>(frames) / elapsed;
 
