@@ -37,16 +37,16 @@ class ProgressSink {
 struct WorkloadContext {
     const CancellationToken* cancellation = nullptr;
     ProgressSink* progress = nullptr;
-    // An explicit budget replaces the workload's specified one (tests, smoke runs).
+    // An explicit budget replaces the workload's default one (tests, smoke runs).
     std::optional<double> budgetSeconds;
-    // Multiplies the specified budget when no explicit one is given (--quick uses 0.1).
+    // Multiplies the default budget when no explicit one is given (--quick uses 0.1).
     double budgetScale = 1.0;
 
     bool cancelled() const noexcept { return cancellation != nullptr && cancellation->isCancelled(); }
 
-    // The time budget to use, given the one the workload's specification names.
-    double budget(double specifiedSeconds) const noexcept {
-        return budgetSeconds ? *budgetSeconds : specifiedSeconds * budgetScale;
+    // The time budget to use, given the workload's own default.
+    double budget(double defaultSeconds) const noexcept {
+        return budgetSeconds ? *budgetSeconds : defaultSeconds * budgetScale;
     }
 
     void reportProgress(std::int64_t unitsDone, double elapsedSeconds, std::string_view unit) const noexcept {
