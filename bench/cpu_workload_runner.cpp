@@ -1,9 +1,15 @@
-// Runs one CPU workload for the comparison scripts, in a oneTBB arena of a chosen size.
+// Runs one CPU workload for the comparison scripts, in a clean process.
 // Usage: quarbel_cpu_workload_runner <production|crypto|stream|tile|raw> <seconds> <threads>
-// For production and crypto, <threads> is also the worker count. Prints one line:
+//        quarbel_cpu_workload_runner <benchmark id> <budget scale>
+// The first form runs a kernel in a oneTBB arena of a chosen size (for production and
+// crypto, <threads> is also the worker count). The second runs a CPU benchmark exactly as
+// quarbel dispatches it (default budget times the scale, on a thread of its own, default
+// arena), as the bare side of bench/in_process_vs_bare.sh. Both print one line:
 // "rate=<the workload's measured rate> score=<points> primary=<value unit> detail=<text>".
+#include "workloads/cpu/cpu_workloads.h"
 #include "workloads/cpu/developer_workflow.h"
 #include "workloads/cpu/memory_stream.h"
+#include "workloads/cpu/parallel.h"
 #include "workloads/cpu/production_mix.h"
 #include "workloads/cpu/raw_decode.h"
 #include "workloads/cpu/tile_renderer.h"
@@ -13,6 +19,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <thread>
 
 using namespace quarbel;
 
@@ -45,11 +52,61 @@ bool runNamed(const std::string& name, int threads, const WorkloadContext& conte
     return true;
 }
 
+// The CPU benchmarks by identifier, as the run controller dispatches them.
+bool runBenchmark(const std::string& id, const WorkloadContext& context, Run& run) {
+    struct Entry {
+        const char* id;
+        BenchmarkOutcome (*function)(const WorkloadContext&);
+        double scoreFactor;
+    };
+    const Entry entries[] = {
+        {"cpuInteger", runSingleCoreProfile, cpu::kSingleWorkerScoreFactor},
+        {"cpuFloating", runMultiCoreProfile,
+         cpu::multiCoreWorkerCount() == 1 ? cpu::kSingleWorkerScoreFactor : cpu::kMultiWorkerScoreFactor},
+        {"cpuCrypto", runCPUDeveloper, cpu::kWorkflowScoreFactor},
+        {"memoryStream", runMemoryStream, cpu::kStreamScoreFactor},
+        {"cineTile", runCineTile, cpu::kTileScoreFactor},
+        {"rawCPUDecode", runRawCPUDecode, cpu::kRawScoreFactor},
+    };
+    for (const Entry& entry : entries) {
+        if (id != entry.id) continue;
+        // A thread of its own, as the run controller's background task.
+        std::thread([&] { run.outcome = entry.function(context); }).join();
+        run.scoreFactor = entry.scoreFactor;
+        return true;
+    }
+    return false;
+}
+
+int report(const Run& run) {
+    if (run.outcome.status != OutcomeStatus::ok) {
+        std::fprintf(stderr, "%s\n", run.outcome.detail.c_str());
+        return 1;
+    }
+    std::printf("rate=%.6f score=%.2f primary=%s %s detail=%s\n", run.outcome.score / run.scoreFactor,
+                run.outcome.score, run.outcome.primary.value.c_str(), run.outcome.primary.unit.c_str(),
+                run.outcome.detail.c_str());
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
+    if (argc == 3) {
+        WorkloadContext context;
+        context.budgetScale = std::atof(argv[2]);
+        Run run;
+        if (!runBenchmark(argv[1], context, run)) {
+            std::fprintf(stderr, "unknown CPU benchmark %s\n", argv[1]);
+            return 2;
+        }
+        return report(run);
+    }
     if (argc != 4) {
-        std::fprintf(stderr, "usage: %s <production|crypto|stream|tile|raw> <seconds> <threads>\n", argv[0]);
+        std::fprintf(stderr,
+                     "usage: %s <production|crypto|stream|tile|raw> <seconds> <threads>\n"
+                     "       %s <benchmark id> <budget scale>\n",
+                     argv[0], argv[0]);
         return 2;
     }
     const std::string name = argv[1];
@@ -69,12 +126,5 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "unknown workload %s\n", name.c_str());
         return 2;
     }
-    if (run.outcome.status != OutcomeStatus::ok) {
-        std::fprintf(stderr, "%s\n", run.outcome.detail.c_str());
-        return 1;
-    }
-    std::printf("rate=%.6f score=%.2f primary=%s %s detail=%s\n", run.outcome.score / run.scoreFactor,
-                run.outcome.score, run.outcome.primary.value.c_str(), run.outcome.primary.unit.c_str(),
-                run.outcome.detail.c_str());
-    return 0;
+    return report(run);
 }

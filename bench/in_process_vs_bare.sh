@@ -1,0 +1,59 @@
+#!/usr/bin/env bash
+# Each CPU benchmark inside the real quarbel process against the same workload function
+# in a bare process (quarbel_cpu_workload_runner: no Qt, no signal handling, no thermal
+# polling, a clean register state), alternating, and prints in-process / bare per
+# benchmark (the median of the paired rounds; goal >= 0.97). A ratio well below 1 means
+# quarbel's own process state is in the score.
+# Usage: bench/in_process_vs_bare.sh [rounds, default 3] [--full] [build dir]
+#   Without --full both sides run with every budget divided by ten (quarbel's --quick).
+set -euo pipefail
+
+ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+ROUNDS="${1:-3}"
+SCALE=0.1
+QUICK=(--quick)
+if [[ "${2:-}" == "--full" ]]; then
+  SCALE=1
+  QUICK=()
+  shift
+fi
+BUILD="${2:-$ROOT/build/bench}"
+
+if [[ ! -f "$BUILD/build.ninja" ]]; then
+  cmake -S "$ROOT" -B "$BUILD" -G Ninja -DCMAKE_BUILD_TYPE=Release -DQUARBEL_BUILD_TESTS=OFF \
+    -DQUARBEL_BUILD_BENCHMARKS=ON >/dev/null
+fi
+cmake --build "$BUILD" -j "$(nproc)" --target quarbel quarbel_cpu_workload_runner >/dev/null
+
+QUARBEL="$BUILD/src/cli/quarbel"
+RUNNER="$BUILD/bench/quarbel_cpu_workload_runner"
+REPORT="$(mktemp)"
+trap 'rm -f "$REPORT"' EXIT
+
+in_process() {
+  "$QUARBEL" run "$1" "${QUICK[@]}" --json "$REPORT" >/dev/null
+  python3 -c 'import json, sys; print(json.load(open(sys.argv[1]))["results"][0]["score"])' "$REPORT"
+}
+bare() { "$RUNNER" "$1" "$SCALE" | sed -n 's/.*score=\([0-9.]*\).*/\1/p'; }
+median() { sort -g | awk '{ v[NR] = $1 } END { print (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
+
+echo "$(nproc) CPUs; budget scale $SCALE; $ROUNDS alternating rounds; load average $(cut -d' ' -f1-3 /proc/loadavg)"
+printf '%-14s %14s %14s %8s   %s\n' benchmark "in quarbel" bare ratio "ratio per round"
+for id in cpuInteger cpuFloating cpuCrypto memoryStream cineTile rawCPUDecode; do
+  ratios=() ours=() theirs=()
+  for ((round = 0; round < ROUNDS; ++round)); do
+    # Alternate which side goes first, so that neither always meets a warmer machine.
+    if ((round % 2 == 0)); then
+      a="$(in_process "$id")"
+      b="$(bare "$id")"
+    else
+      b="$(bare "$id")"
+      a="$(in_process "$id")"
+    fi
+    ours+=("$a") theirs+=("$b")
+    ratios+=("$(awk -v a="$a" -v b="$b" 'BEGIN { printf "%.3f", a / b }')")
+  done
+  printf '%-14s %14.1f %14.1f %8.3f   %s\n' "$id" \
+    "$(printf '%s\n' "${ours[@]}" | median)" "$(printf '%s\n' "${theirs[@]}" | median)" \
+    "$(printf '%s\n' "${ratios[@]}" | median)" "${ratios[*]}"
+done
