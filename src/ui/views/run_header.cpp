@@ -1,0 +1,135 @@
+#include "ui/views/run_header.h"
+
+#include "run/benchmark_store.h"
+#include "ui/views/live_text.h"
+#include "ui/views/theme.h"
+#include "ui/views/toggle_switch.h"
+
+#include <QHBoxLayout>
+#include <QPaintEvent>
+#include <QPainter>
+#include <QPushButton>
+
+namespace quarbel::ui {
+namespace {
+
+constexpr int kControlsHeight = 52;
+
+QPushButton* makeButton(const QString& text, const QString& objectName, QWidget* parent) {
+    auto* button = new QPushButton(text, parent);
+    button->setObjectName(objectName);
+    button->setCursor(Qt::PointingHandCursor);
+    button->setMinimumWidth(76);
+    return button;
+}
+
+} // namespace
+
+RunHeader::RunHeader(BenchmarkStore& store, QWidget* parent)
+    : QWidget(parent), store_(store), run_(makeButton(tr("Run"), QStringLiteral("primaryButton"), this)),
+      all_(makeButton(tr("All"), QStringLiteral("secondaryButton"), this)),
+      stop_(makeButton(tr("Stop"), QStringLiteral("stopButton"), this)),
+      accuracy_(new ToggleSwitch(tr("Accuracy Mode"), this)) {
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    setFixedHeight(kControlsHeight + 92);
+    run_->setToolTip(tr("Run the selected benchmark"));
+    all_->setToolTip(tr("Run all thirteen benchmarks"));
+    stop_->setToolTip(tr("Stop the active run"));
+    accuracy_->setToolTip(
+        tr("Run each benchmark three times and keep the median (takes effect at the next start)"));
+
+    auto* controls = new QHBoxLayout;
+    controls->setContentsMargins(0, 0, 0, 0);
+    controls->setSpacing(8);
+    controls->addWidget(run_);
+    controls->addWidget(all_);
+    controls->addWidget(stop_);
+    controls->addSpacing(14);
+    controls->addWidget(accuracy_);
+    controls->addStretch(1);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(18, 12, 18, 0);
+    layout->addLayout(controls);
+    layout->addStretch(1);
+
+    connect(run_, &QPushButton::clicked, &store_, &BenchmarkStore::runSelected);
+    connect(all_, &QPushButton::clicked, &store_, &BenchmarkStore::runAll);
+    connect(stop_, &QPushButton::clicked, &store_, &BenchmarkStore::stop);
+    connect(accuracy_, &QAbstractButton::toggled, &store_, &BenchmarkStore::setAccuracyMode);
+    connect(&store_, &BenchmarkStore::busyChanged, this, &RunHeader::updateControls);
+    connect(&store_, &BenchmarkStore::accuracyModeChanged, this, &RunHeader::updateControls);
+    // The status area changes with the clock and the live rate; nothing else repaints.
+    for (auto signal : {&BenchmarkStore::currentRunTickChanged, &BenchmarkStore::runningIDChanged,
+                        &BenchmarkStore::liveProgressChanged, &BenchmarkStore::visualLiveStatsChanged,
+                        &BenchmarkStore::currentRunTargetSecondsChanged, &BenchmarkStore::selectedIDChanged})
+        connect(&store_, signal, this, [this] { update(statusRect()); });
+    updateControls();
+}
+
+void RunHeader::updateControls() {
+    const bool busy = store_.busy();
+    run_->setEnabled(!busy);
+    all_->setEnabled(!busy);
+    stop_->setEnabled(busy);
+    // The switch may change during a run: it takes effect at the next start.
+    const QSignalBlocker blocker(accuracy_);
+    accuracy_->setChecked(store_.accuracyMode());
+    accuracy_->update();
+}
+
+QRect RunHeader::statusRect() const { return rect().adjusted(18, kControlsHeight + 4, -18, -10); }
+
+void RunHeader::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    update();
+}
+
+void RunHeader::paintEvent(QPaintEvent* event) {
+    QPainter painter(this);
+    painter.fillRect(event->rect(), theme::background());
+    painter.setPen(theme::border());
+    painter.drawLine(0, height() - 1, width(), height() - 1);
+
+    const QRectF area = statusRect();
+    const auto running = store_.runningID();
+    const BenchmarkID shown = running.value_or(store_.selectedID());
+    const QColor accent = theme::accent(category(shown));
+
+    painter.setFont(theme::font(12, QFont::DemiBold));
+    painter.setPen(running ? accent : theme::muted());
+    painter.drawText(QRectF(area.left(), area.top(), area.width(), 16), Qt::AlignLeft | Qt::AlignVCenter,
+                     running ? tr("RUNNING") : (store_.busy() ? tr("PREPARING") : tr("READY")));
+    painter.setFont(theme::font(20, QFont::Bold));
+    painter.setPen(theme::text());
+    painter.drawText(QRectF(area.left(), area.top() + 16, area.width() * 0.6, 28),
+                     Qt::AlignLeft | Qt::AlignVCenter, theme::qstring(title(shown)));
+
+    if (!running) {
+        painter.setFont(theme::font(13));
+        painter.setPen(theme::secondary());
+        painter.drawText(QRectF(area.left() + area.width() * 0.4, area.top() + 16, area.width() * 0.6, 28),
+                         Qt::AlignRight | Qt::AlignVCenter,
+                         tr("Target %1 s per pass").arg(targetSeconds(shown)));
+        painter.setFont(theme::font(12.5));
+        painter.setPen(theme::muted());
+        painter.drawText(
+            QRectF(area.left(), area.top() + 50, area.width(), 18), Qt::AlignLeft | Qt::AlignVCenter,
+            tr("Run measures the selected benchmark; All runs the whole suite of thirteen (a few minutes)."));
+        return;
+    }
+    painter.setFont(theme::font(15, QFont::DemiBold));
+    painter.setPen(theme::text());
+    painter.drawText(QRectF(area.left() + area.width() * 0.4, area.top() + 16, area.width() * 0.6, 28),
+                     Qt::AlignRight | Qt::AlignVCenter,
+                     elapsedText(store_.currentRunElapsed(), store_.currentRunTargetSeconds()));
+    theme::drawProgressBar(painter, QRectF(area.left(), area.top() + 50, area.width(), 6),
+                           store_.currentRunProgress(), accent);
+    // The live rate sits under the bar, right-aligned, so that it never covers the title.
+    const QString metric = liveMetricText(store_.liveProgress(), store_.visualLiveStats());
+    painter.setFont(theme::font(12));
+    painter.setPen(theme::secondary());
+    painter.drawText(QRectF(area.left(), area.top() + 56, area.width(), 16),
+                     Qt::AlignRight | Qt::AlignVCenter, metric);
+}
+
+} // namespace quarbel::ui

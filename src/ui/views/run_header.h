@@ -1,0 +1,42 @@
+// The run controls and the active benchmark: Run, All, Stop and the Accuracy Mode
+// switch, enabled exactly when they can act; the active title, elapsed against target,
+// a progress bar and the live rate.
+#pragma once
+
+#include <QWidget>
+
+class QAbstractButton;
+class QPushButton;
+
+namespace quarbel {
+class BenchmarkStore;
+}
+
+namespace quarbel::ui {
+
+class RunHeader : public QWidget {
+    Q_OBJECT
+  public:
+    explicit RunHeader(BenchmarkStore& store, QWidget* parent = nullptr);
+
+    QPushButton* runButton() const { return run_; }
+    QPushButton* allButton() const { return all_; }
+    QPushButton* stopButton() const { return stop_; }
+    QAbstractButton* accuracySwitch() const { return accuracy_; }
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+  private:
+    void updateControls();
+    QRect statusRect() const;
+
+    BenchmarkStore& store_;
+    QPushButton* run_;
+    QPushButton* all_;
+    QPushButton* stop_;
+    QAbstractButton* accuracy_;
+};
+
+} // namespace quarbel::ui

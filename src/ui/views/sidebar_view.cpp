@@ -1,0 +1,173 @@
+#include "ui/views/sidebar_view.h"
+
+#include "run/benchmark_store.h"
+#include "ui/views/theme.h"
+
+#include <QMouseEvent>
+#include <QPainter>
+
+namespace quarbel::ui {
+namespace {
+
+constexpr int kWidth = 300;
+constexpr int kHeaderHeight = 34;
+constexpr int kRowHeight = 50;
+constexpr int kMargin = 10;
+
+QString stateMark(TestRunState state) {
+    switch (state) {
+    case TestRunState::idle: return QStringLiteral("Idle");
+    case TestRunState::running: return QStringLiteral("Running");
+    case TestRunState::done: return QStringLiteral("Done");
+    case TestRunState::skipped: return QStringLiteral("Skipped");
+    case TestRunState::failed: return QStringLiteral("Failed");
+    }
+    return {};
+}
+
+} // namespace
+
+SidebarView::SidebarView(BenchmarkStore& store, QWidget* parent) : QWidget(parent), store_(store) {
+    setMouseTracking(true);
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    layoutItems();
+    // Rows repaint only when their state or the selection changes, not on clock ticks.
+    connect(&store_, &BenchmarkStore::rowsChanged, this, qOverload<>(&QWidget::update));
+    connect(&store_, &BenchmarkStore::selectedIDChanged, this, qOverload<>(&QWidget::update));
+}
+
+void SidebarView::layoutItems() {
+    items_.clear();
+    int y = kMargin / 2;
+    for (BenchmarkCategory category : kAllCategories) {
+        items_.push_back({std::nullopt, category, QRect(0, y, kWidth, kHeaderHeight)});
+        y += kHeaderHeight;
+        for (BenchmarkID id : byCategory(category)) {
+            items_.push_back({id, category, QRect(0, y, kWidth, kRowHeight)});
+            y += kRowHeight;
+        }
+    }
+}
+
+QSize SidebarView::sizeHint() const { return {kWidth, items_.back().rect.bottom() + kMargin}; }
+
+QRect SidebarView::rowRect(BenchmarkID id) const {
+    for (const Item& item : items_)
+        if (item.id == id) return item.rect;
+    return {};
+}
+
+std::optional<BenchmarkID> SidebarView::benchmarkAt(QPoint point) const {
+    for (const Item& item : items_)
+        if (item.id && item.rect.contains(point)) return item.id;
+    return std::nullopt;
+}
+
+void SidebarView::paintEvent(QPaintEvent* event) {
+    QPainter painter(this);
+    painter.fillRect(event->rect(), theme::background());
+    painter.setRenderHint(QPainter::Antialiasing);
+    for (const Item& item : items_) {
+        if (!item.rect.intersects(event->rect())) continue;
+        if (item.id)
+            paintRow(painter, item);
+        else
+            paintHeader(painter, item);
+    }
+}
+
+void SidebarView::paintHeader(QPainter& painter, const Item& item) {
+    const QColor accent = theme::accent(item.category);
+    const QRect r = item.rect.adjusted(kMargin + 6, 0, -kMargin, 0);
+    painter.drawPixmap(r.left(), r.center().y() - 7,
+                       theme::icon(categoryIcon(item.category), 15, accent, devicePixelRatioF()));
+    painter.setFont(theme::font(12, QFont::Bold));
+    painter.setPen(accent);
+    painter.drawText(r.adjusted(22, 0, 0, 0), Qt::AlignVCenter | Qt::AlignLeft,
+                     theme::qstring(categoryTitle(item.category)).toUpper());
+}
+
+void SidebarView::paintRow(QPainter& painter, const Item& item) {
+    const BenchmarkID id = *item.id;
+    const BenchmarkRowState& row = store_.rows()[id];
+    const QColor accent = theme::accent(item.category);
+    const QRectF card = QRectF(item.rect).adjusted(kMargin, 2, -kMargin, -2);
+
+    const bool selected = store_.selectedID() == id;
+    if (selected || hovered_ == id) {
+        QColor fill = selected ? accent : theme::panelAlt();
+        if (selected) fill.setAlphaF(0.16f);
+        painter.setPen(selected ? QPen(accent, 1) : Qt::NoPen);
+        painter.setBrush(fill);
+        painter.drawRoundedRect(card.adjusted(0.5, 0.5, -0.5, -0.5), 9, 9);
+    }
+
+    // Icon tile.
+    const QRectF tile(card.left() + 8, card.center().y() - 15, 30, 30);
+    QColor tileFill = accent;
+    tileFill.setAlphaF(0.14f);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(tileFill);
+    painter.drawRoundedRect(tile, 8, 8);
+    painter.drawPixmap(QPointF(tile.left() + 6, tile.top() + 6),
+                       theme::icon(icon(id), 18, accent, devicePixelRatioF()));
+
+    // State mark: a dot on the icon tile's corner, and a word or the score at the right.
+    const QColor stateColor = theme::stateColor(row.state);
+    painter.setPen(QPen(theme::background(), 2));
+    painter.setBrush(stateColor);
+    painter.drawEllipse(QPointF(tile.right() - 1, tile.top() + 1), 4.5, 4.5);
+    QString right;
+    if (row.state == TestRunState::done && row.outcome) {
+        painter.setFont(theme::font(13, QFont::Bold));
+        painter.setPen(theme::text());
+        right = theme::qstring(scoreText(row.outcome->score));
+    } else if (row.state != TestRunState::idle) {
+        painter.setFont(theme::font(11.5, QFont::DemiBold));
+        painter.setPen(stateColor);
+        right = stateMark(row.state);
+    }
+    const qreal textLeft = tile.right() + 10;
+    const qreal textRight = card.right() - 10;
+    const QRectF titleLine(textLeft, card.top() + 6, textRight - textLeft, 20);
+    qreal rightWidth = 0;
+    if (!right.isEmpty()) {
+        rightWidth = QFontMetricsF(painter.font()).horizontalAdvance(right) + 8;
+        painter.drawText(titleLine, Qt::AlignRight | Qt::AlignVCenter, right);
+    }
+
+    // Title (elided before the mark) over the subtitle, which has the whole width.
+    painter.setFont(theme::font(13.5, QFont::DemiBold));
+    painter.setPen(theme::text());
+    painter.drawText(
+        titleLine.adjusted(0, 0, -rightWidth, 0), Qt::AlignLeft | Qt::AlignVCenter,
+        QFontMetrics(painter.font())
+            .elidedText(theme::qstring(title(id)), Qt::ElideRight, int(titleLine.width() - rightWidth)));
+    painter.setFont(theme::font(11.5));
+    painter.setPen(theme::secondary());
+    painter.drawText(QRectF(textLeft, card.top() + 25, titleLine.width(), 17),
+                     Qt::AlignLeft | Qt::AlignVCenter,
+                     QFontMetrics(painter.font())
+                         .elidedText(theme::qstring(subtitle(id)), Qt::ElideRight, int(titleLine.width())));
+}
+
+void SidebarView::mousePressEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton) return;
+    if (const auto id = benchmarkAt(event->position().toPoint())) store_.setSelectedID(*id);
+}
+
+void SidebarView::mouseMoveEvent(QMouseEvent* event) {
+    const auto id = benchmarkAt(event->position().toPoint());
+    if (id == hovered_) return;
+    if (hovered_) update(rowRect(*hovered_));
+    hovered_ = id;
+    if (hovered_) update(rowRect(*hovered_));
+    setCursor(id ? Qt::PointingHandCursor : Qt::ArrowCursor);
+}
+
+void SidebarView::leaveEvent(QEvent*) {
+    if (hovered_) update(rowRect(*hovered_));
+    hovered_.reset();
+}
+
+} // namespace quarbel::ui

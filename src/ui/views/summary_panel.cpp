@@ -1,0 +1,87 @@
+#include "ui/views/summary_panel.h"
+
+#include "run/benchmark_store.h"
+#include "run/model/number_format.h"
+#include "ui/views/theme.h"
+
+#include <QPaintEvent>
+#include <QPainter>
+#include <QPushButton>
+
+namespace quarbel::ui {
+
+QString durationText(double seconds) {
+    if (seconds < 60) return theme::qstring(format(seconds, 1)) + QLatin1Char('s');
+    return theme::qstring(format(seconds / 60, 1)) + QLatin1Char('m');
+}
+
+SummaryPanel::SummaryPanel(BenchmarkStore& store, QWidget* parent)
+    : QWidget(parent), store_(store), saveCard_(new QPushButton(tr("Save Result Card"), this)) {
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    setFixedHeight(176);
+    saveCard_->setObjectName(QStringLiteral("secondaryButton"));
+    saveCard_->setEnabled(false);
+    saveCard_->setToolTip(tr("Result cards are not available yet"));
+    connect(&store_, &BenchmarkStore::runSummaryChanged, this, [this] {
+        setVisible(store_.runSummary().has_value());
+        update();
+    });
+    setVisible(store_.runSummary().has_value());
+}
+
+void SummaryPanel::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    const QSize hint = saveCard_->sizeHint();
+    saveCard_->setGeometry(width() - 24 - hint.width(), 18, hint.width(), hint.height());
+}
+
+void SummaryPanel::paintEvent(QPaintEvent* event) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.fillRect(event->rect(), theme::background());
+    const QRectF panel = QRectF(rect()).adjusted(0, 0, -1, -1);
+    theme::drawPanel(painter, panel, 14);
+    const auto summary = store_.runSummary();
+    if (!summary) return;
+    const QRectF area = panel.adjusted(24, 16, -24, -16);
+
+    painter.setFont(theme::font(12, QFont::DemiBold));
+    painter.setPen(theme::muted());
+    painter.drawText(QRectF(area.left(), area.top(), area.width(), 16), Qt::AlignLeft | Qt::AlignVCenter,
+                     tr("RUN SUMMARY"));
+    painter.setFont(theme::font(17, QFont::Bold));
+    painter.setPen(theme::text());
+    painter.drawText(QRectF(area.left(), area.top() + 18, area.width() - 180, 26),
+                     Qt::AlignLeft | Qt::AlignVCenter, theme::qstring(summary->title));
+
+    struct Metric {
+        QString label;
+        QString value;
+    };
+    const Metric metrics[] = {
+        {tr("Total score"), theme::qstring(scoreText(summary->score))},
+        {tr("Completed"), tr("%1 / %2").arg(summary->completed).arg(summary->total)},
+        {tr("Skipped / failed"), tr("%1 / %2").arg(summary->skipped).arg(summary->failed)},
+        {tr("Elapsed"), durationText(summary->duration)},
+        {tr("Peak CPU"), theme::qstring(temperatureText(summary->peakCPU))},
+        {tr("Peak GPU"), theme::qstring(temperatureText(summary->peakGPU))},
+    };
+    // Two rows of three, so that every value has room even in the narrowest window.
+    const qreal columnWidth = area.width() / 3;
+    const qreal top = area.top() + 52;
+    for (std::size_t i = 0; i < std::size(metrics); ++i) {
+        const QRectF cell(area.left() + columnWidth * qreal(i % 3), top + 46 * qreal(i / 3), columnWidth - 10,
+                          44);
+        painter.setFont(theme::font(11, QFont::DemiBold));
+        painter.setPen(theme::muted());
+        painter.drawText(QRectF(cell.left(), cell.top(), cell.width(), 16), Qt::AlignLeft | Qt::AlignVCenter,
+                         metrics[i].label.toUpper());
+        painter.setFont(theme::font(17, QFont::Bold));
+        painter.setPen(i == 0 ? theme::stateColor(TestRunState::done) : theme::text());
+        painter.drawText(
+            QRectF(cell.left(), cell.top() + 16, cell.width(), 26), Qt::AlignLeft | Qt::AlignVCenter,
+            QFontMetrics(painter.font()).elidedText(metrics[i].value, Qt::ElideRight, int(cell.width())));
+    }
+}
+
+} // namespace quarbel::ui

@@ -1,0 +1,133 @@
+#include "ui/views/theme.h"
+
+#include <QFile>
+#include <QHash>
+#include <QPainter>
+#include <QPainterPath>
+#include <QSvgRenderer>
+
+// Resources of a static library register only when asked to, outside any namespace.
+static void registerIconResources() { Q_INIT_RESOURCE(icons); }
+
+namespace quarbel::ui::theme {
+namespace {
+
+QColor rgb(double red, double green, double blue) {
+    return QColor::fromRgbF(float(red), float(green), float(blue));
+}
+QColor white(double opacity) { return QColor::fromRgbF(1, 1, 1, float(opacity)); }
+
+} // namespace
+
+QColor background() { return rgb(0.022, 0.026, 0.030); }
+QColor panel() { return rgb(0.075, 0.084, 0.094); }
+QColor panelAlt() { return white(0.05); }
+QColor border() { return white(0.11); }
+QColor text() { return white(0.94); }
+QColor secondary() { return white(0.62); }
+QColor muted() { return white(0.44); }
+
+QColor accent(BenchmarkCategory category) {
+    const CategoryColor c = categoryColor(category);
+    return rgb(c.red, c.green, c.blue);
+}
+
+QColor stateColor(TestRunState state) {
+    switch (state) {
+    case TestRunState::idle: return muted();
+    case TestRunState::running: return rgb(0.13, 0.79, 0.88);
+    case TestRunState::done: return rgb(0.36, 0.84, 0.52);
+    case TestRunState::skipped: return rgb(0.95, 0.75, 0.30);
+    case TestRunState::failed: return rgb(0.96, 0.38, 0.40);
+    }
+    return muted();
+}
+
+QFont font(qreal pixelSize, QFont::Weight weight) {
+    QFont f(QStringLiteral("Inter"));
+    f.setPixelSize(qRound(pixelSize));
+    f.setWeight(weight);
+    f.setHintingPreference(QFont::PreferNoHinting);
+    return f;
+}
+
+void drawPanel(QPainter& painter, const QRectF& rect, qreal radius) {
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(border(), 1));
+    painter.setBrush(panel());
+    painter.drawRoundedRect(rect.adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+    painter.restore();
+}
+
+void drawProgressBar(QPainter& painter, const QRectF& rect, double fraction, const QColor& color) {
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    const qreal radius = rect.height() / 2;
+    painter.setBrush(white(0.08));
+    painter.drawRoundedRect(rect, radius, radius);
+    const double clamped = std::clamp(fraction, 0.0, 1.0);
+    if (clamped > 0) {
+        QRectF filled = rect;
+        filled.setWidth(std::max(rect.height(), rect.width() * clamped));
+        painter.setBrush(color);
+        painter.drawRoundedRect(filled, radius, radius);
+    }
+    painter.restore();
+}
+
+namespace {
+QFont pillFont(qreal height) { return font(std::round(height * 0.46), QFont::DemiBold); }
+} // namespace
+
+qreal pillWidth(const QString& label, qreal height) {
+    return QFontMetricsF(pillFont(height)).horizontalAdvance(label) + height;
+}
+
+void drawPill(QPainter& painter, const QRectF& rect, const QString& label, const QColor& color) {
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setFont(pillFont(rect.height()));
+    QColor fill = color;
+    fill.setAlphaF(0.16f);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(fill);
+    const qreal radius = rect.height() / 2;
+    painter.drawRoundedRect(rect, radius, radius);
+    painter.setPen(color);
+    painter.drawText(
+        rect, Qt::AlignCenter,
+        QFontMetrics(painter.font()).elidedText(label, Qt::ElideRight, int(rect.width() - radius)));
+    painter.restore();
+}
+
+QPixmap icon(std::string_view symbol, int size, const QColor& tint, qreal devicePixelRatio) {
+    static QHash<QString, QPixmap> cache;
+    const QString name = qstring(symbol);
+    const QString key =
+        QStringLiteral("%1|%2|%3|%4").arg(name).arg(size).arg(tint.rgba()).arg(devicePixelRatio);
+    if (const auto found = cache.constFind(key); found != cache.constEnd()) return *found;
+
+    static const bool registered = (registerIconResources(), true);
+    Q_UNUSED(registered);
+    const int pixels = qRound(size * devicePixelRatio);
+    QImage image(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QSvgRenderer renderer(QStringLiteral(":/quarbel/icons/%1.svg").arg(name));
+    if (renderer.isValid()) {
+        QPainter painter(&image);
+        renderer.render(&painter, QRectF(0, 0, pixels, pixels));
+        // The icons are drawn in white: keep their shape, take the tint's colour.
+        painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+        painter.fillRect(image.rect(), tint);
+    }
+    QPixmap pixmap = QPixmap::fromImage(image);
+    pixmap.setDevicePixelRatio(devicePixelRatio);
+    cache.insert(key, pixmap);
+    return pixmap;
+}
+
+QString qstring(std::string_view text) { return QString::fromUtf8(text.data(), qsizetype(text.size())); }
+
+} // namespace quarbel::ui::theme

@@ -1,0 +1,144 @@
+// The main window driven through whole runs of scriptable fake workloads, on Qt's
+// offscreen platform: what the controls allow, what the centre shows, what follows what.
+#include "run/benchmark_store.h"
+#include "run/fake_workloads.h"
+#include "ui/views/live_text.h"
+#include "ui/views/main_window.h"
+#include "ui/views/result_panel.h"
+#include "ui/views/run_header.h"
+#include "ui/views/score_gauge.h"
+#include "ui/views/sidebar_view.h"
+#include "ui/views/stage_view.h"
+#include "ui/views/summary_panel.h"
+
+#include <QAbstractButton>
+#include <QPushButton>
+#include <QStackedWidget>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+using namespace quarbel;
+using namespace quarbel::ui;
+using quarbel::test::FakeBehaviour;
+using quarbel::test::FakeWorkloads;
+
+namespace {
+
+struct Window {
+    FakeWorkloads workloads;
+    BenchmarkStore store{workloads.services()};
+    MainWindow window{store};
+
+    Window() { window.show(); }
+
+    // Run, All, Stop enabled; Accuracy switch checked.
+    std::array<bool, 4> controls() const {
+        const RunHeader* h = window.header();
+        return {h->runButton()->isEnabled(), h->allButton()->isEnabled(), h->stopButton()->isEnabled(),
+                h->accuracySwitch()->isChecked()};
+    }
+    bool stageShown() const { return window.stage()->isVisible(); }
+    bool waitIdle() {
+        return QTest::qWaitFor([&] { return !store.busy(); }, 5000);
+    }
+};
+
+} // namespace
+
+TEST(MainWindow, ControlsActExactlyWhenTheyCanAcrossARun) {
+    Window w;
+    w.workloads.set(BenchmarkID::cpuInteger, FakeBehaviour::gated);
+    EXPECT_EQ(w.controls(), (std::array{true, true, false, false}));
+    EXPECT_FALSE(w.stageShown());
+
+    w.store.setSelectedID(BenchmarkID::cpuInteger);
+    QTest::mouseClick(w.window.header()->runButton(), Qt::LeftButton);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return w.store.runningID().has_value(); }, 5000));
+    EXPECT_EQ(w.controls(), (std::array{false, false, true, false}));
+    EXPECT_TRUE(w.stageShown()) << "a CPU benchmark shows its inline stage while it runs";
+
+    // The switch may be flipped mid-run; it only applies to the next start.
+    QTest::mouseClick(w.window.header()->accuracySwitch(), Qt::LeftButton);
+    EXPECT_TRUE(w.store.accuracyMode());
+
+    QTest::mouseClick(w.window.header()->stopButton(), Qt::LeftButton);
+    ASSERT_TRUE(w.waitIdle());
+    EXPECT_EQ(w.controls(), (std::array{true, true, false, true}));
+    EXPECT_FALSE(w.stageShown());
+    EXPECT_FALSE(w.window.summaryPanel()->isVisible()) << "a stopped run has no summary";
+}
+
+TEST(MainWindow, ASuiteMovesTheSelectionAndEndsWithItsSummary) {
+    Window w;
+    w.workloads.set(BenchmarkID::cpuCrypto, FakeBehaviour::failing);
+    w.workloads.set(BenchmarkID::openCLCompute, FakeBehaviour::skipping);
+    std::vector<BenchmarkID> selections;
+    QObject::connect(&w.store, &BenchmarkStore::selectedIDChanged,
+                     [&] { selections.push_back(w.store.selectedID()); });
+
+    QTest::mouseClick(w.window.header()->allButton(), Qt::LeftButton);
+    ASSERT_TRUE(w.waitIdle());
+    EXPECT_EQ(selections, std::vector<BenchmarkID>(kAllBenchmarks.begin(), kAllBenchmarks.end()));
+    EXPECT_TRUE(w.window.summaryPanel()->isVisible());
+    EXPECT_EQ(w.store.rows()[BenchmarkID::cpuCrypto].state, TestRunState::failed);
+    EXPECT_EQ(w.store.rows()[BenchmarkID::openCLCompute].state, TestRunState::skipped);
+    EXPECT_EQ(w.store.completedCount(), 11);
+
+    // A click on a row selects it, and the result panel follows the selection.
+    const QRect row = w.window.sidebar()->rowRect(BenchmarkID::cpuInteger);
+    QTest::mouseClick(w.window.sidebar(), Qt::LeftButton, {}, row.center());
+    EXPECT_EQ(w.store.selectedID(), BenchmarkID::cpuInteger);
+    EXPECT_TRUE(w.window.resultPanel()->isVisible());
+}
+
+TEST(MainWindow, TheLiveStatusLineAdvancesEveryTwoSeconds) {
+    Window w;
+    w.workloads.set(BenchmarkID::memoryStream, FakeBehaviour::gated);
+    w.store.run({BenchmarkID::memoryStream}, false);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return w.store.runningID().has_value(); }, 5000));
+    const QString first = w.window.stage()->statusLine();
+    EXPECT_EQ(first.toStdString(), runningStageLines(BenchmarkID::memoryStream)[0]);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return w.window.stage()->statusLine() != first; }, 3500));
+    EXPECT_EQ(w.window.stage()->statusLine().toStdString(), runningStageLines(BenchmarkID::memoryStream)[1]);
+    w.workloads.release();
+    ASSERT_TRUE(w.waitIdle());
+}
+
+TEST(LiveText, RatesInTheWorkloadsOwnUnitAndFrameStatistics) {
+    struct Case {
+        LiveProgress progress;
+        OptionalVisualLiveStats visual;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {{}, std::nullopt, ""},
+        {{10, 4.0, "rounds"}, std::nullopt, "2.50 rounds/s"},
+        {{3000, 2.0, "frames"}, std::nullopt, "1500.0 frames/s"},
+        {{3 * 1048576, 2.0, "bytes"}, std::nullopt, "1.5 MB/s"},
+        {{10, 0.0, "rounds"}, std::nullopt, ""},
+        {{},
+         VisualBenchmarkLiveStats{120, 59.94, 55.0, 61.26},
+         "59.9 FPS average, 55.0 min, 61.3 max, 120 frames"},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(liveMetricText(c.progress, c.visual).toStdString(), c.expected);
+    EXPECT_EQ(elapsedText(12.34, 45).toStdString(), "12.3 / 45 s");
+}
+
+TEST(ScoreGauge, PlacesScoresOnALogarithmicDial) {
+    EXPECT_EQ(gaugeFraction(0), 0);
+    EXPECT_EQ(gaugeFraction(1), 0);
+    EXPECT_NEAR(gaugeFraction(1000), 0.5, 1e-12);
+    EXPECT_EQ(gaugeFraction(5e7), 1);
+}
+
+TEST(Stage, OnlyCpuMemoryAndStorageBenchmarksRunInline) {
+    std::vector<BenchmarkID> inlineIDs;
+    for (BenchmarkID id : kAllBenchmarks)
+        if (hasInlineStage(id)) inlineIDs.push_back(id);
+    EXPECT_EQ(inlineIDs,
+              (std::vector{BenchmarkID::cpuInteger, BenchmarkID::cpuFloating, BenchmarkID::cpuCrypto,
+                           BenchmarkID::memoryStream, BenchmarkID::ssdSequential, BenchmarkID::ssdRealSpeed,
+                           BenchmarkID::ssdRandom}));
+}
