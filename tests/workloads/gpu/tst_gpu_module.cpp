@@ -5,7 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <optional>
+#include <string>
+#include <string_view>
 #include <vector>
 
 using namespace quarbel::gpu;
@@ -21,25 +25,41 @@ const std::vector<DeviceCandidate> kMixedDevices = {
 } // namespace
 
 TEST(DeviceSelection, PrefersDiscreteThenIntegratedThenVirtualThenCpu) {
-    EXPECT_EQ(chooseDevice(kMixedDevices, ""), 3u);
+    EXPECT_EQ(chooseDevice(kMixedDevices, "").index, 3u);
     std::vector<DeviceCandidate> devices(kMixedDevices.begin(), kMixedDevices.begin() + 3);
-    EXPECT_EQ(chooseDevice(devices, ""), 2u);
+    EXPECT_EQ(chooseDevice(devices, "").index, 2u);
     devices.pop_back();
-    EXPECT_EQ(chooseDevice(devices, ""), 1u);
+    EXPECT_EQ(chooseDevice(devices, "").index, 1u);
     devices.pop_back();
-    EXPECT_EQ(chooseDevice(devices, ""), 0u);
-    EXPECT_EQ(chooseDevice(std::vector<DeviceCandidate>{{"odd", DeviceKind::other}}, ""), 0u);
-    EXPECT_EQ(chooseDevice({}, ""), std::nullopt);
+    EXPECT_EQ(chooseDevice(devices, "").index, 0u);
+    EXPECT_EQ(chooseDevice(std::vector<DeviceCandidate>{{"odd", DeviceKind::other}}, "").index, 0u);
+    EXPECT_EQ(chooseDevice({}, ""), DeviceChoice{});
 }
 
-TEST(DeviceSelection, OverrideTakesAnIndexOrANamePartAndFallsBackWhenNothingMatches) {
-    EXPECT_EQ(chooseDevice(kMixedDevices, "0"), 0u);
-    EXPECT_EQ(chooseDevice(kMixedDevices, "4"), 4u);
-    EXPECT_EQ(chooseDevice(kMixedDevices, "radeon"), 4u);
-    EXPECT_EQ(chooseDevice(kMixedDevices, "LLVMPIPE"), 0u);
-    EXPECT_EQ(chooseDevice(kMixedDevices, "9"), 3u);
-    EXPECT_EQ(chooseDevice(kMixedDevices, "Apple M3"), 3u);
-    EXPECT_EQ(chooseDevice(kMixedDevices, "1x"), 3u) << "not an index, and no name contains it";
+TEST(DeviceSelection, OverrideTakesAnIndexOrANamePartAndWarnsWhenNothingMatches) {
+    const std::string kListed = "Devices: 0 llvmpipe (LLVM 15.0.6, 256 bits); 1 Virtio GPU; 2 Intel(R) UHD "
+                                "Graphics 770; 3 NVIDIA GeForce RTX 4070; 4 AMD Radeon RX 7600.";
+    const struct {
+        std::string_view override;
+        std::optional<std::size_t> index;
+        bool warns;
+    } cases[] = {
+        {"", 3, false}, {"0", 0, false},       {"4", 4, false}, {"radeon", 4, false}, {"LLVMPIPE", 0, false},
+        {"5", 3, true}, {"Apple M3", 3, true}, {"1x", 3, true}, {"-1", 3, true},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.override);
+        const DeviceChoice choice = chooseDevice(kMixedDevices, c.override);
+        EXPECT_EQ(choice.index, c.index);
+        if (!c.warns) {
+            EXPECT_EQ(choice.warning, std::nullopt);
+            continue;
+        }
+        EXPECT_EQ(choice.warning, "QUARBEL_GPU=\"" + std::string(c.override) +
+                                      "\" matches no Vulkan device; using the default. " + kListed);
+    }
+    EXPECT_EQ(chooseDevice({}, "0"),
+              (DeviceChoice{std::nullopt, "QUARBEL_GPU=\"0\" matches no Vulkan device: none was found."}));
 }
 
 TEST(DispatchGeometry, CoversEveryItemWithWholeGroupsWithinTheDeviceLimit) {
@@ -89,4 +109,20 @@ TEST(DefaultDevice, NamesTheDeviceAndFollowsTheOverride) {
     unsetenv("QUARBEL_GPU");
     ASSERT_TRUE(byIndex.has_value());
     EXPECT_EQ(unmatched, name);
+}
+
+// The first call in the process fixes the answer, so this must stay the only test here that
+// asks (ctest runs each test in a process of its own anyway).
+TEST(DefaultDevice, WarnsOnceAboutAnOverrideThatNamesNoDevice) {
+    setenv("QUARBEL_GPU", "no such device anywhere", 1);
+    const auto warning = deviceSelectionWarning();
+    unsetenv("QUARBEL_GPU");
+    ASSERT_TRUE(warning.has_value());
+    EXPECT_EQ(warning->rfind("QUARBEL_GPU=\"no such device anywhere\" matches no Vulkan device; using the "
+                             "default. Devices: 0 ",
+                             0),
+              0u)
+        << *warning;
+    EXPECT_NE(warning->find(defaultDeviceName().value_or("?")), std::string::npos) << *warning;
+    EXPECT_EQ(deviceSelectionWarning(), warning) << "kept from the first call";
 }
