@@ -62,19 +62,46 @@ TEST(DeviceSelection, OverrideTakesAnIndexOrANamePartAndWarnsWhenNothingMatches)
               (DeviceChoice{std::nullopt, "QUARBEL_GPU=\"0\" matches no Vulkan device: none was found."}));
 }
 
-TEST(DispatchGeometry, CoversEveryItemWithWholeGroupsWithinTheDeviceLimit) {
+TEST(DispatchGeometry, ThreadgroupWidthIsTheExecutionWidthWithinTheGroupLimit) {
     EXPECT_EQ(threadgroupWidth(32, 1024), 32u);
     EXPECT_EQ(threadgroupWidth(0, 1024), 1u);
     EXPECT_EQ(threadgroupWidth(64, 32), 32u);
+}
 
-    EXPECT_EQ(dispatchGridFor(2'097'152, 64, 65'535), (DispatchGrid{32'768, 1}));
-    EXPECT_EQ(dispatchGridFor(1'001, 8, 65'535), (DispatchGrid{126, 1}));
-    EXPECT_EQ(dispatchGridFor(0, 8, 65'535), (DispatchGrid{1, 1}));
-    // 8K frame with narrow groups: more groups than one dimension holds.
-    const DispatchGrid grid = dispatchGridFor(33'177'600, 8, 65'535);
-    EXPECT_EQ(grid.groupsX, 65'535u);
-    EXPECT_GE(std::uint64_t{grid.groupsX} * grid.groupsY * 8, 33'177'600u);
-    EXPECT_LT(std::uint64_t{grid.groupsX} * (grid.groupsY - 1) * 8, 33'177'600u) << "no whole spare row";
+TEST(DispatchGeometry, CoversEveryItemWithAtMostOnePartialRowWithinTheLimit) {
+    const struct {
+        std::uint64_t items;
+        std::uint32_t width;
+        std::uint32_t limit;
+        DispatchGrid expected;
+    } cases[] = {
+        {0, 8, 65'535, {1, 1}},
+        {1, 8, 65'535, {1, 1}},
+        {1'001, 8, 65'535, {126, 1}},
+        {2'097'152, 64, 65'535, {32'768, 1}},
+        {65'535ull * 8 * 4, 8, 65'535, {65'535, 4}},     // exact multiple of full rows
+        {65'536ull * 32, 32, 65'535, {32'768, 2}},       // metalCompute, 32 wide: one group past a row
+        {2'097'152, 8, 65'535, {52'429, 5}},             // metalCompute on lavapipe's 8 lanes
+        {33'177'600, 8, 65'535, {64'800, 64}},           // rawMetalDecode's 8K frame, exactly spread
+        {1'000'003, 1, 65'535, {62'501, 16}},            // prime
+        {999'983, 7, 1'009, {1'007, 142}},               // primes all round
+        {4'294'967'295ull, 1, 65'535, {65'535, 65'537}}, // every 32-bit index: rows past the limit
+        {4'294'967'295ull, 32, 65'535, {65'505, 2'049}},
+        {5, 1, 1, {1, 5}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(::testing::Message() << c.items << " items, " << c.width << " wide, limit " << c.limit);
+        const DispatchGrid grid = dispatchGridFor(c.items, c.width, c.limit);
+        EXPECT_EQ(grid, c.expected);
+        const std::uint64_t needed = std::max<std::uint64_t>((c.items + c.width - 1) / c.width, 1);
+        const std::uint64_t launched = std::uint64_t{grid.groupsX} * grid.groupsY;
+        EXPECT_GE(launched, needed);
+        EXPECT_LT(launched - needed, grid.groupsX) << "spare groups beyond the last row";
+        EXPECT_LE(grid.groupsX, c.limit);
+        if (needed <= std::uint64_t{c.limit} * c.limit / 2) {
+            EXPECT_LE(grid.groupsY, c.limit);
+        }
+    }
 }
 
 TEST(ShaderCompiler, CompilesGlslAndFindsTheStagesEntryPoint) {
