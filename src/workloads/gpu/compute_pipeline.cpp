@@ -18,9 +18,11 @@ DispatchGrid dispatchGridFor(std::uint64_t items, std::uint32_t width,
     width = std::max<std::uint32_t>(width, 1);
     maxGroupsPerDimension = std::max<std::uint32_t>(maxGroupsPerDimension, 1);
     const std::uint64_t groups = std::max<std::uint64_t>((items + width - 1) / width, 1);
-    const std::uint64_t x = std::min<std::uint64_t>(groups, maxGroupsPerDimension);
-    const std::uint64_t y = (groups + x - 1) / x;
-    return {static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y)};
+    const std::uint64_t rows = (groups + maxGroupsPerDimension - 1) / maxGroupsPerDimension;
+    // Filling rows to the limit would leave up to a whole row idle at the end; an even spread
+    // leaves fewer spare groups than rows.
+    const std::uint64_t perRow = (groups + rows - 1) / rows;
+    return {static_cast<std::uint32_t>(perRow), static_cast<std::uint32_t>(rows)};
 }
 
 VkShaderModule createShaderModule(VkDevice device, std::span<const std::uint32_t> spirv, VkResult& error) {

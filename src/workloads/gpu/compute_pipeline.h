@@ -19,15 +19,18 @@ namespace quarbel::gpu {
 std::uint32_t threadgroupWidth(std::uint32_t executionWidth, std::uint32_t maxThreadsPerGroup) noexcept;
 
 struct DispatchGrid {
-    std::uint32_t groupsX = 0;
-    std::uint32_t groupsY = 0;
+    std::uint32_t groupsX = 0; // workgroups per row
+    std::uint32_t groupsY = 0; // rows
     bool operator==(const DispatchGrid&) const = default;
 };
 
-// Workgroups of `width` invocations covering `items` items: ceil(items / width) groups, laid
-// out along x and continued over y rows once x reaches `maxGroupsPerDimension`. Vulkan runs
-// whole workgroups, so kernels test their linear index against the item count; that stands
-// in for a non-uniform dispatch whose last group is partial.
+// Workgroups of `width` invocations covering `items` items: ceil(items / width) groups (at
+// least 1), in rows of at most `maxGroupsPerDimension`. It takes as few rows as the limit
+// allows and spreads the groups evenly over them, so the groups launched beyond those needed
+// are fewer than the rows and all sit at the end of the last row. Kernels number the groups
+// row by row, (y * groupsX + x), and test that linear index against the item count: Vulkan
+// runs whole groups, which stands in for a non-uniform dispatch. The index fits in 32 bits
+// while items + groupsY * width does; rows exceed the limit only past width * limit^2 items.
 DispatchGrid dispatchGridFor(std::uint64_t items, std::uint32_t width,
                              std::uint32_t maxGroupsPerDimension) noexcept;
 

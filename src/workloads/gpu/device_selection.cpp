@@ -23,19 +23,19 @@ bool containsIgnoringCase(std::string_view text, std::string_view part) {
     return found != text.end();
 }
 
-} // namespace
-
-std::optional<std::size_t> chooseDevice(std::span<const DeviceCandidate> devices, std::string_view override) {
-    if (devices.empty()) return std::nullopt;
-    if (!override.empty()) {
-        if (auto index = parseIndex(override)) {
-            if (*index < devices.size()) return *index;
-        } else {
-            for (std::size_t i = 0; i < devices.size(); ++i) {
-                if (containsIgnoringCase(devices[i].name, override)) return i;
-            }
-        }
+std::optional<std::size_t> matchOverride(std::span<const DeviceCandidate> devices,
+                                         std::string_view override) {
+    if (auto index = parseIndex(override)) {
+        if (*index < devices.size()) return *index;
+        return std::nullopt;
     }
+    for (std::size_t i = 0; i < devices.size(); ++i) {
+        if (containsIgnoringCase(devices[i].name, override)) return i;
+    }
+    return std::nullopt;
+}
+
+std::optional<std::size_t> preferredDevice(std::span<const DeviceCandidate> devices) {
     for (DeviceKind kind : {DeviceKind::discrete, DeviceKind::integrated, DeviceKind::virtualGpu,
                             DeviceKind::cpu, DeviceKind::other}) {
         for (std::size_t i = 0; i < devices.size(); ++i) {
@@ -43,6 +43,23 @@ std::optional<std::size_t> chooseDevice(std::span<const DeviceCandidate> devices
         }
     }
     return std::nullopt;
+}
+
+std::string unmatchedOverrideWarning(std::span<const DeviceCandidate> devices, std::string_view override) {
+    std::string text = "QUARBEL_GPU=\"" + std::string(override) + "\" matches no Vulkan device";
+    if (devices.empty()) return text + ": none was found.";
+    text += "; using the default. Devices:";
+    for (std::size_t i = 0; i < devices.size(); ++i)
+        text += (i == 0 ? " " : "; ") + std::to_string(i) + " " + devices[i].name;
+    return text + ".";
+}
+
+} // namespace
+
+DeviceChoice chooseDevice(std::span<const DeviceCandidate> devices, std::string_view override) {
+    if (override.empty()) return {preferredDevice(devices), std::nullopt};
+    if (auto matched = matchOverride(devices, override)) return {matched, std::nullopt};
+    return {preferredDevice(devices), unmatchedOverrideWarning(devices, override)};
 }
 
 std::string deviceOverrideFromEnvironment() {

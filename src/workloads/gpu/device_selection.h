@@ -18,12 +18,20 @@ struct DeviceCandidate {
     DeviceKind kind = DeviceKind::other;
 };
 
-// The index of the device to use, or nullopt for an empty list.
+struct DeviceChoice {
+    std::optional<std::size_t> index; // into the candidates; nullopt for an empty list
+    // Set when the override matched nothing: one line naming the override and the devices
+    // there are, for the user who set it to read. The choice is then the default device.
+    std::optional<std::string> warning;
+    bool operator==(const DeviceChoice&) const = default;
+};
+
 // Without an override: the first discrete GPU, else the first integrated, else virtual, else
 // CPU, else any other device. `override` (the QUARBEL_GPU text) is either a device index in
 // decimal or a case-insensitive part of a device name; the first match wins. An override that
-// matches nothing is ignored, so a stale setting still benchmarks the default device.
-std::optional<std::size_t> chooseDevice(std::span<const DeviceCandidate> devices, std::string_view override);
+// matches nothing falls back to the default rule, so a stale setting still benchmarks the
+// default device, but the choice then carries a warning.
+DeviceChoice chooseDevice(std::span<const DeviceCandidate> devices, std::string_view override);
 
 // The QUARBEL_GPU environment variable, or empty.
 std::string deviceOverrideFromEnvironment();

@@ -43,28 +43,35 @@ DeviceKind kindOf(VkPhysicalDeviceType type) {
     }
 }
 
-// The default device among those that speak Vulkan 1.1 (subgroup queries need it).
-VkPhysicalDevice chooseDefaultDevice(VkInstance instance, std::string& name) {
-    std::uint32_t count = 0;
-    if (vkEnumeratePhysicalDevices(instance, &count, nullptr) != VK_SUCCESS || count == 0)
-        return VK_NULL_HANDLE;
-    std::vector<VkPhysicalDevice> all(count);
-    if (vkEnumeratePhysicalDevices(instance, &count, all.data()) < 0) return VK_NULL_HANDLE;
-    all.resize(count);
+// The devices that speak Vulkan 1.1 (subgroup queries need it), as the selection rule sees them.
+struct UsableDevices {
+    std::vector<VkPhysicalDevice> handles;
+    std::vector<DeviceCandidate> candidates; // same order as handles
+};
 
-    std::vector<VkPhysicalDevice> usable;
-    std::vector<DeviceCandidate> candidates;
+UsableDevices usableDevices(VkInstance instance) {
+    UsableDevices usable;
+    std::uint32_t count = 0;
+    if (vkEnumeratePhysicalDevices(instance, &count, nullptr) != VK_SUCCESS || count == 0) return usable;
+    std::vector<VkPhysicalDevice> all(count);
+    if (vkEnumeratePhysicalDevices(instance, &count, all.data()) < 0) return usable;
+    all.resize(count);
     for (VkPhysicalDevice device : all) {
         VkPhysicalDeviceProperties properties{};
         vkGetPhysicalDeviceProperties(device, &properties);
         if (properties.apiVersion < VK_API_VERSION_1_1) continue;
-        usable.push_back(device);
-        candidates.push_back({properties.deviceName, kindOf(properties.deviceType)});
+        usable.handles.push_back(device);
+        usable.candidates.push_back({properties.deviceName, kindOf(properties.deviceType)});
     }
-    auto chosen = chooseDevice(candidates, deviceOverrideFromEnvironment());
+    return usable;
+}
+
+VkPhysicalDevice chooseDefaultDevice(VkInstance instance, std::string& name) {
+    const UsableDevices usable = usableDevices(instance);
+    const auto chosen = chooseDevice(usable.candidates, deviceOverrideFromEnvironment()).index;
     if (!chosen) return VK_NULL_HANDLE;
-    name = candidates[*chosen].name;
-    return usable[*chosen];
+    name = usable.candidates[*chosen].name;
+    return usable.handles[*chosen];
 }
 
 // A family with compute, preferring one that also renders.
@@ -95,6 +102,18 @@ std::optional<std::string> defaultDeviceName() {
     std::string name;
     if (chooseDefaultDevice(guard.instance, name) == VK_NULL_HANDLE) return std::nullopt;
     return name;
+}
+
+std::optional<std::string> deviceSelectionWarning() {
+    static const std::optional<std::string> warning = []() -> std::optional<std::string> {
+        const std::string override = deviceOverrideFromEnvironment();
+        if (override.empty()) return std::nullopt; // nothing to check, no need to load a driver
+        InstanceGuard guard{createInstance()};
+        const UsableDevices usable =
+            guard.instance != VK_NULL_HANDLE ? usableDevices(guard.instance) : UsableDevices{};
+        return chooseDevice(usable.candidates, override).warning;
+    }();
+    return warning;
 }
 
 std::unique_ptr<Context> Context::openDefault() {

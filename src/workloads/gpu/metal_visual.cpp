@@ -27,8 +27,10 @@ BenchmarkOutcome measure(const WorkloadContext& context, const MetalVisualParame
     const std::uint32_t width = std::max<std::uint32_t>(parameters.width, 1);
     const std::uint32_t height = std::max<std::uint32_t>(parameters.height, 1);
     VkResult passError = VK_SUCCESS;
-    auto pass = gpu::ColorPass::create(*gpu, VK_FORMAT_B8G8R8A8_UNORM, VK_IMAGE_LAYOUT_TRANSFER_SRC_OPTIMAL,
-                                       passError);
+    // Each frame only renders the target; nothing reads it afterwards, so it stays in the layout
+    // it is drawn in.
+    auto pass = gpu::ColorPass::create(*gpu, VK_FORMAT_B8G8R8A8_UNORM,
+                                       VK_IMAGE_LAYOUT_COLOR_ATTACHMENT_OPTIMAL, passError);
     if (!pass) return failedOutcome("Metal pipeline failed: " + gpu::vkResultName(passError));
     gpu::ScenePipeline scene =
         gpu::buildScenePipeline(*gpu, pass->handle(), parameters.vertexSource, parameters.fragmentSource);

@@ -12,7 +12,9 @@
 namespace quarbel::gpu {
 
 // A render pass with one colour attachment that is cleared on load and kept, ending in
-// `finalLayout`. Same thread rules as the context; destroy it before the context.
+// `finalLayout` (the colour-attachment layout when nothing but the next frame uses the image,
+// the present layout for a window's image). Same thread rules as the context; destroy it
+// before the context.
 class ColorPass {
   public:
     // nullptr on failure with the VkResult in `error`.
@@ -33,8 +35,9 @@ class ColorPass {
     VkFormat format_ = VK_FORMAT_UNDEFINED;
 };
 
-// A device-local colour image rendered through `pass` (which must outlive it), left ready to
-// be copied out when the pass ends in a transfer layout.
+// A device-local colour image rendered through `pass` (which must outlive it) and used for
+// nothing else: its only usage is colour attachment, so it cannot be copied or sampled, and
+// `pass` must end it in the colour-attachment layout.
 class OffscreenTarget {
   public:
     // nullptr when the image, its memory, the view or the framebuffer cannot be made.
@@ -45,7 +48,6 @@ class OffscreenTarget {
     OffscreenTarget(const OffscreenTarget&) = delete;
     OffscreenTarget& operator=(const OffscreenTarget&) = delete;
 
-    VkImage image() const noexcept { return image_; }
     std::uint32_t width() const noexcept { return width_; }
     std::uint32_t height() const noexcept { return height_; }
 

@@ -5,7 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <optional>
+#include <string>
+#include <string_view>
 #include <vector>
 
 using namespace quarbel::gpu;
@@ -21,40 +25,83 @@ const std::vector<DeviceCandidate> kMixedDevices = {
 } // namespace
 
 TEST(DeviceSelection, PrefersDiscreteThenIntegratedThenVirtualThenCpu) {
-    EXPECT_EQ(chooseDevice(kMixedDevices, ""), 3u);
+    EXPECT_EQ(chooseDevice(kMixedDevices, "").index, 3u);
     std::vector<DeviceCandidate> devices(kMixedDevices.begin(), kMixedDevices.begin() + 3);
-    EXPECT_EQ(chooseDevice(devices, ""), 2u);
+    EXPECT_EQ(chooseDevice(devices, "").index, 2u);
     devices.pop_back();
-    EXPECT_EQ(chooseDevice(devices, ""), 1u);
+    EXPECT_EQ(chooseDevice(devices, "").index, 1u);
     devices.pop_back();
-    EXPECT_EQ(chooseDevice(devices, ""), 0u);
-    EXPECT_EQ(chooseDevice(std::vector<DeviceCandidate>{{"odd", DeviceKind::other}}, ""), 0u);
-    EXPECT_EQ(chooseDevice({}, ""), std::nullopt);
+    EXPECT_EQ(chooseDevice(devices, "").index, 0u);
+    EXPECT_EQ(chooseDevice(std::vector<DeviceCandidate>{{"odd", DeviceKind::other}}, "").index, 0u);
+    EXPECT_EQ(chooseDevice({}, ""), DeviceChoice{});
 }
 
-TEST(DeviceSelection, OverrideTakesAnIndexOrANamePartAndFallsBackWhenNothingMatches) {
-    EXPECT_EQ(chooseDevice(kMixedDevices, "0"), 0u);
-    EXPECT_EQ(chooseDevice(kMixedDevices, "4"), 4u);
-    EXPECT_EQ(chooseDevice(kMixedDevices, "radeon"), 4u);
-    EXPECT_EQ(chooseDevice(kMixedDevices, "LLVMPIPE"), 0u);
-    EXPECT_EQ(chooseDevice(kMixedDevices, "9"), 3u);
-    EXPECT_EQ(chooseDevice(kMixedDevices, "Apple M3"), 3u);
-    EXPECT_EQ(chooseDevice(kMixedDevices, "1x"), 3u) << "not an index, and no name contains it";
+TEST(DeviceSelection, OverrideTakesAnIndexOrANamePartAndWarnsWhenNothingMatches) {
+    const std::string kListed = "Devices: 0 llvmpipe (LLVM 15.0.6, 256 bits); 1 Virtio GPU; 2 Intel(R) UHD "
+                                "Graphics 770; 3 NVIDIA GeForce RTX 4070; 4 AMD Radeon RX 7600.";
+    const struct {
+        std::string_view override;
+        std::optional<std::size_t> index;
+        bool warns;
+    } cases[] = {
+        {"", 3, false}, {"0", 0, false},       {"4", 4, false}, {"radeon", 4, false}, {"LLVMPIPE", 0, false},
+        {"5", 3, true}, {"Apple M3", 3, true}, {"1x", 3, true}, {"-1", 3, true},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.override);
+        const DeviceChoice choice = chooseDevice(kMixedDevices, c.override);
+        EXPECT_EQ(choice.index, c.index);
+        if (!c.warns) {
+            EXPECT_EQ(choice.warning, std::nullopt);
+            continue;
+        }
+        EXPECT_EQ(choice.warning, "QUARBEL_GPU=\"" + std::string(c.override) +
+                                      "\" matches no Vulkan device; using the default. " + kListed);
+    }
+    EXPECT_EQ(chooseDevice({}, "0"),
+              (DeviceChoice{std::nullopt, "QUARBEL_GPU=\"0\" matches no Vulkan device: none was found."}));
 }
 
-TEST(DispatchGeometry, CoversEveryItemWithWholeGroupsWithinTheDeviceLimit) {
+TEST(DispatchGeometry, ThreadgroupWidthIsTheExecutionWidthWithinTheGroupLimit) {
     EXPECT_EQ(threadgroupWidth(32, 1024), 32u);
     EXPECT_EQ(threadgroupWidth(0, 1024), 1u);
     EXPECT_EQ(threadgroupWidth(64, 32), 32u);
+}
 
-    EXPECT_EQ(dispatchGridFor(2'097'152, 64, 65'535), (DispatchGrid{32'768, 1}));
-    EXPECT_EQ(dispatchGridFor(1'001, 8, 65'535), (DispatchGrid{126, 1}));
-    EXPECT_EQ(dispatchGridFor(0, 8, 65'535), (DispatchGrid{1, 1}));
-    // 8K frame with narrow groups: more groups than one dimension holds.
-    const DispatchGrid grid = dispatchGridFor(33'177'600, 8, 65'535);
-    EXPECT_EQ(grid.groupsX, 65'535u);
-    EXPECT_GE(std::uint64_t{grid.groupsX} * grid.groupsY * 8, 33'177'600u);
-    EXPECT_LT(std::uint64_t{grid.groupsX} * (grid.groupsY - 1) * 8, 33'177'600u) << "no whole spare row";
+TEST(DispatchGeometry, CoversEveryItemWithAtMostOnePartialRowWithinTheLimit) {
+    const struct {
+        std::uint64_t items;
+        std::uint32_t width;
+        std::uint32_t limit;
+        DispatchGrid expected;
+    } cases[] = {
+        {0, 8, 65'535, {1, 1}},
+        {1, 8, 65'535, {1, 1}},
+        {1'001, 8, 65'535, {126, 1}},
+        {2'097'152, 64, 65'535, {32'768, 1}},
+        {65'535ull * 8 * 4, 8, 65'535, {65'535, 4}},     // exact multiple of full rows
+        {65'536ull * 32, 32, 65'535, {32'768, 2}},       // metalCompute, 32 wide: one group past a row
+        {2'097'152, 8, 65'535, {52'429, 5}},             // metalCompute on lavapipe's 8 lanes
+        {33'177'600, 8, 65'535, {64'800, 64}},           // rawMetalDecode's 8K frame, exactly spread
+        {1'000'003, 1, 65'535, {62'501, 16}},            // prime
+        {999'983, 7, 1'009, {1'007, 142}},               // primes all round
+        {4'294'967'295ull, 1, 65'535, {65'535, 65'537}}, // every 32-bit index: rows past the limit
+        {4'294'967'295ull, 32, 65'535, {65'505, 2'049}},
+        {5, 1, 1, {1, 5}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(::testing::Message() << c.items << " items, " << c.width << " wide, limit " << c.limit);
+        const DispatchGrid grid = dispatchGridFor(c.items, c.width, c.limit);
+        EXPECT_EQ(grid, c.expected);
+        const std::uint64_t needed = std::max<std::uint64_t>((c.items + c.width - 1) / c.width, 1);
+        const std::uint64_t launched = std::uint64_t{grid.groupsX} * grid.groupsY;
+        EXPECT_GE(launched, needed);
+        EXPECT_LT(launched - needed, grid.groupsX) << "spare groups beyond the last row";
+        EXPECT_LE(grid.groupsX, c.limit);
+        if (needed <= std::uint64_t{c.limit} * c.limit / 2) {
+            EXPECT_LE(grid.groupsY, c.limit);
+        }
+    }
 }
 
 TEST(ShaderCompiler, CompilesGlslAndFindsTheStagesEntryPoint) {
@@ -89,4 +136,20 @@ TEST(DefaultDevice, NamesTheDeviceAndFollowsTheOverride) {
     unsetenv("QUARBEL_GPU");
     ASSERT_TRUE(byIndex.has_value());
     EXPECT_EQ(unmatched, name);
+}
+
+// The first call in the process fixes the answer, so this must stay the only test here that
+// asks (ctest runs each test in a process of its own anyway).
+TEST(DefaultDevice, WarnsOnceAboutAnOverrideThatNamesNoDevice) {
+    setenv("QUARBEL_GPU", "no such device anywhere", 1);
+    const auto warning = deviceSelectionWarning();
+    unsetenv("QUARBEL_GPU");
+    ASSERT_TRUE(warning.has_value());
+    EXPECT_EQ(warning->rfind("QUARBEL_GPU=\"no such device anywhere\" matches no Vulkan device; using the "
+                             "default. Devices: 0 ",
+                             0),
+              0u)
+        << *warning;
+    EXPECT_NE(warning->find(defaultDeviceName().value_or("?")), std::string::npos) << *warning;
+    EXPECT_EQ(deviceSelectionWarning(), warning) << "kept from the first call";
 }

@@ -111,8 +111,10 @@ TEST(RawDecodeKernel, EdgePixelsUseThemselvesAsTheMissingNeighbours) {
 }
 
 TEST(RawDecodeKernel, SyntheticFrameMatchesTheCpuDecodeEverywhere) {
-    constexpr std::uint32_t kWidth = 37; // odd sample count: the last word is half used
-    constexpr std::uint32_t kHeight = 11;
+    // Odd sample count: the last word is half used. More groups than one row of the grid holds
+    // on lavapipe (8 lanes: 67,275 groups in two rows, the second one group short).
+    constexpr std::uint32_t kWidth = 1033;
+    constexpr std::uint32_t kHeight = 521;
     std::vector<std::uint16_t> raw(kWidth * kHeight);
     fillSyntheticRawFrame(raw);
     EXPECT_EQ(raw[0], 0x4A5B);
