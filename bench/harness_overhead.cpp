@@ -2,7 +2,7 @@
 // to the next one starting, over whole suites of workloads that return at once.
 // Prints the median and 90th percentile in milliseconds.
 #include "run/benchmark_store.h"
-#include "run/model/workload_context.h"
+#include "model/workload_context.h"
 
 #include <QCoreApplication>
 

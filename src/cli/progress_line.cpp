@@ -1,6 +1,6 @@
 #include "cli/progress_line.h"
 
-#include "run/model/number_format.h"
+#include "model/number_format.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 // Checks of the `quarbel run` arguments, made before anything runs.
 #pragma once
 
-#include "run/model/catalogue.h"
+#include "model/catalogue.h"
 
 #include <string>
 #include <variant>

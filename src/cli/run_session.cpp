@@ -2,7 +2,7 @@
 
 #include "cli/json_report.h"
 #include "cli/progress_line.h"
-#include "run/model/number_format.h"
+#include "model/number_format.h"
 #include "sensors/temperature.h"
 
 #include <algorithm>

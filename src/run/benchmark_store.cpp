@@ -1,7 +1,7 @@
 #include "run/benchmark_store.h"
 
 #include "run/background_tasks.h"
-#include "run/model/accuracy.h"
+#include "model/accuracy.h"
 #include "run/window_presenter.h"
 #include "run/workload_dispatch.h"
 

@@ -4,10 +4,10 @@
 // their outcome back to the main thread before any property changes.
 #pragma once
 
-#include "run/model/catalogue.h"
-#include "run/model/outcome.h"
-#include "run/model/visual.h"
-#include "run/model/workload_context.h"
+#include "model/catalogue.h"
+#include "model/outcome.h"
+#include "model/visual.h"
+#include "model/workload_context.h"
 #include "sensors/temperature.h"
 
 #include <QDateTime>

@@ -3,9 +3,9 @@
 // the visual benchmark runs offscreen.
 #pragma once
 
-#include "run/model/catalogue.h"
-#include "run/model/outcome.h"
-#include "run/model/visual.h"
+#include "model/catalogue.h"
+#include "model/outcome.h"
+#include "model/visual.h"
 
 #include <functional>
 

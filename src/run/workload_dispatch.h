@@ -1,9 +1,9 @@
 // One table from benchmark to workload function.
 #pragma once
 
-#include "run/model/catalogue.h"
-#include "run/model/outcome.h"
-#include "run/model/workload_context.h"
+#include "model/catalogue.h"
+#include "model/outcome.h"
+#include "model/workload_context.h"
 
 namespace quarbel {
 

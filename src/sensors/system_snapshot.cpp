@@ -1,6 +1,6 @@
 #include "sensors/system_snapshot.h"
 
-#include "run/model/number_format.h"
+#include "model/number_format.h"
 #include "sensors/cpuinfo_brand.h"
 #include "sensors/sysfs_text.h"
 

@@ -1,6 +1,6 @@
 #include "sensors/temperature.h"
 
-#include "run/model/number_format.h"
+#include "model/number_format.h"
 
 namespace quarbel {
 

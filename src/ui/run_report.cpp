@@ -1,6 +1,6 @@
 #include "ui/run_report.h"
 
-#include "run/model/number_format.h"
+#include "model/number_format.h"
 
 #include <algorithm>
 #include <ctime>

@@ -3,8 +3,8 @@
 // into text here and nowhere else.
 #pragma once
 
-#include "run/model/catalogue.h"
-#include "run/model/outcome.h"
+#include "model/catalogue.h"
+#include "model/outcome.h"
 
 #include <optional>
 #include <span>

@@ -1,6 +1,6 @@
 #include "ui/views/live_text.h"
 
-#include "run/model/number_format.h"
+#include "model/number_format.h"
 #include "ui/views/theme.h"
 
 namespace quarbel::ui {

@@ -2,7 +2,7 @@
 // with its icon, title, subtitle, state mark and last score. Clicking a row selects it.
 #pragma once
 
-#include "run/model/catalogue.h"
+#include "model/catalogue.h"
 
 #include <QWidget>
 

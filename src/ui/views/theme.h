@@ -2,8 +2,8 @@
 // cards, so that both show the same palette.
 #pragma once
 
-#include "run/model/catalogue.h"
-#include "run/model/outcome.h"
+#include "model/catalogue.h"
+#include "model/outcome.h"
 
 #include <QColor>
 #include <QFont>

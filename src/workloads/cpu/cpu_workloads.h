@@ -5,9 +5,9 @@
 // and never throws: it always returns an outcome.
 #pragma once
 
-#include "run/model/catalogue.h"
-#include "run/model/outcome.h"
-#include "run/model/workload_context.h"
+#include "model/catalogue.h"
+#include "model/outcome.h"
+#include "model/workload_context.h"
 
 #include <cstdint>
 #include <string_view>

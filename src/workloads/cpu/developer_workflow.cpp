@@ -1,6 +1,6 @@
 #include "workloads/cpu/developer_workflow.h"
 
-#include "run/model/number_format.h"
+#include "model/number_format.h"
 #include "workloads/cpu/fatal.h"
 #include "workloads/cpu/parallel.h"
 #include "workloads/cpu/timed_loop.h"

@@ -2,8 +2,8 @@
 // 256 KiB block and re-hashes all of it with SHA-256, round after round.
 #pragma once
 
-#include "run/model/outcome.h"
-#include "run/model/workload_context.h"
+#include "model/outcome.h"
+#include "model/workload_context.h"
 
 #include <cstdint>
 #include <memory>

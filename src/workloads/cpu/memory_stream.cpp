@@ -1,6 +1,6 @@
 #include "workloads/cpu/memory_stream.h"
 
-#include "run/model/number_format.h"
+#include "model/number_format.h"
 #include "workloads/cpu/fatal.h"
 #include "workloads/cpu/timed_loop.h"
 

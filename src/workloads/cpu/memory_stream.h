@@ -2,8 +2,8 @@
 // three large single-precision arrays.
 #pragma once
 
-#include "run/model/outcome.h"
-#include "run/model/workload_context.h"
+#include "model/outcome.h"
+#include "model/workload_context.h"
 
 #include <cstdint>
 #include <span>

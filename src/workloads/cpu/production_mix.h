@@ -2,9 +2,9 @@
 // of integer mixing, four-lane trigonometry and clamped integration, run in rounds.
 #pragma once
 
-#include "run/model/catalogue.h"
-#include "run/model/outcome.h"
-#include "run/model/workload_context.h"
+#include "model/catalogue.h"
+#include "model/outcome.h"
+#include "model/workload_context.h"
 
 #include <cstdint>
 #include <string_view>

@@ -1,6 +1,6 @@
 #include "workloads/cpu/raw_decode.h"
 
-#include "run/model/number_format.h"
+#include "model/number_format.h"
 #include "workloads/cpu/checksum_text.h"
 #include "workloads/cpu/fatal.h"
 #include "workloads/cpu/parallel.h"

@@ -2,8 +2,8 @@
 // row-parallel (sparse demosaic, colour transform, gamma), frame after frame.
 #pragma once
 
-#include "run/model/outcome.h"
-#include "run/model/workload_context.h"
+#include "model/outcome.h"
+#include "model/workload_context.h"
 
 #include <cstdint>
 #include <span>

@@ -2,7 +2,7 @@
 // budget is spent or the run is cancelled, reporting progress after each unit.
 #pragma once
 
-#include "run/model/workload_context.h"
+#include "model/workload_context.h"
 #include "workloads/cpu/unit_of_work.h"
 
 #include <algorithm>

@@ -3,8 +3,8 @@
 // cancellation and progress sink, and never throws: failures are failed or skipped outcomes.
 #pragma once
 
-#include "run/model/outcome.h"
-#include "run/model/workload_context.h"
+#include "model/outcome.h"
+#include "model/workload_context.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,6 +1,6 @@
 #include "workloads/gpu/gpu_workloads.h"
 
-#include "run/model/number_format.h"
+#include "model/number_format.h"
 #include "workloads/gpu/buffer.h"
 #include "workloads/gpu/compute_pipeline.h"
 #include "workloads/gpu/embedded_shaders.h"

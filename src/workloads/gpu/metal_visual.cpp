@@ -1,6 +1,6 @@
 #include "workloads/gpu/gpu_workloads.h"
 
-#include "run/model/number_format.h"
+#include "model/number_format.h"
 #include "workloads/gpu/gpu_context.h"
 #include "workloads/gpu/render_pipeline.h"
 #include "workloads/gpu/scene_pipeline.h"

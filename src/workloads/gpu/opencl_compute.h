@@ -3,7 +3,7 @@
 // without a platform or device gets status -1, never a crash.
 #pragma once
 
-#include "run/model/outcome.h"
+#include "model/outcome.h"
 
 #include <CL/cl.h>
 

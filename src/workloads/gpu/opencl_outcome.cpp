@@ -2,7 +2,7 @@
 #include "workloads/gpu/opencl_compute.h"
 #include "workloads/gpu/opencl_detail.h"
 
-#include "run/model/number_format.h"
+#include "model/number_format.h"
 
 #include <exception>
 

@@ -2,7 +2,7 @@
 // request checked after each one.
 #pragma once
 
-#include "run/model/workload_context.h"
+#include "model/workload_context.h"
 #include "workloads/gpu/compute_pipeline.h"
 
 #include <cstdint>

@@ -2,7 +2,7 @@
 // page-aligned buffer, until about two seconds of transfer time per phase.
 #include "workloads/storage/real_disk_speed.h"
 
-#include "run/model/number_format.h"
+#include "model/number_format.h"
 #include "workloads/storage/posix_io.h"
 #include "workloads/storage/scratch_directory.h"
 #include "workloads/storage/storage_patterns.h"

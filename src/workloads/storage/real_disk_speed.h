@@ -2,8 +2,8 @@
 // the file size chosen from free space, the write and read phases, and the outcome.
 #pragma once
 
-#include "run/model/outcome.h"
-#include "run/model/workload_context.h"
+#include "model/outcome.h"
+#include "model/workload_context.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -2,7 +2,7 @@
 // through the page cache, counted as operations per second of time spent in the phases.
 #include "workloads/storage/storage_workloads.h"
 
-#include "run/model/number_format.h"
+#include "model/number_format.h"
 #include "workloads/storage/posix_io.h"
 #include "workloads/storage/scratch_directory.h"
 #include "workloads/storage/storage_patterns.h"

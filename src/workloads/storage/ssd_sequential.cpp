@@ -3,7 +3,7 @@
 // are all timed); the read figure may come largely from memory, which is intended.
 #include "workloads/storage/storage_workloads.h"
 
-#include "run/model/number_format.h"
+#include "model/number_format.h"
 #include "workloads/storage/posix_io.h"
 #include "workloads/storage/scratch_directory.h"
 #include "workloads/storage/storage_patterns.h"

@@ -1,6 +1,6 @@
 #include "workloads/storage/storage_patterns.h"
 
-#include "run/model/number_format.h"
+#include "model/number_format.h"
 
 #include <algorithm>
 #include <bit>

@@ -2,7 +2,7 @@
 // their transfer rates.
 #pragma once
 
-#include "run/model/outcome.h"
+#include "model/outcome.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -2,8 +2,8 @@
 // progress report and cancels the run once the wanted number of units has been reported.
 #pragma once
 
-#include "run/model/outcome.h"
-#include "run/model/workload_context.h"
+#include "model/outcome.h"
+#include "model/workload_context.h"
 
 #include <cstdint>
 #include <string>

@@ -1,8 +1,8 @@
 // Shared pieces of the GPU workload tests.
 #pragma once
 
-#include "run/model/outcome.h"
-#include "run/model/workload_context.h"
+#include "model/outcome.h"
+#include "model/workload_context.h"
 
 #include <cstdint>
 #include <mutex>

@@ -1,7 +1,7 @@
 #include "workloads/gpu/gpu_workloads.h"
 
 #include "gpu_test_support.h"
-#include "run/model/number_format.h"
+#include "model/number_format.h"
 
 #include <gtest/gtest.h>
 

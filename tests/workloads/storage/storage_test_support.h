@@ -3,7 +3,7 @@
 // stop the workload at a chosen point.
 #pragma once
 
-#include "run/model/workload_context.h"
+#include "model/workload_context.h"
 
 #include <cstdint>
 #include <functional>

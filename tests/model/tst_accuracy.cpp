@@ -1,4 +1,4 @@
-#include "run/model/accuracy.h"
+#include "model/accuracy.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "run/model/catalogue.h"
+#include "model/catalogue.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 // derived from them. Plain values: copy them freely and hand them between threads.
 #pragma once
 
-#include "run/model/catalogue.h"
+#include "model/catalogue.h"
 
 #include <array>
 #include <chrono>

@@ -2,7 +2,7 @@
 // with the pass scores, their spread and a confidence word in the detail.
 #pragma once
 
-#include "run/model/outcome.h"
+#include "model/outcome.h"
 
 #include <span>
 #include <string_view>

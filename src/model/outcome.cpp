@@ -1,6 +1,6 @@
-#include "run/model/outcome.h"
+#include "model/outcome.h"
 
-#include "run/model/number_format.h"
+#include "model/number_format.h"
 
 #include <cmath>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "run/model/outcome.h"
+#include "model/outcome.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "run/model/workload_context.h"
+#include "model/workload_context.h"
 
 #include <ctime>
 

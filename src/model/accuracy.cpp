@@ -1,6 +1,6 @@
-#include "run/model/accuracy.h"
+#include "model/accuracy.h"
 
-#include "run/model/number_format.h"
+#include "model/number_format.h"
 
 #include <algorithm>
 #include <vector>
