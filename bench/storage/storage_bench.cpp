@@ -47,6 +47,7 @@ int main(int argc, char** argv) {
     if (argc < 2) return usage();
     const std::string_view kind = argv[1];
     const WorkloadContext context;
+    setScratchNoticeSink([](const std::string& notice) { std::fprintf(stderr, "%s\n", notice.c_str()); });
     if (kind == "sequential" && argc == 4) {
         return report(runSSDSequential(context, {mebibytes(argv[2]), std::atoi(argv[3])}));
     }

@@ -170,6 +170,7 @@ BenchmarkOutcome runSSDRealSpeed(const WorkloadContext& context, const SSDRealSp
     using namespace storage;
     auto failure = [](const std::string& description) { return failedOutcome(kFailurePrefix + description); };
 
+    reclaimStaleScratchDirectoriesAndNotify();
     ScratchDirectory directory;
     if (const int error = directory.create(); error != 0) return failure(errorText(error));
     const std::string file = directory.filePath(kFileName);

@@ -41,6 +41,7 @@ BenchmarkOutcome runSSDRandom(const WorkloadContext& context) {
 
 BenchmarkOutcome runSSDRandom(const WorkloadContext& context, const SSDRandomParameters& parameters) {
     using namespace storage;
+    reclaimStaleScratchDirectoriesAndNotify();
     ScratchDirectory directory;
     if (const int error = directory.create(); error != 0) return randomFailure(error);
     const std::string file = directory.filePath(kFileName);

@@ -35,6 +35,7 @@ BenchmarkOutcome runSSDSequential(const WorkloadContext& context, const SSDSeque
     const std::int64_t blockSize = std::max<std::int64_t>(parameters.blockSize, 1);
     const auto blockBytes = static_cast<std::size_t>(blockSize);
 
+    reclaimStaleScratchDirectoriesAndNotify();
     ScratchDirectory directory;
     if (const int error = directory.create(); error != 0) return sequentialFailure(error);
     const std::string file = directory.filePath(kFileName);

@@ -7,7 +7,10 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
+#include <sys/file.h>
 #include <sys/mount.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace quarbel::storage::testing {
@@ -69,6 +72,43 @@ TmpfsMount::TmpfsMount(const std::string& where, std::int64_t sizeBytes, bool re
 
 TmpfsMount::~TmpfsMount() {
     if (mounted_) ::umount2(where_.c_str(), MNT_DETACH);
+}
+
+ReadOnlyDirectory::ReadOnlyDirectory(const std::string& where) : path_(where) {
+    if (::geteuid() == 0) {
+        mount_ = std::make_unique<TmpfsMount>(where, 1'048'576, true);
+        if (!mount_->mounted()) {
+            skipReason_ = mount_->skipReason();
+            return;
+        }
+        refusal_ = EROFS;
+        return;
+    }
+    std::error_code error;
+    std::filesystem::create_directories(where, error);
+    if (error || ::chmod(where.c_str(), 0500) != 0) {
+        skipReason_ = "cannot make a read-only directory at " + where;
+        return;
+    }
+    refusal_ = EACCES;
+}
+
+void writeFile(const std::string& path, std::size_t bytes) {
+    std::ofstream(path, std::ios::binary) << std::string(bytes, 'x');
+}
+
+std::int64_t allocatedBytes(const std::string& path) {
+    struct stat info {};
+    if (::lstat(path.c_str(), &info) != 0) return 0;
+    return static_cast<std::int64_t>(info.st_blocks) * 512;
+}
+
+bool lockIsFree(const std::string& directory) {
+    const int fd = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0) return false;
+    const bool free = ::flock(fd, LOCK_EX | LOCK_NB) == 0;
+    ::close(fd);
+    return free;
 }
 
 void RecordingSink::report(const ProgressReport& progress) noexcept {

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -57,6 +58,32 @@ class TmpfsMount {
     bool mounted_ = false;
     std::string skipReason_;
 };
+
+// A directory at `where` in which this process cannot create anything: a read-only tmpfs
+// when running as root (root ignores permission bits), else a directory of mode 0500.
+class ReadOnlyDirectory {
+  public:
+    explicit ReadOnlyDirectory(const std::string& where);
+    bool available() const { return refusal_ != 0; }
+    const std::string& skipReason() const { return skipReason_; }
+    int refusal() const { return refusal_; } // errno of a creation inside it
+    const std::string& path() const { return path_; }
+
+  private:
+    std::string path_;
+    std::unique_ptr<TmpfsMount> mount_;
+    int refusal_ = 0;
+    std::string skipReason_;
+};
+
+// Writes `bytes` bytes of 'x' to a new file.
+void writeFile(const std::string& path, std::size_t bytes);
+
+// st_blocks * 512 of `path` itself (a link is not followed); 0 when it does not exist.
+std::int64_t allocatedBytes(const std::string& path);
+
+// Whether a new open file description could take the directory's flock now.
+bool lockIsFree(const std::string& directory);
 
 // Records every progress report and runs `onReport` (on the workload's thread) after
 // recording it; the hook may cancel the token.

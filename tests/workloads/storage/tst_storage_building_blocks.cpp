@@ -1,6 +1,5 @@
 #include "storage_test_support.h"
 #include "workloads/storage/real_disk_speed.h"
-#include "workloads/storage/scratch_directory.h"
 #include "workloads/storage/storage_patterns.h"
 #include "workloads/storage/storage_workloads.h"
 
@@ -9,11 +8,8 @@
 #include <array>
 #include <cstdint>
 #include <cstdlib>
-#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
-#include <regex>
-#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
@@ -173,78 +169,4 @@ TEST(RealDiskSpeed, PhasesReportTheFailingOperationWithTheSystemText) {
     ASSERT_TRUE(write.error);
     EXPECT_EQ(write.error->description, "open for write failed: File exists");
     EXPECT_EQ(std::filesystem::file_size(victim), 4u);
-}
-
-TEST(ScratchDirectory, IsAPrivateUniquelyNamedDirectoryUnderTheTemporaryRoot) {
-    TestDirectory root;
-    ScopedTemporaryRoot tmpdir(root.path() + "/"); // a trailing slash must not double up
-    const TemporaryDirectory first = makeTemporaryDirectory();
-    const TemporaryDirectory second = makeTemporaryDirectory();
-    ASSERT_EQ(first.error, 0);
-    ASSERT_EQ(second.error, 0);
-    EXPECT_NE(first.path, second.path);
-    const std::regex form(R"(Quarbel-[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12})");
-    EXPECT_EQ(std::filesystem::path(first.path).parent_path(), root.path());
-    EXPECT_TRUE(std::regex_match(std::filesystem::path(first.path).filename().string(), form)) << first.path;
-
-    struct stat info {};
-    ASSERT_EQ(::stat(first.path.c_str(), &info), 0);
-    EXPECT_TRUE(S_ISDIR(info.st_mode));
-    EXPECT_EQ(info.st_mode & 07777, 0700u);
-}
-
-TEST(ScratchDirectory, TemporaryRootFallsBackToTmpWhenUnsetOrEmpty) {
-    {
-        ScopedTemporaryRoot empty("");
-        EXPECT_EQ(temporaryRoot(), "/tmp");
-    }
-    ScopedTemporaryRoot set("/var/somewhere");
-    EXPECT_EQ(temporaryRoot(), "/var/somewhere");
-    ::unsetenv("TMPDIR");
-    EXPECT_EQ(temporaryRoot(), "/tmp");
-}
-
-TEST(ScratchDirectory, GuardRemovesTheDirectoryWithItsContents) {
-    TestDirectory root;
-    ScopedTemporaryRoot tmpdir(root.path());
-    std::string made;
-    {
-        ScratchDirectory directory;
-        ASSERT_EQ(directory.create(), 0);
-        made = directory.path();
-        std::ofstream(directory.filePath("data.bin")) << "payload";
-        std::filesystem::create_directory(made + "/nested");
-        std::ofstream(made + "/nested/more.bin") << "more";
-    }
-    EXPECT_FALSE(std::filesystem::exists(made));
-    EXPECT_TRUE(scratchEntries(root.path()).empty());
-}
-
-TEST(ScratchDirectory, SignalTimeRemovalDeletesEveryActiveDirectory) {
-    TestDirectory root;
-    ScopedTemporaryRoot tmpdir(root.path());
-    ScratchDirectory first;
-    ScratchDirectory second;
-    ASSERT_EQ(first.create(), 0);
-    ASSERT_EQ(second.create(), 0);
-    std::ofstream(first.filePath("sequential-media.bin")) << "partial";
-    ASSERT_EQ(scratchEntries(root.path()).size(), 2u);
-
-    removeActiveScratchDirectories();
-    EXPECT_TRUE(scratchEntries(root.path()).empty());
-    first.remove(); // the guards still end cleanly afterwards
-    second.remove();
-
-    ScratchDirectory later; // a released slot is reusable and no longer targeted
-    ASSERT_EQ(later.create(), 0);
-    EXPECT_EQ(scratchEntries(root.path()).size(), 1u);
-}
-
-TEST(ScratchDirectory, CreationFailureReportsTheSystemError) {
-    TestDirectory root;
-    ScopedTemporaryRoot tmpdir(root.path() + "/does-not-exist");
-    ScratchDirectory directory;
-    EXPECT_EQ(directory.create(), ENOENT);
-    EXPECT_TRUE(directory.path().empty());
-    EXPECT_FALSE(std::filesystem::exists(root.path() + "/does-not-exist"));
 }

@@ -1,5 +1,7 @@
 // The three storage workloads end to end on real files in a private temporary root.
 #include "storage_test_support.h"
+#include "workloads/storage/posix_io.h"
+#include "workloads/storage/scratch_directory.h"
 #include "workloads/storage/storage_patterns.h"
 #include "workloads/storage/storage_workloads.h"
 
@@ -7,10 +9,13 @@
 
 #include <cerrno>
 #include <cmath>
+#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
@@ -26,6 +31,7 @@ constexpr std::int64_t kMiB = 1'048'576;
 class StorageWorkloadTest : public ::testing::Test {
   protected:
     void TearDown() override {
+        setScratchNoticeSink({});
         EXPECT_TRUE(scratchEntries(root_.path()).empty()) << "scratch directory left behind";
     }
 
@@ -201,52 +207,120 @@ TEST_F(StorageWorkloadTest, RandomStopEndsAfterTheRoundInProgressWithAnOkOutcome
     EXPECT_EQ(sink_.units, (std::vector<std::int64_t>{64, 96}));
 }
 
-// ---- Failures: every one names its test and the system's reason, and leaves nothing ----
+// ---- Every workload: stale directories first, clean failures ----
 
 namespace {
 
-struct FailureCase {
-    const char* prefix;
+// Each workload at a small size, with the texts of its failures.
+struct SmallRun {
+    const char* prefix;      // of every failure
+    const char* writePrefix; // of a failed write
     BenchmarkOutcome (*run)(const WorkloadContext&);
 };
 
-const FailureCase kEveryWorkload[] = {
-    {"SSD sequential test failed: ", [](const WorkloadContext& c) { return runSSDSequential(c); }},
-    {"SSD real speed test failed: ", [](const WorkloadContext& c) { return runSSDRealSpeed(c); }},
-    {"Random SSD test failed: ", [](const WorkloadContext& c) { return runSSDRandom(c); }},
+const SmallRun kEveryWorkload[] = {
+    {"SSD sequential test failed: ", "SSD sequential test failed: ",
+     [](const WorkloadContext& c) {
+         return runSSDSequential(c, {kMiB, 2});
+     }},
+    {"SSD real speed test failed: ", "SSD real speed test failed: write failed: ",
+     [](const WorkloadContext& c) {
+         SSDRealSpeedParameters parameters;
+         parameters.fileSize = 2 * kMiB;
+         parameters.blockSize = kMiB;
+         parameters.writePassCap = 1;
+         parameters.readPassCap = 1;
+         return runSSDRealSpeed(c, parameters);
+     }},
+    {"Random SSD test failed: ", "Random SSD test failed: ",
+     [](const WorkloadContext& c) {
+         SSDRandomParameters parameters;
+         parameters.preparationChunkSize = kMiB;
+         parameters.preparationCount = 2;
+         parameters.readsPerRound = 16;
+         parameters.writesPerRound = 8;
+         parameters.timeBudgetSeconds = 0;
+         return runSSDRandom(c, parameters);
+     }},
 };
 
 } // namespace
 
-TEST_F(StorageWorkloadTest, MissingTemporaryRootFailsWithTheSystemText) {
-    const std::string missing = root() + "/no-such-directory";
-    ScopedTemporaryRoot pointAtMissing(missing);
-    for (const FailureCase& workload : kEveryWorkload) {
-        EXPECT_EQ(workload.run(context_),
-                  failedOutcome(std::string(workload.prefix) + "No such file or directory"));
+TEST_F(StorageWorkloadTest, EveryWorkloadFirstReclaimsStaleScratchDirectoriesAndSaysSo) {
+    std::vector<std::string> notices;
+    setScratchNoticeSink([&](const std::string& text) { notices.push_back(text); });
+    for (const SmallRun& workload : kEveryWorkload) {
+        const std::string stale = root() + "/Quarbel-" + makeUUIDText();
+        ASSERT_TRUE(std::filesystem::create_directory(stale));
+        writeFile(stale + "/random.bin", static_cast<std::size_t>(2 * kMiB));
+        notices.clear();
+        EXPECT_EQ(workload.run(context_).status, OutcomeStatus::ok) << workload.prefix;
+        EXPECT_EQ(notices,
+                  (std::vector<std::string>{"Removed 1 scratch directory left by an interrupted run in " +
+                                            root() + " (2 MB given back)."}));
     }
-    EXPECT_FALSE(std::filesystem::exists(missing)) << "the missing root must not be created";
 }
 
-TEST_F(StorageWorkloadTest, ReadOnlyTemporaryRootFailsWithTheSystemText) {
-    const std::string readOnly = root() + "/read-only";
-    std::string expectedText;
-    std::unique_ptr<TmpfsMount> mount;
-    if (::geteuid() == 0) {
-        // Root ignores permission bits, so only a read-only mount refuses it.
-        mount = std::make_unique<TmpfsMount>(readOnly, kMiB, true);
-        if (!mount->mounted()) GTEST_SKIP() << mount->skipReason();
-        expectedText = std::strerror(EROFS);
-    } else {
-        ASSERT_TRUE(std::filesystem::create_directory(readOnly));
-        ASSERT_EQ(::chmod(readOnly.c_str(), 0500), 0);
-        expectedText = std::strerror(EACCES);
+TEST_F(StorageWorkloadTest, UncreatableTemporaryRootFailsWithTheSystemText) {
+    writeFile(root() + "/file", 1);
+    ReadOnlyDirectory readOnly(root() + "/read-only");
+    struct Case {
+        std::string tmpdir;
+        int error;
+    };
+    std::vector<Case> cases{{root() + "/file/tmp", ENOTDIR}};
+    if (readOnly.available()) { // not where a root without CAP_SYS_ADMIN cannot mount
+        cases.push_back({readOnly.path(), readOnly.refusal()});
+        cases.push_back({readOnly.path() + "/missing/tmp", readOnly.refusal()});
     }
-    ScopedTemporaryRoot pointAtReadOnly(readOnly);
-    for (const FailureCase& workload : kEveryWorkload) {
-        EXPECT_EQ(workload.run(context_), failedOutcome(workload.prefix + expectedText));
-        EXPECT_TRUE(scratchEntries(readOnly).empty());
+    for (const Case& c : cases) {
+        ScopedTemporaryRoot pointAt(c.tmpdir);
+        for (const SmallRun& workload : kEveryWorkload) {
+            EXPECT_EQ(workload.run(context_),
+                      failedOutcome(workload.prefix + std::string(std::strerror(c.error))));
+        }
+        EXPECT_TRUE(scratchEntries(c.tmpdir).empty());
     }
+    EXPECT_FALSE(std::filesystem::exists(readOnly.path() + "/missing"));
+}
+
+TEST_F(StorageWorkloadTest, FileSizeLimitFailsEachWorkloadCleanly) {
+    // In a child, so that the limit and the ignored SIGXFSZ stay out of this process.
+    int channel[2];
+    ASSERT_EQ(::pipe(channel), 0);
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        ::close(channel[0]);
+        ::signal(SIGXFSZ, SIG_IGN);
+        const struct rlimit limit { 256 * 1024, 256 * 1024 };
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+        std::string lines;
+        for (const SmallRun& workload : kEveryWorkload) {
+            lines += workload.run(context_).detail + " [" + std::to_string(scratchEntries(root()).size()) +
+                     " left]\n";
+        }
+        const int error =
+            writeAll(channel[1], reinterpret_cast<const std::byte*>(lines.data()), lines.size());
+        ::_exit(error == 0 ? 0 : 1);
+    }
+    ::close(channel[1]);
+    std::string received;
+    char buffer[512];
+    for (ssize_t got; (got = ::read(channel[0], buffer, sizeof buffer)) != 0;) {
+        if (got < 0 && errno == EINTR) continue;
+        if (got < 0) break;
+        received.append(buffer, static_cast<std::size_t>(got));
+    }
+    ::close(channel[0]);
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+
+    std::string expected;
+    for (const SmallRun& workload : kEveryWorkload)
+        expected += workload.writePrefix + std::string(std::strerror(EFBIG)) + " [0 left]\n";
+    EXPECT_EQ(received, expected);
 }
 
 TEST_F(StorageWorkloadTest, FullVolumeFailsWithNoSpaceAndRemovesTheScratchDirectory) {
