@@ -1,6 +1,6 @@
 // Reclaiming the scratch directories of runs that ended without removing them (a kill, a
 // crash, a power cut), and telling the user how much space that gave back.
-#include "run/model/number_format.h"
+#include "model/number_format.h"
 #include "workloads/storage/posix_io.h"
 #include "workloads/storage/scratch_directory.h"
 #include "workloads/storage/storage_workloads.h"
