@@ -5,6 +5,7 @@
 #   scripts/dev.sh test       build and run the tests
 #   scripts/dev.sh sanitize   build and run the tests under address+undefined and thread sanitizers
 #   scripts/dev.sh build      build only
+#   scripts/dev.sh app        build and start the desktop program (arguments go to quarbel-gui)
 set -euo pipefail
 
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
@@ -14,12 +15,13 @@ shift || true
 PACKAGES=(
   cmake ninja-build g++ pkg-config
   libgtest-dev libgmock-dev libbenchmark-dev
-  qt6-base-dev
+  qt6-base-dev qt6-svg-dev fonts-inter
   libtbb-dev libsleef-dev libssl-dev
   libcli11-dev nlohmann-json3-dev
   libvulkan-dev libshaderc-dev glslang-tools mesa-vulkan-drivers
   ocl-icd-opencl-dev opencl-headers pocl-opencl-icd
   hyperfine fio clpeak
+  xvfb xauth desktop-file-utils appstream
 )
 
 install_missing_packages() {
@@ -50,6 +52,10 @@ case "$ACTION" in
   build)
     configure_and_build "$ROOT/build/dev" -DCMAKE_BUILD_TYPE=RelWithDebInfo
     ;;
+  app)
+    configure_and_build "$ROOT/build/dev" -DCMAKE_BUILD_TYPE=RelWithDebInfo
+    exec "$ROOT/build/dev/src/app/quarbel-gui" "$@"
+    ;;
   suite)
     configure_and_build "$ROOT/build/release" -DCMAKE_BUILD_TYPE=Release -DQUARBEL_BUILD_TESTS=OFF
     exec "$ROOT/build/release/src/cli/quarbel" run --all "$@"
@@ -67,7 +73,7 @@ case "$ACTION" in
       ctest --test-dir "$ROOT/build/tsan" --output-on-failure --no-tests=error -R "BenchmarkStore|RunSession|QuarbelCommand" "$@"
     ;;
   *)
-    echo "usage: scripts/dev.sh {suite|test|sanitize|build} [args...]" >&2
+    echo "usage: scripts/dev.sh {suite|test|sanitize|build|app} [args...]" >&2
     exit 2
     ;;
 esac

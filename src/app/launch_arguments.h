@@ -1,0 +1,31 @@
+// The command line of the desktop program:
+//   quarbel-gui [--run all|ID[,ID...]] [--accuracy] [--quick] [--json FILE] [--quit-when-done]
+#pragma once
+
+#include "cli/run_session.h"
+
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace quarbel::app {
+
+struct LaunchOptions {
+    // The run to start as the window opens, with its report file; absent: none.
+    std::optional<cli::RunOptions> run;
+    bool accuracy = false;     // Accuracy Mode on from the start
+    bool quitWhenDone = false; // quit once the run's summary is out
+};
+
+// Leave before the window opens: `exitCode` 0 prints `text` on standard output (help,
+// version), 2 prints it on standard error (a bad argument).
+struct LaunchExit {
+    int exitCode = 0;
+    std::string text;
+};
+
+// `arguments` as main() receives them, the program name first, after Qt has taken its own.
+std::variant<LaunchOptions, LaunchExit> parseLaunchArguments(const std::vector<std::string>& arguments);
+
+} // namespace quarbel::app

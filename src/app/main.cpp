@@ -1,0 +1,102 @@
+// quarbel-gui: the desktop program of the benchmark suite.
+#include "app/about_window.h"
+#include "app/app_delegate.h"
+#include "app/app_font.h"
+#include "app/commands.h"
+#include "app/help_window.h"
+#include "app/launch_arguments.h"
+#include "app/main_window_placement.h"
+#include "cli/info_command.h"
+#include "cli/run_session.h"
+#include "cli/stop_signals.h"
+#include "run/benchmark_store.h"
+#include "sensors/system_snapshot.h"
+#include "ui/views/main_window.h"
+#include "workloads/gpu/gpu_device_name.h"
+#include "workloads/storage/storage_workloads.h"
+
+#include <QApplication>
+#include <QIcon>
+#include <QMenuBar>
+#include <QTimer>
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+#include <unistd.h>
+
+using namespace quarbel;
+
+int main(int argc, char** argv) {
+    QApplication::setOrganizationName(QStringLiteral("Quarbel"));
+    QApplication::setApplicationName(QStringLiteral("Quarbel"));
+    QApplication::setApplicationVersion(QStringLiteral(QUARBEL_VERSION));
+    QGuiApplication::setDesktopFileName(QStringLiteral("io.github.quarbel.Quarbel"));
+    // Qt takes its own options (-platform, -style, ...) out of argv here; ours remain.
+    QApplication application(argc, argv);
+
+    const auto parsed = app::parseLaunchArguments(std::vector<std::string>(argv, argv + argc));
+    if (const auto* exit = std::get_if<app::LaunchExit>(&parsed)) {
+        std::fputs(exit->text.c_str(), exit->exitCode == 0 ? stdout : stderr);
+        return exit->exitCode;
+    }
+    const auto& options = std::get<app::LaunchOptions>(parsed);
+
+    // The "Metal GPU" row names the Vulkan device the GPU workloads would choose.
+    SystemSnapshot::setGpuNameProvider([] { return gpu::defaultDeviceName().value_or(std::string{}); });
+    app::useInterFont();
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/io.github.quarbel.Quarbel.svg")));
+
+    BenchmarkStore store;
+    ui::MainWindow window(store);
+    app::QuarbelHelpWindowController help;
+    app::QuarbelAboutWindowController about(QStringLiteral(QUARBEL_VERSION));
+    app::QuarbelAppDelegate delegate(store);
+    new app::QuarbelCommands(
+        *window.menuBar(), store,
+        {[&] { about.showWindow(); }, [&] { help.showWindow(); }, [&] { delegate.terminate(); }});
+
+    app::UserFrameSettings frameSettings;
+    app::MainWindowPlacement::configure(window, frameSettings, app::MainWindowPlacement::screenAreas(window));
+    app::MainWindowPlacement::Coordinator placement(frameSettings);
+    placement.observe(window);
+
+    if (options.accuracy) store.setAccuracyMode(true);
+    window.show();
+    delegate.applicationDidFinishLaunching();
+
+    // SIGINT and SIGTERM quit as Ctrl+Q does; a second one leaves at once, still taking
+    // the scratch files along.
+    cli::StopSignals stopSignals;
+    QObject::connect(&stopSignals, &cli::StopSignals::stopRequested, &delegate, [&](int count) {
+        if (count == 1) {
+            delegate.terminate();
+            return;
+        }
+        std::fputs("\nquarbel-gui: stopped at once\n", stderr);
+        removeActiveScratchDirectories();
+        std::_Exit(130);
+    });
+
+    // A run asked for on the command line goes through the same session as `quarbel run`:
+    // the same log on standard output, the same JSON report, the same exit codes.
+    std::unique_ptr<cli::RunSession> session;
+    std::optional<int> runExitCode;
+    if (options.run) {
+        store.setSelectedID(options.run->ids.front());
+        session = std::make_unique<cli::RunSession>(store, *options.run, stdout, isatty(STDOUT_FILENO) != 0,
+                                                    cli::systemRowPairs);
+        QObject::connect(session.get(), &cli::RunSession::finished, &delegate, [&](int code) {
+            // A run stopped from the window or by quitting ends without a summary, like a
+            // command-line run stopped with Ctrl-C.
+            runExitCode = (code == 0 && !store.runSummary()) ? 130 : code;
+            if (options.quitWhenDone) delegate.terminate();
+        });
+        QTimer::singleShot(0, session.get(), &cli::RunSession::start);
+    }
+
+    const int exitCode = QApplication::exec();
+    placement.cleanup();
+    return runExitCode.value_or(exitCode);
+}

@@ -1,0 +1,122 @@
+#include "app/main_window_placement.h"
+
+#include <QEvent>
+#include <QGuiApplication>
+#include <QRegularExpression>
+#include <QScreen>
+#include <QWidget>
+
+#include <algorithm>
+
+namespace quarbel::app {
+
+UserFrameSettings::UserFrameSettings() : settings_(QStringLiteral("Quarbel"), QStringLiteral("Quarbel")) {}
+
+QVariant UserFrameSettings::value(const QString& key) const { return settings_.value(key); }
+
+void UserFrameSettings::setValue(const QString& key, const QVariant& value) {
+    settings_.setValue(key, value);
+}
+
+namespace MainWindowPlacement {
+namespace {
+
+constexpr int kSaveDelayMs = 500;
+
+} // namespace
+
+QString frameText(const QRect& frame) {
+    return QStringLiteral("%1 %2 %3 %4").arg(frame.x()).arg(frame.y()).arg(frame.width()).arg(frame.height());
+}
+
+std::optional<QRect> parseFrame(const QString& text) {
+    static const QRegularExpression pattern(QStringLiteral("^(-?\\d+) (-?\\d+) (\\d+) (\\d+)$"));
+    const QRegularExpressionMatch match = pattern.match(text);
+    if (!match.hasMatch()) return std::nullopt;
+    int numbers[4] = {};
+    for (int i = 0; i < 4; ++i) {
+        bool ok = false;
+        numbers[i] = match.captured(i + 1).toInt(&ok);
+        if (!ok) return std::nullopt; // out of range
+    }
+    return QRect(numbers[0], numbers[1], numbers[2], numbers[3]);
+}
+
+QList<QRect> screenAreas(const QWidget& window) {
+    QList<QRect> areas;
+    if (const QScreen* own = window.screen()) areas.append(own->availableGeometry());
+    for (const QScreen* screen : QGuiApplication::screens()) {
+        if (screen != window.screen()) areas.append(screen->availableGeometry());
+    }
+    return areas;
+}
+
+void configure(QWidget& window, const FrameSettings& settings, const QList<QRect>& screens) {
+    window.setMinimumSize(kMinimumWidth, kMinimumHeight);
+
+    std::optional<QRect> saved;
+    if (settings.value(QString::fromLatin1(kHasSavedFrameKey)).toBool())
+        saved = parseFrame(settings.value(QString::fromLatin1(kFrameKey)).toString());
+    const bool usable = saved && saved->width() >= kMinimumWidth && saved->height() >= kMinimumHeight &&
+                        std::any_of(screens.begin(), screens.end(),
+                                    [&](const QRect& area) { return area.intersects(*saved); });
+    if (usable) {
+        window.move(saved->topLeft());
+        window.resize(saved->size());
+        return;
+    }
+    if (screens.isEmpty()) return;
+    QRect frame = window.frameGeometry();
+    frame.moveCenter(screens.front().center());
+    window.move(frame.topLeft());
+}
+
+void save(const QWidget& window, FrameSettings& settings) {
+    settings.setValue(QString::fromLatin1(kFrameKey), frameText(QRect(window.pos(), window.size())));
+    settings.setValue(QString::fromLatin1(kHasSavedFrameKey), true);
+}
+
+Coordinator::Coordinator(FrameSettings& settings, QObject* parent) : QObject(parent), settings_(settings) {
+    saveTimer_.setSingleShot(true);
+    saveTimer_.setInterval(kSaveDelayMs);
+    connect(&saveTimer_, &QTimer::timeout, this, &Coordinator::saveNow);
+}
+
+Coordinator::~Coordinator() { cleanup(); }
+
+void Coordinator::observe(QWidget& window) {
+    if (window_ == &window) return;
+    if (window_) cleanup();
+    window_ = &window;
+    window.installEventFilter(this);
+}
+
+void Coordinator::scheduleSave() { saveTimer_.start(); }
+
+void Coordinator::saveNow() {
+    saveTimer_.stop();
+    if (window_) save(*window_, settings_);
+}
+
+void Coordinator::cleanup() {
+    saveTimer_.stop();
+    if (!window_) return;
+    window_->removeEventFilter(this);
+    save(*window_, settings_);
+    window_ = nullptr;
+}
+
+bool Coordinator::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == window_) {
+        switch (event->type()) {
+        case QEvent::Move:
+        case QEvent::Resize: scheduleSave(); break;
+        case QEvent::Close: saveNow(); break;
+        default: break;
+        }
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+} // namespace MainWindowPlacement
+} // namespace quarbel::app

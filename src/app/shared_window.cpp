@@ -1,0 +1,34 @@
+#include "app/shared_window.h"
+
+#include <QPalette>
+
+namespace quarbel::app {
+
+void applyDarkPalette(QWidget& widget) {
+    QPalette palette = widget.palette();
+    for (const auto role : {QPalette::Window, QPalette::Base, QPalette::Button})
+        palette.setColor(role, kWindowBackground);
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        palette.setColor(role, kPrimaryText);
+    palette.setColor(QPalette::PlaceholderText, kSecondaryText);
+    widget.setPalette(palette);
+    widget.setAutoFillBackground(true);
+}
+
+SharedWindowController::SharedWindowController(std::function<std::unique_ptr<QWidget>()> makeWindow)
+    : makeWindow_(std::move(makeWindow)) {}
+
+SharedWindowController::~SharedWindowController() = default;
+
+void SharedWindowController::showWindow() {
+    if (!window_) {
+        window_ = makeWindow_();
+        window_->setAttribute(Qt::WA_QuitOnClose, false);
+    }
+    window_->setWindowState(window_->windowState() & ~Qt::WindowMinimized);
+    window_->show();
+    window_->raise();
+    window_->activateWindow();
+}
+
+} // namespace quarbel::app

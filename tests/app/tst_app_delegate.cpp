@@ -1,0 +1,119 @@
+// Ctrl+Q and quitting: which keys quit, and that quitting stops a run first.
+#include "app/app_delegate.h"
+#include "app/help_window.h"
+#include "fake_workloads.h"
+#include "support/event_loop.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QTest>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+using namespace quarbel;
+using namespace quarbel::app;
+using namespace quarbel::test;
+
+namespace {
+
+// Counts the key presses that reach the object it watches.
+class KeyCounter : public QObject {
+  public:
+    int presses = 0;
+
+  protected:
+    bool eventFilter(QObject*, QEvent* event) override {
+        if (event->type() == QEvent::KeyPress) ++presses;
+        return false;
+    }
+};
+
+} // namespace
+
+TEST(QuitShortcutFilter, ControlQAloneAmongControlAltMetaQuitsAndIsSwallowed) {
+    struct Case {
+        const char* name;
+        Qt::Key key;
+        Qt::KeyboardModifiers modifiers;
+        bool quits;
+    };
+    const Case cases[] = {
+        {"Ctrl+Q", Qt::Key_Q, Qt::ControlModifier, true},
+        {"Ctrl+Shift+Q", Qt::Key_Q, Qt::ControlModifier | Qt::ShiftModifier, true},
+        {"Ctrl+Q on the keypad", Qt::Key_Q, Qt::ControlModifier | Qt::KeypadModifier, true},
+        {"Q", Qt::Key_Q, Qt::NoModifier, false},
+        {"Shift+Q", Qt::Key_Q, Qt::ShiftModifier, false},
+        {"Alt+Q", Qt::Key_Q, Qt::AltModifier, false},
+        {"Ctrl+Alt+Q", Qt::Key_Q, Qt::ControlModifier | Qt::AltModifier, false},
+        {"Ctrl+Meta+Q", Qt::Key_Q, Qt::ControlModifier | Qt::MetaModifier, false},
+        {"Ctrl+W", Qt::Key_W, Qt::ControlModifier, false},
+    };
+    for (const Case& c : cases) {
+        int quits = 0;
+        QuitShortcutFilter filter([&] { ++quits; });
+        qApp->installEventFilter(&filter);
+        QObject target;
+        KeyCounter counter;
+        target.installEventFilter(&counter);
+        QKeyEvent press(QEvent::KeyPress, c.key, c.modifiers);
+        QCoreApplication::sendEvent(&target, &press);
+        QKeyEvent release(QEvent::KeyRelease, c.key, c.modifiers);
+        QCoreApplication::sendEvent(&target, &release);
+        qApp->removeEventFilter(&filter);
+        EXPECT_EQ(quits, c.quits ? 1 : 0) << c.name;
+        EXPECT_EQ(counter.presses, c.quits ? 0 : 1) << c.name;
+    }
+}
+
+TEST(QuarbelAppDelegate, ControlQInTheHelpWindowStopsTheRunClosesEveryWindowAndQuits) {
+    FakeWorkloads fakes;
+    fakes.set(BenchmarkID::cpuFloating, FakeBehaviour::untilCancelled);
+    BenchmarkStore store(fakes.services());
+    QuarbelAppDelegate delegate(store);
+    delegate.applicationDidFinishLaunching();
+    QWidget mainWindow;
+    mainWindow.show();
+    QuarbelHelpWindowController help;
+    help.showWindow();
+
+    store.run({BenchmarkID::cpuFloating}, false);
+    ASSERT_TRUE(processEventsUntil([&] { return fakes.running() == 1; }));
+
+    int aboutToQuit = 0;
+    const auto connection = QObject::connect(qApp, &QCoreApplication::aboutToQuit, [&] { ++aboutToQuit; });
+    QTimer::singleShot(0, [&] { QTest::keyClick(help.window(), Qt::Key_Q, Qt::ControlModifier); });
+    QTimer guard; // ends the event loop if Ctrl+Q does not
+    guard.setSingleShot(true);
+    QObject::connect(&guard, &QTimer::timeout, [] { QCoreApplication::exit(1); });
+    guard.start(10'000);
+    EXPECT_EQ(QApplication::exec(), 0);
+    QObject::disconnect(connection);
+
+    EXPECT_EQ(aboutToQuit, 1);
+    EXPECT_FALSE(store.busy()) << "quitting waits for the stopped benchmark";
+    EXPECT_EQ(fakes.cancelledSeen(), 1);
+    EXPECT_EQ(fakes.running(), 0);
+    EXPECT_FALSE(mainWindow.isVisible());
+    EXPECT_FALSE(help.window()->isVisible());
+    EXPECT_FALSE(delegate.monitorsQuitShortcut());
+}
+
+TEST(QuarbelAppDelegate, ClosingTheMainWindowQuitsWhileHelpIsOpen) {
+    FakeWorkloads fakes;
+    BenchmarkStore store(fakes.services());
+    QuarbelAppDelegate delegate(store);
+    delegate.applicationDidFinishLaunching();
+    QWidget mainWindow;
+    mainWindow.show();
+    QuarbelHelpWindowController help;
+    help.showWindow();
+
+    QTimer::singleShot(0, &mainWindow, &QWidget::close);
+    QTimer guard;
+    guard.setSingleShot(true);
+    QObject::connect(&guard, &QTimer::timeout, [] { QCoreApplication::exit(1); });
+    guard.start(10'000);
+    EXPECT_EQ(QApplication::exec(), 0);
+    EXPECT_FALSE(help.window()->isVisible());
+}

@@ -1,0 +1,75 @@
+// The menu commands and the shared help window.
+#include "app/commands.h"
+#include "app/help_window.h"
+#include "fake_workloads.h"
+#include "support/event_loop.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QLabel>
+#include <QMainWindow>
+#include <QMenuBar>
+
+#include <gtest/gtest.h>
+
+using namespace quarbel;
+using namespace quarbel::app;
+using namespace quarbel::test;
+
+TEST(MenuCommands, RunCommandsFollowTheStoreAndCallItsOperations) {
+    FakeWorkloads fakes;
+    fakes.set(BenchmarkID::metalVisual, FakeBehaviour::untilCancelled);
+    BenchmarkStore store(fakes.services());
+    QMainWindow window;
+    int helpRequests = 0;
+    auto* commands = new QuarbelCommands(*window.menuBar(), store, {{}, [&] { ++helpRequests; }, {}});
+
+    struct Expected {
+        bool runSelected, runAll, stop, accuracyMode;
+    };
+    const auto enabled = [&] {
+        return Expected{commands->runSelectedAction()->isEnabled(), commands->runAllAction()->isEnabled(),
+                        commands->stopAction()->isEnabled(), commands->accuracyModeAction()->isEnabled()};
+    };
+    const auto same = [](Expected a, Expected b) {
+        return a.runSelected == b.runSelected && a.runAll == b.runAll && a.stop == b.stop &&
+               a.accuracyMode == b.accuracyMode;
+    };
+
+    EXPECT_TRUE(same(enabled(), {true, true, false, true})) << "idle";
+    commands->accuracyModeAction()->trigger();
+    EXPECT_TRUE(store.accuracyMode());
+    store.setAccuracyMode(false);
+    EXPECT_FALSE(commands->accuracyModeAction()->isChecked()) << "the check mark follows the store";
+
+    commands->runSelectedAction()->trigger();
+    EXPECT_TRUE(store.busy());
+    EXPECT_TRUE(same(enabled(), {false, false, true, false})) << "running";
+    ASSERT_TRUE(processEventsUntil([&] { return fakes.running() == 1; }));
+    EXPECT_EQ(fakes.calls(BenchmarkID::metalVisual), 1) << "Run Selected runs the selected benchmark";
+
+    commands->stopAction()->trigger();
+    ASSERT_TRUE(processEventsUntil([&] { return !store.busy(); }));
+    EXPECT_TRUE(same(enabled(), {true, true, false, true})) << "stopped";
+
+    commands->helpAction()->trigger();
+    EXPECT_EQ(helpRequests, 1);
+}
+
+TEST(QuarbelHelpWindowController, SecondRequestShowsTheSameWindow) {
+    QuarbelHelpWindowController help;
+    help.showWindow();
+    QWidget* first = help.window();
+    ASSERT_NE(first, nullptr);
+    first->close();
+    help.showWindow();
+    EXPECT_EQ(help.window(), first);
+    EXPECT_TRUE(first->isVisible());
+
+    int helpWindows = 0;
+    for (const QWidget* widget : QApplication::topLevelWidgets())
+        helpWindows += widget->windowTitle() == QStringLiteral("Quarbel Help") ? 1 : 0;
+    EXPECT_EQ(helpWindows, 1);
+    EXPECT_EQ(first->findChildren<QLabel*>().size(), 1 + 2 * 10)
+        << "heading, then a title and text per section";
+}

@@ -1,0 +1,85 @@
+// The desktop program's command line.
+#include "app/launch_arguments.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+using namespace quarbel;
+using namespace quarbel::app;
+
+TEST(LaunchArguments, GoodArgumentsGiveTheRunToStart) {
+    struct Case {
+        std::vector<std::string> args;
+        std::vector<BenchmarkID> ids; // empty: no run
+        bool accuracy, quick, quitWhenDone;
+        std::string jsonPath;
+    };
+    const std::string report = (std::filesystem::temp_directory_path() / "quarbel-gui-report.json").string();
+    const Case cases[] = {
+        {{}, {}, false, false, false, ""},
+        {{"--accuracy"}, {}, true, false, false, ""},
+        {{"--run", "all"}, {kAllBenchmarks.begin(), kAllBenchmarks.end()}, false, false, false, ""},
+        {{"--run", "cpuInteger,ssdRandom", "--quick", "--quit-when-done", "--json", report},
+         {BenchmarkID::cpuInteger, BenchmarkID::ssdRandom},
+         false,
+         true,
+         true,
+         report},
+        {{"--run=memoryStream", "--accuracy"}, {BenchmarkID::memoryStream}, true, false, false, ""},
+    };
+    for (const Case& c : cases) {
+        std::vector<std::string> args{"quarbel-gui"};
+        args.insert(args.end(), c.args.begin(), c.args.end());
+        const auto parsed = parseLaunchArguments(args);
+        ASSERT_TRUE(std::holds_alternative<LaunchOptions>(parsed)) << std::get<LaunchExit>(parsed).text;
+        const auto& options = std::get<LaunchOptions>(parsed);
+        EXPECT_EQ(options.accuracy, c.accuracy);
+        EXPECT_EQ(options.quitWhenDone, c.quitWhenDone);
+        ASSERT_EQ(options.run.has_value(), !c.ids.empty());
+        if (!options.run) continue;
+        EXPECT_EQ(options.run->ids, c.ids);
+        EXPECT_EQ(options.run->accuracy, c.accuracy);
+        EXPECT_EQ(options.run->quick, c.quick);
+        EXPECT_EQ(options.run->jsonPath, c.jsonPath);
+    }
+}
+
+TEST(LaunchArguments, BadArgumentsExitWith2AndSayWhy) {
+    struct Case {
+        std::vector<std::string> args;
+        std::string message;
+    };
+    const Case cases[] = {
+        {{"--bogus"}, "--bogus"},
+        {{"--run"}, "--run"},
+        {{"--run", "cpuInteger,warpDrive"}, "unknown benchmark 'warpDrive'"},
+        {{"--run", "cpuInteger,cpuInteger"}, "named more than once"},
+        {{"--run", "all,cpuInteger"}, "--run all runs every benchmark"},
+        {{"--quick"}, "--quick needs --run"},
+        {{"--json", "out.json"}, "--json needs --run"},
+        {{"--quit-when-done"}, "--quit-when-done needs --run"},
+        {{"--run", "all", "--json", "/nonexistent-quarbel-dir/out.json"}, "does not exist"},
+        {{"--run", "all", "--json", "/"}, "is a directory"},
+    };
+    for (const Case& c : cases) {
+        std::vector<std::string> args{"quarbel-gui"};
+        args.insert(args.end(), c.args.begin(), c.args.end());
+        const auto parsed = parseLaunchArguments(args);
+        ASSERT_TRUE(std::holds_alternative<LaunchExit>(parsed)) << c.message;
+        const auto& exit = std::get<LaunchExit>(parsed);
+        EXPECT_EQ(exit.exitCode, 2) << c.message;
+        EXPECT_NE(exit.text.find(c.message), std::string::npos) << exit.text;
+        EXPECT_EQ(exit.text.rfind("quarbel-gui: ", 0), 0u) << exit.text;
+    }
+}
+
+TEST(LaunchArguments, HelpAndVersionExitWith0) {
+    const auto help = parseLaunchArguments({"quarbel-gui", "--help"});
+    ASSERT_TRUE(std::holds_alternative<LaunchExit>(help));
+    EXPECT_EQ(std::get<LaunchExit>(help).exitCode, 0);
+    EXPECT_NE(std::get<LaunchExit>(help).text.find("--quit-when-done"), std::string::npos);
+    const auto version = parseLaunchArguments({"quarbel-gui", "--version"});
+    ASSERT_TRUE(std::holds_alternative<LaunchExit>(version));
+    EXPECT_EQ(std::get<LaunchExit>(version).text, std::string("quarbel-gui ") + QUARBEL_VERSION + "\n");
+}

@@ -1,0 +1,115 @@
+// Where the main window opens, and how often its frame is written.
+#include "app/main_window_placement.h"
+#include "support/event_loop.h"
+
+#include <QCoreApplication>
+#include <QMoveEvent>
+#include <QResizeEvent>
+#include <QWidget>
+
+#include <gtest/gtest.h>
+
+#include <map>
+
+using namespace quarbel::app;
+using namespace quarbel::test;
+namespace placement = quarbel::app::MainWindowPlacement;
+
+namespace {
+
+class MemorySettings : public FrameSettings {
+  public:
+    QVariant value(const QString& key) const override {
+        const auto it = values.find(key);
+        return it == values.end() ? QVariant() : it->second;
+    }
+    void setValue(const QString& key, const QVariant& value) override {
+        values[key] = value;
+        if (key == QLatin1String(placement::kFrameKey)) ++frameWrites;
+    }
+    std::map<QString, QVariant> values;
+    int frameWrites = 0;
+};
+
+const QList<QRect> kScreens{QRect(0, 0, 1920, 1080), QRect(1920, 0, 1280, 1024)};
+
+} // namespace
+
+TEST(MainWindowPlacement, RestoresOnlyAUsableSavedFrameElseCentres) {
+    struct Case {
+        const char* name;
+        QVariant hasSavedFrame;
+        QVariant frame;
+        QSize startSize;
+        QRect expected; // position and content size after configure
+    };
+    const QRect centred(460, 190, 1000, 700); // 1000 x 700 centred on the first screen
+    const Case cases[] = {
+        {"first launch", {}, {}, {1000, 700}, centred},
+        {"valid frame", true, "100 120 900 640", {1000, 700}, {100, 120, 900, 640}},
+        {"frame on the second screen", true, "2000 50 1100 800", {1000, 700}, {2000, 50, 1100, 800}},
+        {"frame partly off the left edge", true, "-500 100 900 640", {1000, 700}, {-500, 100, 900, 640}},
+        {"frame narrower than 840", true, "10 20 839 700", {1000, 700}, centred},
+        {"frame lower than 560", true, "10 20 1000 559", {1000, 700}, centred},
+        {"frame off every screen", true, "3300 0 1000 700", {1000, 700}, centred},
+        {"frame not marked saved", false, "100 120 900 640", {1000, 700}, centred},
+        {"three numbers", true, "100 120 900", {1000, 700}, centred},
+        {"commas", true, "100,120,900,640", {1000, 700}, centred},
+        {"two blanks", true, "100  120 900 640", {1000, 700}, centred},
+        {"words", true, "left top wide high", {1000, 700}, centred},
+        {"not a string", true, QRect(100, 120, 900, 640), {1000, 700}, centred},
+        {"small window grows to the minimum", {}, {}, {600, 400}, {540, 260, 840, 560}},
+    };
+    for (const Case& c : cases) {
+        MemorySettings settings;
+        if (c.hasSavedFrame.isValid()) settings.values[placement::kHasSavedFrameKey] = c.hasSavedFrame;
+        if (c.frame.isValid()) settings.values[placement::kFrameKey] = c.frame;
+        QWidget window;
+        window.resize(c.startSize);
+        placement::configure(window, settings, kScreens);
+        EXPECT_EQ(QRect(window.pos(), window.size()), c.expected) << c.name;
+        EXPECT_EQ(window.minimumSize(), QSize(840, 560)) << c.name;
+    }
+}
+
+TEST(MainWindowPlacement, SavedFrameRoundTrips) {
+    MemorySettings settings;
+    QWidget window;
+    window.setGeometry(-300, 40, 1234, 777);
+    placement::save(window, settings);
+    EXPECT_EQ(settings.values[placement::kFrameKey].toString(), QStringLiteral("-300 40 1234 777"));
+    EXPECT_TRUE(settings.values[placement::kHasSavedFrameKey].toBool());
+
+    QWidget next;
+    placement::configure(next, settings, kScreens);
+    EXPECT_EQ(QRect(next.pos(), next.size()), QRect(-300, 40, 1234, 777));
+}
+
+TEST(MainWindowPlacementCoordinator, BurstOfResizesWritesOnceAndCloseWritesAtOnce) {
+    MemorySettings settings;
+    QWidget window;
+    window.setGeometry(100, 100, 900, 600);
+    placement::Coordinator coordinator(settings);
+    coordinator.observe(window);
+
+    for (int i = 1; i <= 10; ++i) {
+        window.resize(900 + i, 600 + i);
+        QResizeEvent resize(window.size(), QSize(899 + i, 599 + i));
+        QCoreApplication::sendEvent(&window, &resize);
+    }
+    QMoveEvent move(QPoint(100, 100), QPoint(90, 90));
+    QCoreApplication::sendEvent(&window, &move);
+    EXPECT_EQ(settings.frameWrites, 0) << "a save waits for the burst to end";
+    ASSERT_TRUE(processEventsUntil([&] { return settings.frameWrites > 0; }));
+    EXPECT_FALSE(coordinator.savePending());
+    EXPECT_EQ(settings.frameWrites, 1);
+    EXPECT_EQ(settings.values[placement::kFrameKey].toString(), QStringLiteral("100 100 910 610"));
+
+    window.resize(1000, 700);
+    QResizeEvent resize(window.size(), QSize(910, 610));
+    QCoreApplication::sendEvent(&window, &resize);
+    window.close();
+    EXPECT_EQ(settings.frameWrites, 2) << "closing saves at once";
+    EXPECT_FALSE(coordinator.savePending()) << "and drops the pending save";
+    EXPECT_EQ(settings.values[placement::kFrameKey].toString(), QStringLiteral("100 100 1000 700"));
+}
