@@ -83,7 +83,7 @@ QuarbelHelpView::QuarbelHelpView(QWidget* parent) : QScrollArea(parent) {
     for (const HelpSection& section : helpSections()) {
         layout->addSpacing(12);
         layout->addWidget(makeLabel(QString::fromUtf8(section.title), 1.15, QFont::DemiBold, kPrimaryText));
-        layout->addWidget(makeLabel(QString::fromUtf8(section.text), 1.0, QFont::Normal, kSecondaryText));
+        layout->addWidget(makeLabel(QString::fromUtf8(section.text), 1.1, QFont::Normal, kSecondaryText));
     }
     layout->addStretch(1);
     setWidget(column);

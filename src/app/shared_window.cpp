@@ -13,6 +13,12 @@ void applyDarkPalette(QWidget& widget) {
     palette.setColor(QPalette::PlaceholderText, kSecondaryText);
     widget.setPalette(palette);
     widget.setAutoFillBackground(true);
+    // The default scroll bar is drawn light whatever the palette; a thin dark one fits.
+    widget.setStyleSheet(
+        QStringLiteral("QScrollBar:vertical { background: transparent; width: 8px; margin: 2px; }"
+                       "QScrollBar::handle:vertical { background: rgba(255,255,255,0.16); border-radius: "
+                       "3px; min-height: 30px; }"
+                       "QScrollBar::add-line, QScrollBar::sub-line { height: 0; }"));
 }
 
 SharedWindowController::SharedWindowController(std::function<std::unique_ptr<QWidget>()> makeWindow)

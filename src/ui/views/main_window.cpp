@@ -77,7 +77,7 @@ MainWindow::MainWindow(BenchmarkStore& store, QWidget* parent)
 
     centre_->addWidget(result_);
     centre_->addWidget(stage_);
-    centre_->setMinimumHeight(300);
+    centre_->setMinimumHeight(270);
     auto* mainColumn = new QWidget;
     auto* mainLayout = new QVBoxLayout(mainColumn);
     mainLayout->setContentsMargins(0, 0, 0, 0);

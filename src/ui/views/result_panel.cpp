@@ -1,7 +1,7 @@
 #include "ui/views/result_panel.h"
 
-#include "run/benchmark_store.h"
 #include "model/number_format.h"
+#include "run/benchmark_store.h"
 #include "ui/views/theme.h"
 
 #include <QPaintEvent>

@@ -1,0 +1,92 @@
+#!/usr/bin/env bash
+# Screenshots of the real quarbel-gui window under Xvfb, with the real workloads:
+#   idle.png        the window at start
+#   cpu.png         CPU Multi-Core running on its inline stage
+#   storage.png     SSD Sequential running on its inline stage
+#   suite.png       a finished quick suite with its summary
+#   help.png        the help window over the main window
+# Usage: scripts/screenshots.sh [output dir, default build/screenshots]
+# Installs Xvfb, xdotool and ImageMagick when missing. Nothing is written outside the
+# output dir and a private temporary directory (settings and scratch files).
+set -euo pipefail
+
+ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+OUT="$(mkdir -p "${1:-$ROOT/build/screenshots}" && cd "${1:-$ROOT/build/screenshots}" && pwd)"
+
+missing=()
+for tool in Xvfb:xvfb xdotool:xdotool import:imagemagick; do
+  command -v "${tool%%:*}" >/dev/null || missing+=("${tool##*:}")
+done
+if ((${#missing[@]})); then
+  sudo=()
+  [[ $(id -u) -ne 0 ]] && sudo=(sudo)
+  "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"
+fi
+"$ROOT/scripts/dev.sh" build >/dev/null
+GUI="$ROOT/build/dev/src/app/quarbel-gui"
+
+PRIVATE="$(mktemp -d)"
+export XDG_CONFIG_HOME="$PRIVATE/config" TMPDIR="$PRIVATE/tmp" XDG_RUNTIME_DIR="$PRIVATE/runtime"
+mkdir -p "$TMPDIR" "$XDG_RUNTIME_DIR" && chmod 700 "$XDG_RUNTIME_DIR"
+DISPLAY_NUMBER=$((90 + RANDOM % 100))
+export DISPLAY=":$DISPLAY_NUMBER"
+Xvfb "$DISPLAY" -screen 0 1280x880x24 -nolisten tcp >/dev/null 2>&1 &
+XVFB=$!
+GUI_PID=""
+cleanup() {
+  [[ -n "$GUI_PID" ]] && kill "$GUI_PID" 2>/dev/null && wait "$GUI_PID" 2>/dev/null
+  kill "$XVFB" 2>/dev/null || true
+  rm -rf "$PRIVATE"
+}
+trap cleanup EXIT
+sleep 1
+
+# start_gui [args...]: starts the program and waits for its window.
+start_gui() {
+  "$GUI" "$@" >"$PRIVATE/gui.log" 2>&1 &
+  GUI_PID=$!
+  for _ in $(seq 100); do
+    xdotool search --name '^Quarbel$' >/dev/null 2>&1 && return 0
+    sleep 0.1
+  done
+  echo "quarbel-gui did not open its window" >&2
+  return 1
+}
+# stop_gui: quits the way a user does (SIGTERM stops the run and removes scratch files).
+stop_gui() {
+  kill -TERM "$GUI_PID" 2>/dev/null || true
+  wait "$GUI_PID" 2>/dev/null || true
+  GUI_PID=""
+}
+shot() { import -window root "$OUT/$1"; echo "$OUT/$1"; }
+
+start_gui
+sleep 1.5
+shot idle.png
+# Without a window manager nothing has the focus until it is given.
+xdotool windowfocus --sync "$(xdotool search --name '^Quarbel$' | head -1)" key F1
+sleep 1
+shot help.png
+stop_gui
+
+start_gui --run cpuFloating
+sleep 6
+shot cpu.png
+stop_gui
+
+start_gui --run ssdSequential
+sleep 3
+shot storage.png
+stop_gui
+
+start_gui --run all --quick --json "$PRIVATE/report.json"
+for _ in $(seq 600); do
+  [[ -s "$PRIVATE/report.json" ]] && break
+  sleep 0.5
+done
+sleep 1.5
+shot suite.png
+stop_gui
+
+leftovers="$(find "$TMPDIR" -mindepth 1 -maxdepth 1 | wc -l)"
+[[ "$leftovers" -eq 0 ]] || echo "warning: $leftovers entries left in the scratch directory" >&2
