@@ -3,6 +3,7 @@
 #include "app/app_delegate.h"
 #include "app/app_font.h"
 #include "app/commands.h"
+#include "app/first_paint_probe.h"
 #include "app/help_window.h"
 #include "app/launch_arguments.h"
 #include "app/main_window_placement.h"
@@ -63,6 +64,7 @@ int main(int argc, char** argv) {
     placement.observe(window);
 
     if (options.accuracy) store.setAccuracyMode(true);
+    app::FirstPaintProbe::watch(window);
     window.show();
     delegate.applicationDidFinishLaunching();
 

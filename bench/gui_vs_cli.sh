@@ -1,0 +1,61 @@
+#!/usr/bin/env bash
+# What the desktop window costs the measurement, in the real programs under Xvfb:
+#   1. launch to first painted main window of quarbel-gui (median of 10)       (target < 300 ms)
+#   2. cpuInteger and cineTile scores with the window open against the command
+#      line's, alternating, median of the per-round ratios                      (target >= 0.98)
+#   3. CPU time of quarbel-gui's main thread while cpuInteger runs, from
+#      /proc/PID/task/PID/stat over 10 s of the benchmark                       (target <= 2 % of a core)
+# Usage: bench/gui_vs_cli.sh [rounds, default 3] [build dir, default build/dev]
+set -euo pipefail
+
+ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+ROUNDS="${1:-3}"
+BUILD="${2:-$ROOT/build/dev}"
+cmake --build "$BUILD" -j "$(nproc)" --target quarbel quarbel-gui >/dev/null
+CLI="$BUILD/src/cli/quarbel"
+GUI="$BUILD/src/app/quarbel-gui"
+
+PRIVATE="$(mktemp -d)"
+export XDG_CONFIG_HOME="$PRIVATE/config" XDG_RUNTIME_DIR="$PRIVATE/runtime"
+mkdir -p "$XDG_RUNTIME_DIR" && chmod 700 "$XDG_RUNTIME_DIR"
+export DISPLAY=":$((190 + RANDOM % 50))"
+Xvfb "$DISPLAY" -screen 0 1280x880x24 -nolisten tcp >/dev/null 2>&1 &
+XVFB=$!
+trap 'kill $XVFB 2>/dev/null; rm -rf "$PRIVATE"' EXIT
+sleep 1
+
+median() { sort -g | awk '{ v[NR] = $1 } END { print (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
+score() { python3 -c 'import json, sys; print(json.load(open(sys.argv[1]))["results"][0]["score"])' "$1"; }
+
+echo "$(nproc) CPUs; $ROUNDS rounds; load average $(cut -d' ' -f1-3 /proc/loadavg)"
+
+startups=()
+for _ in $(seq 10); do
+  start="$(date +%s.%N)"
+  painted="$(QUARBEL_FIRST_PAINT_TRACE=quit "$GUI" 2>&1 >/dev/null | sed -n 's/^first-paint //p')"
+  startups+=("$(awk -v a="$start" -v b="$painted" 'BEGIN { printf "%.1f", (b - a) * 1000 }')")
+done
+echo "launch to first paint: median $(printf '%s\n' "${startups[@]}" | median) ms (${startups[*]})"
+
+CLK_TCK="$(getconf CLK_TCK)"
+thread_ticks() { awk '{ print $14 + $15 }' "/proc/$1/task/$1/stat"; }
+main_thread_load=()
+for id in cpuInteger cineTile; do
+  ratios=()
+  for ((round = 0; round < ROUNDS; ++round)); do
+    "$CLI" run "$id" --json "$PRIVATE/cli.json" >/dev/null
+    "$GUI" --run "$id" --json "$PRIVATE/gui.json" --quit-when-done >/dev/null 2>&1 &
+    gui=$!
+    if [[ "$id" == cpuInteger ]]; then
+      sleep 3 # start-up and warm-up behind us
+      t1="$(date +%s.%N)" c1="$(thread_ticks "$gui")"
+      sleep 10
+      t2="$(date +%s.%N)" c2="$(thread_ticks "$gui")"
+      main_thread_load+=("$(awk -v c="$((c2 - c1))" -v hz="$CLK_TCK" -v a="$t1" -v b="$t2" 'BEGIN { printf "%.2f", 100 * c / hz / (b - a) }')")
+    fi
+    wait "$gui"
+    ratios+=("$(awk -v a="$(score "$PRIVATE/gui.json")" -v b="$(score "$PRIVATE/cli.json")" 'BEGIN { printf "%.3f", a / b }')")
+  done
+  echo "$id window / command line: median $(printf '%s\n' "${ratios[@]}" | median) (${ratios[*]})"
+done
+echo "main thread of quarbel-gui during cpuInteger: median $(printf '%s\n' "${main_thread_load[@]}" | median) % of a core (${main_thread_load[*]}; clock tick $((1000 / CLK_TCK)) ms)"
