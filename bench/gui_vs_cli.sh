@@ -40,20 +40,32 @@ echo "launch to first paint: median $(printf '%s\n' "${startups[@]}" | median) m
 CLK_TCK="$(getconf CLK_TCK)"
 thread_ticks() { awk '{ print $14 + $15 }' "/proc/$1/task/$1/stat"; }
 main_thread_load=()
+# gui_run <id>: the benchmark in the window; samples the main thread during cpuInteger.
+gui_run() {
+  "$GUI" --run "$1" --json "$PRIVATE/gui.json" --quit-when-done >/dev/null 2>&1 &
+  local gui=$!
+  if [[ "$1" == cpuInteger ]]; then
+    sleep 3 # start-up and warm-up behind us
+    local t1 c1 t2 c2
+    t1="$(date +%s.%N)" c1="$(thread_ticks "$gui")"
+    sleep 10
+    t2="$(date +%s.%N)" c2="$(thread_ticks "$gui")"
+    main_thread_load+=("$(awk -v c="$((c2 - c1))" -v hz="$CLK_TCK" -v a="$t1" -v b="$t2" 'BEGIN { printf "%.2f", 100 * c / hz / (b - a) }')")
+  fi
+  wait "$gui"
+}
+cli_run() { "$CLI" run "$1" --json "$PRIVATE/cli.json" >/dev/null; }
 for id in cpuInteger cineTile; do
   ratios=()
   for ((round = 0; round < ROUNDS; ++round)); do
-    "$CLI" run "$id" --json "$PRIVATE/cli.json" >/dev/null
-    "$GUI" --run "$id" --json "$PRIVATE/gui.json" --quit-when-done >/dev/null 2>&1 &
-    gui=$!
-    if [[ "$id" == cpuInteger ]]; then
-      sleep 3 # start-up and warm-up behind us
-      t1="$(date +%s.%N)" c1="$(thread_ticks "$gui")"
-      sleep 10
-      t2="$(date +%s.%N)" c2="$(thread_ticks "$gui")"
-      main_thread_load+=("$(awk -v c="$((c2 - c1))" -v hz="$CLK_TCK" -v a="$t1" -v b="$t2" 'BEGIN { printf "%.2f", 100 * c / hz / (b - a) }')")
+    # Alternate which side goes first, so that neither always meets a warmer machine.
+    if ((round % 2 == 0)); then
+      cli_run "$id"
+      gui_run "$id"
+    else
+      gui_run "$id"
+      cli_run "$id"
     fi
-    wait "$gui"
     ratios+=("$(awk -v a="$(score "$PRIVATE/gui.json")" -v b="$(score "$PRIVATE/cli.json")" 'BEGIN { printf "%.3f", a / b }')")
   done
   echo "$id window / command line: median $(printf '%s\n' "${ratios[@]}" | median) (${ratios[*]})"
