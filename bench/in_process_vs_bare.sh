@@ -25,7 +25,8 @@ if [[ ! -f "$BUILD/build.ninja" ]]; then
 fi
 cmake --build "$BUILD" -j "$(nproc)" --target quarbel quarbel_cpu_workload_runner >/dev/null
 
-QUARBEL="$BUILD/src/cli/quarbel"
+# QUARBEL=path runs another build of the command line, e.g. an older one, on the in-process side.
+QUARBEL="${QUARBEL:-$BUILD/src/cli/quarbel}"
 RUNNER="$BUILD/bench/quarbel_cpu_workload_runner"
 REPORT="$(mktemp)"
 trap 'rm -f "$REPORT"' EXIT
