@@ -195,6 +195,14 @@ const std::vector<FaultCase> kCases = {
              EXPECT_TRUE(fs::is_symlink(s.work / "link.json"));
              expectReport(s.work / "sub" / "new.json");
          }},
+    {.name = "JsonToStandardOutputSendsTheTableToStandardError",
+     .args = {"run", "metalVisual", "--quick", "--json", "-"},
+     .exitCode = 0,
+     .expectedErr = "Global score: ",
+     .check =
+         [](const Sandbox&, const ProcessResult& r) {
+             EXPECT_TRUE(nlohmann::json::accept(r.out)) << "nothing but the report: " << r.out;
+         }},
     {.name = "JsonWithTheLongestFileName",
      .args = {"run", "metalVisual", "--quick", "--json", "@/" + kLongName},
      .exitCode = 0,
