@@ -2,11 +2,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <cerrno>
-#include <cstring>
-#include <fcntl.h>
-#include <unistd.h>
-
 namespace quarbel::cli {
 namespace {
 
@@ -67,38 +62,6 @@ std::string jsonReportText(const RunReport& report) {
     };
     // Replace rather than throw on text that is not valid UTF-8 (a device name, say).
     return document.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
-}
-
-std::string writeFileAtomically(const std::string& path, const std::string& text) {
-    const std::string temporary = path + ".tmp-" + std::to_string(getpid());
-    const int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0644);
-    if (fd < 0) return "cannot create " + temporary + ": " + std::strerror(errno);
-    std::size_t written = 0;
-    while (written < text.size()) {
-        const ssize_t n = ::write(fd, text.data() + written, text.size() - written);
-        if (n < 0 && errno == EINTR) continue;
-        if (n < 0) {
-            const std::string message = "cannot write " + path + ": " + std::strerror(errno);
-            ::close(fd);
-            ::unlink(temporary.c_str());
-            return message;
-        }
-        written += static_cast<std::size_t>(n);
-    }
-    const bool synced = ::fsync(fd) == 0;
-    const int syncError = errno;
-    const bool closed = ::close(fd) == 0;
-    if (!synced || !closed) {
-        const std::string message = "cannot write " + path + ": " + std::strerror(synced ? errno : syncError);
-        ::unlink(temporary.c_str());
-        return message;
-    }
-    if (::rename(temporary.c_str(), path.c_str()) != 0) {
-        const std::string message = "cannot replace " + path + ": " + std::strerror(errno);
-        ::unlink(temporary.c_str());
-        return message;
-    }
-    return {};
 }
 
 } // namespace quarbel::cli

@@ -1,5 +1,7 @@
 // quarbel: the headless command line of the benchmark suite.
 #include "cli/info_command.h"
+#include "cli/output_check.h"
+#include "cli/report_file.h"
 #include "cli/run_arguments.h"
 #include "cli/run_session.h"
 #include "cli/stop_signals.h"
@@ -24,6 +26,13 @@ constexpr const char* kDescription =
     "Quarbel points. Everything stays on this machine.\n"
     "On Linux the GPU benchmarks use Vulkan (the benchmarks named \"Metal\") and OpenCL.";
 
+constexpr const char* kExitStatus = "Exit status:\n"
+                                    "  0    every benchmark ended ok or skipped\n"
+                                    "  1    a benchmark failed, or the output or the --json report could "
+                                    "not be written\n"
+                                    "  2    bad input; nothing was run\n"
+                                    "  130  stopped by Ctrl-C, SIGTERM or SIGHUP";
+
 int listBenchmarks() {
     std::printf("%-16s %-18s %-8s %s\n", "ID", "TITLE", "CATEGORY", "TARGET");
     for (BenchmarkID id : kAllBenchmarks) {
@@ -31,16 +40,26 @@ int listBenchmarks() {
                     std::string(title(id)).c_str(), std::string(categoryTitle(category(id))).c_str(),
                     targetSeconds(id));
     }
-    return 0;
+    return cli::kExitOk;
+}
+
+// The exit status once everything printed has been flushed: a failed standard output
+// turns success into 1, with a message.
+int afterFlushingOutput(int exitCode) {
+    const std::string problem = cli::flushProblem(stdout, "standard output");
+    if (problem.empty()) return exitCode;
+    std::fprintf(stderr, "quarbel: %s\n", problem.c_str());
+    return exitCode == cli::kExitOk ? cli::kExitFailed : exitCode;
 }
 
 int runBenchmarks(int argc, char** argv, cli::RunOptions options) {
     QCoreApplication app(argc, argv);
     BenchmarkStore store;
-    cli::RunSession session(store, std::move(options), stdout, isatty(STDOUT_FILENO) != 0,
-                            cli::systemRowPairs);
+    // With the report on standard output, everything meant for people goes to standard error.
+    std::FILE* out = options.report && options.report->standardOutput ? stderr : stdout;
+    cli::RunSession session(store, std::move(options), out, isatty(fileno(out)) != 0, cli::systemRowPairs);
     cli::StopSignals stopSignals;
-    QObject::connect(&stopSignals, &cli::StopSignals::stopRequested, [&](int count) {
+    QObject::connect(&stopSignals, &cli::StopSignals::stopRequested, [&](int count, int) {
         if (count == 1) {
             session.requestStop();
             return;
@@ -48,13 +67,15 @@ int runBenchmarks(int argc, char** argv, cli::RunOptions options) {
         // A second request leaves at once, still taking the scratch files along.
         std::fputs("\nquarbel: stopped at once\n", stderr);
         removeActiveScratchDirectories();
-        std::_Exit(130);
+        std::_Exit(cli::kExitStopped);
     });
-    int exitCode = 0;
+    int exitCode = cli::kExitOk;
     QObject::connect(&session, &cli::RunSession::finished, [&](int code) {
         exitCode = code;
         app.quit();
     });
+    // Housekeeping that has to finish before the first benchmark goes here, ahead of
+    // start(); it tells the user about itself through session.notice().
     QTimer::singleShot(0, &session, &cli::RunSession::start);
     app.exec();
     return exitCode;
@@ -63,12 +84,14 @@ int runBenchmarks(int argc, char** argv, cli::RunOptions options) {
 } // namespace
 
 int main(int argc, char** argv) {
+    cli::ignoreWriteFaultSignals();
     // The "Metal GPU" row names the Vulkan device the GPU workloads would choose.
     SystemSnapshot::setGpuNameProvider([] { return gpu::defaultDeviceName().value_or(std::string{}); });
 
     CLI::App app{kDescription, "quarbel"};
     app.set_version_flag("--version", std::string("quarbel ") + QUARBEL_VERSION);
     app.require_subcommand(1);
+    app.footer(kExitStatus);
 
     app.add_subcommand("list", "List the benchmarks: identifier, title, category and target seconds");
 
@@ -77,29 +100,34 @@ int main(int argc, char** argv) {
     info->add_flag("--json", infoAsJson, "Print the same as JSON");
 
     auto* run = app.add_subcommand("run", "Run benchmarks headless and print their scores");
+    run->footer(kExitStatus);
     std::vector<std::string> names;
     bool all = false;
     cli::RunOptions options;
+    std::string jsonPath;
     run->add_option("ids", names, "Benchmark identifiers to run, in order (see 'quarbel list')");
     run->add_flag("--all", all, "Run the full suite of thirteen benchmarks");
     run->add_flag("--accuracy", options.accuracy, "Accuracy Mode: three passes each, keep the median");
     run->add_flag("--quick", options.quick, "Divide every time budget by 10 (results are marked quick)");
-    run->add_option("--json", options.jsonPath, "Write the results as JSON to FILE")->type_name("FILE");
+    run->add_option("--json", jsonPath,
+                    "Also write the results as JSON to FILE, a regular file replaced atomically (symbolic "
+                    "links are followed), or to standard output for -")
+        ->type_name("FILE");
 
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& e) {
-        return app.exit(e);
+        return afterFlushingOutput(app.exit(e));
     } catch (const CLI::CallForAllHelp& e) {
-        return app.exit(e);
+        return afterFlushingOutput(app.exit(e));
     } catch (const CLI::Success& e) {
-        return app.exit(e);
+        return afterFlushingOutput(app.exit(e));
     } catch (const CLI::ParseError& e) {
         std::fprintf(stderr, "quarbel: %s\nRun 'quarbel --help' for usage.\n", e.what());
-        return 2;
+        return cli::kExitBadInput;
     }
 
-    if (app.got_subcommand("list")) return listBenchmarks();
+    if (app.got_subcommand("list")) return afterFlushingOutput(listBenchmarks());
     if (app.got_subcommand("info")) {
         const auto temperatures =
             makeTemperatureSnapshot(QuarbelReadTemperatures(), std::chrono::system_clock::now());
@@ -107,19 +135,21 @@ int main(int argc, char** argv) {
         std::fputs(
             (infoAsJson ? cli::infoJson(rows, temperatures) : cli::infoText(rows, temperatures)).c_str(),
             stdout);
-        return 0;
+        return afterFlushingOutput(cli::kExitOk);
     }
 
     auto ids = cli::benchmarksToRun(names, all);
     if (auto* error = std::get_if<cli::ArgumentError>(&ids)) {
         std::fprintf(stderr, "quarbel: %s\n", error->message.c_str());
-        return 2;
+        return cli::kExitBadInput;
     }
-    if (options.jsonPath.size() || run->count("--json") > 0) {
-        if (const std::string problem = cli::jsonPathProblem(options.jsonPath); !problem.empty()) {
-            std::fprintf(stderr, "quarbel: %s\n", problem.c_str());
-            return 2;
+    if (run->count("--json") > 0) {
+        auto target = cli::resolveReportTarget(jsonPath);
+        if (const auto* problem = std::get_if<std::string>(&target)) {
+            std::fprintf(stderr, "quarbel: %s\n", problem->c_str());
+            return cli::kExitBadInput;
         }
+        options.report = std::get<cli::ReportTarget>(std::move(target));
     }
     options.ids = std::get<std::vector<BenchmarkID>>(std::move(ids));
     return runBenchmarks(argc, argv, std::move(options));

@@ -1,10 +1,6 @@
 #include "cli/run_arguments.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
-#include <unistd.h>
 
 namespace quarbel::cli {
 
@@ -30,21 +26,6 @@ std::variant<std::vector<BenchmarkID>, ArgumentError> benchmarksToRun(const std:
         ids.push_back(*id);
     }
     return ids;
-}
-
-std::string jsonPathProblem(const std::string& path) {
-    namespace fs = std::filesystem;
-    if (path.empty()) return "--json needs a file name";
-    const fs::path file(path);
-    std::error_code error;
-    if (fs::is_directory(file, error)) return "--json " + path + " is a directory, not a file";
-    const fs::path directory = file.has_parent_path() ? file.parent_path() : fs::path(".");
-    if (!fs::is_directory(directory, error))
-        return "--json: directory " + directory.string() + " does not exist";
-    if (access(directory.c_str(), W_OK | X_OK) != 0) {
-        return "--json: directory " + directory.string() + " is not writable (" + std::strerror(errno) + ")";
-    }
-    return {};
 }
 
 } // namespace quarbel::cli

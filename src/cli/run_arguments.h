@@ -18,8 +18,4 @@ struct ArgumentError {
 std::variant<std::vector<BenchmarkID>, ArgumentError> benchmarksToRun(const std::vector<std::string>& names,
                                                                       bool all);
 
-// Empty when a report can be written at `path`: its directory exists and is writable,
-// and the path is not itself a directory.
-std::string jsonPathProblem(const std::string& path);
-
 } // namespace quarbel::cli

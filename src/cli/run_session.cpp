@@ -1,11 +1,15 @@
 #include "cli/run_session.h"
 
 #include "cli/json_report.h"
+#include "cli/output_check.h"
 #include "cli/progress_line.h"
 #include "model/number_format.h"
 #include "sensors/temperature.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <unistd.h>
 
 namespace quarbel::cli {
 namespace {
@@ -13,15 +17,45 @@ namespace {
 constexpr int kBarWidth = 24;
 constexpr double kPlainReportEverySeconds = 5.0;
 
+// The result table with the detail of every failed or skipped benchmark on an indented
+// line under its row, so that the reason is on screen, not only in the JSON.
+std::string resultTableText(const RunReport& report) {
+    const std::string table = renderTable(resultTableCells(report));
+    std::string text;
+    std::size_t row = 0; // 0 is the header; row i holds report.results[i - 1]
+    for (std::size_t start = 0; start < table.size(); ++row) {
+        const std::size_t end = std::min(table.find('\n', start), table.size() - 1);
+        text.append(table, start, end - start + 1);
+        start = end + 1;
+        if (row == 0 || row > report.results.size()) continue;
+        const BenchmarkOutcome& outcome = report.results[row - 1].outcome;
+        if (outcome.status != OutcomeStatus::ok && !outcome.detail.empty())
+            text += "    " + outcome.detail + "\n";
+    }
+    return text;
+}
+
+bool anyFailed(const RunReport& report) {
+    return std::any_of(report.results.begin(), report.results.end(), [](const ReportEntry& entry) {
+        return entry.outcome.status == OutcomeStatus::failed;
+    });
+}
+
 } // namespace
 
 RunSession::RunSession(BenchmarkStore& store, RunOptions options, std::FILE* out, bool terminal,
                        std::function<std::vector<std::pair<std::string, std::string>>()> systemRows)
-    : store_(store), options_(std::move(options)), out_(out), terminal_(terminal),
+    : store_(store), options_(std::move(options)), out_(out),
+      outName_(out == stderr ? "standard error" : "standard output"), terminal_(terminal),
       systemRows_(std::move(systemRows)) {
     connect(&store_, &BenchmarkStore::logLineAppended, this, &RunSession::onLogLine);
     connect(&store_, &BenchmarkStore::currentRunTickChanged, this, &RunSession::onTick);
     connect(&store_, &BenchmarkStore::busyChanged, this, &RunSession::onBusyChanged);
+    // What the store logged before the session was attached, its initial line aside
+    // (a sensor that could not be started, say).
+    const QStringList earlier = store_.logLines();
+    for (qsizetype i = 1; i < earlier.size(); ++i)
+        onLogLine(earlier[i]);
 }
 
 void RunSession::start() {
@@ -29,22 +63,52 @@ void RunSession::start() {
     store_.setBudgetScale(options_.quick ? 0.1 : 1.0);
     startedAt_ = std::chrono::system_clock::now();
     started_ = true;
+    if (stopRequested_ || !outputProblem_.empty()) {
+        finish(); // stopped before it began, or nobody would see it
+        return;
+    }
     store_.run(options_.ids, true);
 }
 
 void RunSession::requestStop() {
-    if (stopRequested_) return;
+    const bool stopping = stopRequested_ || !outputProblem_.empty();
     stopRequested_ = true;
+    if (stopping) return;
     clearProgressLine();
     std::fputs("Stopping: the running benchmark ends at its next check point...\n", stderr);
     store_.stop();
+}
+
+void RunSession::notice(std::string_view text) {
+    std::fprintf(stderr, "quarbel: %.*s\n", static_cast<int>(text.size()), text.data());
+    std::fflush(stderr);
+}
+
+void RunSession::checkOutput() {
+    if (!outputProblem_.empty()) return;
+    std::string problem = flushProblem(out_, outName_);
+    const bool reportToStandardOutput = options_.report && options_.report->standardOutput;
+    if (problem.empty() && readerGone(fileno(out_)))
+        problem = "cannot write to " + outName_ + ": " + std::strerror(EPIPE);
+    if (problem.empty() && reportToStandardOutput && readerGone(STDOUT_FILENO))
+        problem = std::string("cannot write to standard output: ") + std::strerror(EPIPE);
+    if (problem.empty()) return;
+    outputProblem_ = std::move(problem);
+    if (!store_.busy() || stopRequested_) {
+        notice(outputProblem_);
+        return;
+    }
+    notice(outputProblem_ + "; stopping the run");
+    // Not from inside the store's own signal: the stop runs from the event loop.
+    QMetaObject::invokeMethod(
+        this, [this] { store_.stop(); }, Qt::QueuedConnection);
 }
 
 void RunSession::onLogLine(const QString& line) {
     log_.push_back(line.toStdString());
     clearProgressLine();
     std::fprintf(out_, "%s\n", line.toUtf8().constData());
-    std::fflush(out_);
+    checkOutput();
 }
 
 void RunSession::clearProgressLine() {
@@ -67,16 +131,15 @@ void RunSession::onTick() {
     if (terminal_) {
         std::fprintf(out_, "\r\033[K%s", progressLine(state, kBarWidth).c_str());
         progressShown_ = true;
-    } else {
+    } else if (state.elapsedSeconds < lastPlainReport_) {
+        lastPlainReport_ = 0;
+    } else if (state.elapsedSeconds - lastPlainReport_ >= kPlainReportEverySeconds) {
         // Off a terminal, a plain line every few seconds keeps logs readable.
-        if (state.elapsedSeconds - lastPlainReport_ < kPlainReportEverySeconds) {
-            if (state.elapsedSeconds < lastPlainReport_) lastPlainReport_ = 0;
-            return;
-        }
         lastPlainReport_ = state.elapsedSeconds;
         std::fprintf(out_, "  %s\n", progressLine(state, kBarWidth).c_str());
     }
-    std::fflush(out_);
+    // Every tick, printed or not, so a reader that went away stops the run promptly.
+    checkOutput();
 }
 
 void RunSession::onBusyChanged() {
@@ -99,7 +162,7 @@ void RunSession::finish() {
     report.log = log_;
 
     std::fputs("\n", out_);
-    std::fputs(renderTable(resultTableCells(report)).c_str(), out_);
+    std::fputs(resultTableText(report).c_str(), out_);
     if (report.summary) {
         const RunSummary& s = *report.summary;
         std::fprintf(out_, "\n%s%s: %d of %d complete (%d skipped, %d failed), run score %s pts, %s s\n",
@@ -111,17 +174,32 @@ void RunSession::finish() {
         std::fputs("\nRun stopped: no summary.\n", out_);
     }
     std::fprintf(out_, "Global score: %s pts\n", scoreText(report.globalScore).c_str());
-    std::fflush(out_);
+    checkOutput();
 
-    int exitCode = stopRequested_ ? 130 : 0;
-    if (!options_.jsonPath.empty()) {
-        const std::string problem = writeFileAtomically(options_.jsonPath, jsonReportText(report));
-        if (!problem.empty()) {
-            std::fprintf(stderr, "quarbel: %s\n", problem.c_str());
-            if (exitCode == 0) exitCode = 1;
-        }
+    int exitCode = anyFailed(report) || !outputProblem_.empty() ? kExitFailed : kExitOk;
+    if (options_.report) exitCode = std::max(exitCode, writeReport(jsonReportText(report)));
+    Q_EMIT finished(stopRequested_ ? kExitStopped : exitCode);
+}
+
+int RunSession::writeReport(const std::string& text) {
+    if (options_.report->standardOutput) {
+        std::fputs(text.c_str(), stdout);
+        const std::string problem = flushProblem(stdout, "standard output");
+        if (problem.empty()) return kExitOk;
+        notice(problem + "; the JSON report is lost");
+        return kExitFailed;
     }
-    Q_EMIT finished(exitCode);
+    const ReportWrite written = writeReportFile(*options_.report, text);
+    if (written.problem.empty()) return kExitOk;
+    if (!written.keptAt.empty()) {
+        notice(written.problem + "; the report is kept in " + written.keptAt);
+    } else {
+        // Nowhere else to put it: the results go to standard error rather than nowhere.
+        notice(written.problem + "; the report follows on standard error");
+        std::fputs(text.c_str(), stderr);
+        std::fflush(stderr);
+    }
+    return kExitFailed;
 }
 
 } // namespace quarbel::cli

@@ -2,6 +2,7 @@
 // log and live progress while it runs, then the table, summary and JSON report.
 #pragma once
 
+#include "cli/report_file.h"
 #include "run/benchmark_store.h"
 #include "ui/run_report.h"
 
@@ -9,7 +10,9 @@
 
 #include <cstdio>
 #include <functional>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quarbel::cli {
@@ -18,20 +21,32 @@ struct RunOptions {
     std::vector<BenchmarkID> ids;
     bool accuracy = false;
     bool quick = false;
-    std::string jsonPath; // empty: no report file
+    std::optional<ReportTarget> report; // absent: no JSON report
+};
+
+// The process exit status of a run.
+enum ExitCode : int {
+    kExitOk = 0,        // every benchmark ended ok or skipped
+    kExitFailed = 1,    // a benchmark failed, or the results could not be written
+    kExitBadInput = 2,  // refused before anything ran
+    kExitStopped = 130, // stopped by SIGINT, SIGTERM or SIGHUP
 };
 
 class RunSession : public QObject {
     Q_OBJECT
   public:
-    // `terminal`: rewrite one live progress line in place instead of printing plain lines.
+    // `out` takes the log, progress and table. `terminal`: rewrite one live progress
+    // line in place instead of printing plain lines.
     RunSession(BenchmarkStore& store, RunOptions options, std::FILE* out, bool terminal,
                std::function<std::vector<std::pair<std::string, std::string>>()> systemRows);
 
     void start();
-    // First call stops the run cooperatively; the session then finishes with 130.
+    // A stop signal: the run stops cooperatively and the session finishes with 130.
     void requestStop();
     bool stopRequested() const { return stopRequested_; }
+
+    // One line for the user, on standard error, apart from the results.
+    void notice(std::string_view text);
 
   Q_SIGNALS:
     // The run is over and everything is printed and written; `exitCode` for the process.
@@ -42,15 +57,20 @@ class RunSession : public QObject {
     void onTick();
     void onBusyChanged();
     void clearProgressLine();
+    // After every write: a failed or unread output stops the run, as a stop signal would.
+    void checkOutput();
     void finish();
+    int writeReport(const std::string& text);
 
     BenchmarkStore& store_;
     RunOptions options_;
     std::FILE* out_;
+    std::string outName_;
     bool terminal_;
     std::function<std::vector<std::pair<std::string, std::string>>()> systemRows_;
     bool started_ = false;
     bool stopRequested_ = false;
+    std::string outputProblem_; // the first failed write, empty while all is well
     bool progressShown_ = false;
     double lastPlainReport_ = 0;
     SystemTimePoint startedAt_{};

@@ -10,14 +10,20 @@ namespace {
 
 int pipeFds[2] = {-1, -1};
 
-extern "C" void onStopSignal(int) {
+extern "C" void onStopSignal(int signalNumber) {
     const int saved = errno;
-    const char byte = 1;
+    // Signal numbers fit in one byte; the reader learns which signal arrived.
+    const auto byte = static_cast<unsigned char>(signalNumber);
     [[maybe_unused]] const ssize_t ignored = ::write(pipeFds[1], &byte, 1);
     errno = saved;
 }
 
 } // namespace
+
+void ignoreWriteFaultSignals() {
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+}
 
 StopSignals::StopSignals(QObject* parent) : QObject(parent) {
     if (pipeFds[0] < 0 && ::pipe2(pipeFds, O_CLOEXEC | O_NONBLOCK) != 0) return;
@@ -27,16 +33,16 @@ StopSignals::StopSignals(QObject* parent) : QObject(parent) {
     action.sa_handler = onStopSignal;
     sigemptyset(&action.sa_mask);
     action.sa_flags = SA_RESTART;
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
+    for (const int signalNumber : {SIGINT, SIGTERM, SIGHUP})
+        sigaction(signalNumber, &action, nullptr);
 }
 
 void StopSignals::drain() {
-    char buffer[16];
+    unsigned char buffer[16];
     ssize_t n = 0;
     while ((n = ::read(pipeFds[0], buffer, sizeof buffer)) > 0) {
         for (ssize_t i = 0; i < n; ++i)
-            Q_EMIT stopRequested(++received_);
+            Q_EMIT stopRequested(++received_, buffer[i]);
     }
 }
 

@@ -1,5 +1,5 @@
-// Turns SIGINT and SIGTERM into a Qt signal on the main thread, through a self-pipe,
-// so that a stop request runs ordinary code rather than a signal handler.
+// Turns SIGINT, SIGTERM and SIGHUP into a Qt signal on the main thread, through a
+// self-pipe, so that a stop request runs ordinary code rather than a signal handler.
 #pragma once
 
 #include <QObject>
@@ -8,6 +8,11 @@
 #include <memory>
 
 namespace quarbel::cli {
+
+// SIGPIPE and SIGXFSZ would end the process in the middle of a write and leave the
+// storage scratch files behind. Ignored, the write fails with EPIPE or EFBIG instead and
+// the caller handles it. Call first thing in main().
+void ignoreWriteFaultSignals();
 
 class StopSignals : public QObject {
     Q_OBJECT
@@ -18,8 +23,9 @@ class StopSignals : public QObject {
     int received() const { return received_; }
 
   Q_SIGNALS:
-    // Once per SIGINT or SIGTERM; `count` is 1 for the first, 2 for the second, ...
-    void stopRequested(int count);
+    // Once per SIGINT, SIGTERM or SIGHUP; `count` is 1 for the first, 2 for the second, ...
+    // and `signalNumber` the signal that arrived.
+    void stopRequested(int count, int signalNumber);
 
   private:
     void drain();

@@ -5,11 +5,16 @@
 
 #include <QObject>
 
+#include <cerrno>
 #include <cstdint>
 #include <functional>
 #include <list>
 #include <memory>
 #include <mutex>
+#include <new>
+#include <optional>
+#include <string>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -41,18 +46,35 @@ class BackgroundTasks {
     BackgroundTasks(const BackgroundTasks&) = delete;
     BackgroundTasks& operator=(const BackgroundTasks&) = delete;
 
-    // Calls `work()` on a new thread, then `done(result)` on the receiver's thread.
-    template <class Work, class Done> void start(Work work, Done done) {
+    // Calls `work()` on a new thread, then `done(result)` on the receiver's thread. When
+    // no thread can be started (a process or memory limit), neither is called and the
+    // reason comes back instead, e.g. "Resource temporarily unavailable".
+    template <class Work, class Done> [[nodiscard]] std::optional<std::string> start(Work work, Done done) {
         std::lock_guard lock(mutex_);
         const std::uint64_t key = nextKey_++;
-        threads_.emplace_back(
-            key, std::thread([this, key, work = std::move(work), done = std::move(done)]() mutable {
-                auto result = work();
-                mailbox_->post([this, key, done = std::move(done), result = std::move(result)]() mutable {
-                    reap(key);
-                    done(std::move(result));
+        try {
+            // The list entry first: once the thread runs, nothing may throw and leave it unowned.
+            threads_.emplace_back(key, std::thread());
+        } catch (const std::bad_alloc&) {
+            return std::generic_category().message(ENOMEM);
+        }
+        try {
+            threads_.back().second =
+                std::thread([this, key, work = std::move(work), done = std::move(done)]() mutable {
+                    auto result = work();
+                    mailbox_->post([this, key, done = std::move(done), result = std::move(result)]() mutable {
+                        reap(key);
+                        done(std::move(result));
+                    });
                 });
-            }));
+        } catch (const std::system_error& error) {
+            threads_.pop_back();
+            return error.code().message();
+        } catch (const std::bad_alloc&) {
+            threads_.pop_back();
+            return std::generic_category().message(ENOMEM);
+        }
+        return std::nullopt;
     }
 
     void joinAll();

@@ -271,18 +271,31 @@ void BenchmarkStore::runBenchmarkPass(BenchmarkID id, PassCompletion completion)
     context.progress = progress.get();
     context.budgetScale = budgetScale_;
     auto runWorkload = services_.runWorkload;
-    background_->start(
+    // Shared so that the pass can still be answered when its thread never starts.
+    auto pending = std::make_shared<PassCompletion>(std::move(completion));
+    const auto problem = background_->start(
         // The thread keeps the token and sink alive even after the store lets go of them.
         [runWorkload, id, context, token, progress] { return runWorkload(id, context); },
-        [this, token, completion = std::move(completion)](BenchmarkOutcome outcome) {
+        [this, token, pending](BenchmarkOutcome outcome) {
             if (workerToken_ == token) {
                 workerToken_.reset();
                 workerProgress_.reset();
             }
             // stop() may have dropped the handle already; the run task still waits for
             // the pass to end and then notices the cancellation.
-            completion(std::move(outcome));
+            (*pending)(std::move(outcome));
         });
+    if (!problem) return;
+    workerToken_.reset();
+    workerProgress_.reset();
+    // The benchmark fails and the run goes on; the outcome arrives from the event loop,
+    // as a finished pass's would.
+    QMetaObject::invokeMethod(
+        this,
+        [pending, outcome = failedOutcome("Quarbel could not start a worker thread: " + *problem + ".")] {
+            (*pending)(outcome);
+        },
+        Qt::QueuedConnection);
 }
 
 void BenchmarkStore::runVisibleMetalBenchmark(PassCompletion completion) {
@@ -449,7 +462,7 @@ void BenchmarkStore::refreshThermalSnapshot() {
     if (thermalReadInFlight_) return;
     thermalReadInFlight_ = true;
     auto read = services_.readTemperatures;
-    background_->start(
+    const auto problem = background_->start(
         [read] {
             // A low priority keeps a slow sensor read from competing with the workload.
             setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), 10);
@@ -459,6 +472,13 @@ void BenchmarkStore::refreshThermalSnapshot() {
             applyTemperatureSnapshot(snapshot);
             thermalReadInFlight_ = false;
         });
+    if (!problem) return;
+    // This reading is skipped; the next tick tries again, without repeating the message.
+    thermalReadInFlight_ = false;
+    if (thermalStartFailureLogged_) return;
+    thermalStartFailureLogged_ = true;
+    appendLog(QStringLiteral("Temperatures not read: Quarbel could not start a thread for them (%1)")
+                  .arg(qs(*problem)));
 }
 
 void BenchmarkStore::applyTemperatureSnapshot(const TemperatureSnapshot& snapshot) {

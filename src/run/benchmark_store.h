@@ -182,6 +182,7 @@ class BenchmarkStore : public QObject {
     std::shared_ptr<CancellationToken> workerToken_; // the pass now executing; null when none
     std::shared_ptr<PassProgress> workerProgress_;
     bool thermalReadInFlight_ = false;
+    bool thermalStartFailureLogged_ = false; // said once; later failed starts stay quiet
     std::optional<PassCompletion> visualContinuation_;
     std::optional<std::string> visualRunID_;
     QTimer* realtimeTimer_ = nullptr;

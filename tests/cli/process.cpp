@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <csignal>
-#include <cstring>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/wait.h>
@@ -12,67 +11,110 @@ extern char** environ;
 
 namespace quarbel::test {
 
-ProcessResult runProcess(const std::vector<std::string>& args, const std::vector<std::string>& extraEnv,
-                         const std::string& interruptAfterText, int timeoutMs) {
+ChildProcess::ChildProcess(const std::vector<std::string>& args, const std::vector<std::string>& extraEnv,
+                           const std::function<void()>& inChild) {
     int outPipe[2];
     int errPipe[2];
-    if (pipe2(outPipe, O_CLOEXEC) != 0 || pipe2(errPipe, O_CLOEXEC) != 0) return {};
+    if (pipe2(outPipe, O_CLOEXEC) != 0) return;
+    if (pipe2(errPipe, O_CLOEXEC) != 0) {
+        close(outPipe[0]);
+        close(outPipe[1]);
+        return;
+    }
+    // A variable in extraEnv replaces the inherited one (or an earlier one) of its name.
     std::vector<std::string> env;
+    const auto add = [&env](const std::string& variable) {
+        const std::string name = variable.substr(0, variable.find('=') + 1);
+        std::erase_if(env, [&](const std::string& e) { return e.starts_with(name); });
+        env.push_back(variable);
+    };
     for (char** e = environ; *e != nullptr; ++e)
         env.emplace_back(*e);
-    env.insert(env.end(), extraEnv.begin(), extraEnv.end());
+    for (const auto& variable : extraEnv)
+        add(variable);
+    std::vector<char*> argv;
+    for (const auto& a : args)
+        argv.push_back(const_cast<char*>(a.c_str()));
+    argv.push_back(nullptr);
+    std::vector<char*> envp;
+    for (const auto& e : env)
+        envp.push_back(const_cast<char*>(e.c_str()));
+    envp.push_back(nullptr);
 
-    const pid_t pid = fork();
-    if (pid == 0) {
+    pid_ = fork();
+    if (pid_ == 0) {
         dup2(outPipe[1], STDOUT_FILENO);
         dup2(errPipe[1], STDERR_FILENO);
-        std::vector<char*> argv;
-        for (const auto& a : args)
-            argv.push_back(const_cast<char*>(a.c_str()));
-        argv.push_back(nullptr);
-        std::vector<char*> envp;
-        for (const auto& e : env)
-            envp.push_back(const_cast<char*>(e.c_str()));
-        envp.push_back(nullptr);
+        if (inChild) inChild();
         execve(argv[0], argv.data(), envp.data());
         _exit(127);
     }
     close(outPipe[1]);
     close(errPipe[1]);
+    fds_[0] = outPipe[0];
+    fds_[1] = errPipe[0];
+}
 
-    ProcessResult result;
-    bool interrupted = false;
+ChildProcess::~ChildProcess() {
+    for (int& fd : fds_) {
+        if (fd >= 0) close(fd);
+        fd = -1;
+    }
+    if (pid_ > 0) {
+        kill(pid_, SIGKILL);
+        waitpid(pid_, nullptr, 0);
+    }
+}
+
+bool ChildProcess::readUntil(const std::function<bool()>& done, int timeoutMs) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
-    pollfd fds[2] = {{outPipe[0], POLLIN, 0}, {errPipe[0], POLLIN, 0}};
-    int open = 2;
-    while (open > 0 && std::chrono::steady_clock::now() < deadline) {
-        if (poll(fds, 2, 100) <= 0) continue;
+    while (!done()) {
+        if (std::chrono::steady_clock::now() >= deadline || (fds_[0] < 0 && fds_[1] < 0)) return false;
+        pollfd entries[2] = {{fds_[0], POLLIN, 0}, {fds_[1], POLLIN, 0}};
+        if (poll(entries, 2, 10) <= 0) continue;
         for (int i = 0; i < 2; ++i) {
-            if (fds[i].fd < 0 || (fds[i].revents & (POLLIN | POLLHUP)) == 0) continue;
+            if (fds_[i] < 0 || (entries[i].revents & (POLLIN | POLLHUP)) == 0) continue;
             char buffer[4096];
-            const ssize_t n = read(fds[i].fd, buffer, sizeof buffer);
+            const ssize_t n = read(fds_[i], buffer, sizeof buffer);
             if (n <= 0) {
-                close(fds[i].fd);
-                fds[i].fd = -1;
-                --open;
+                close(fds_[i]);
+                fds_[i] = -1;
                 continue;
             }
-            (i == 0 ? result.out : result.err).append(buffer, static_cast<std::size_t>(n));
-        }
-        if (!interrupted && !interruptAfterText.empty() &&
-            result.out.find(interruptAfterText) != std::string::npos) {
-            kill(pid, SIGINT);
-            interrupted = true;
+            (i == 0 ? result_.out : result_.err).append(buffer, static_cast<std::size_t>(n));
         }
     }
-    if (open > 0) kill(pid, SIGKILL);
-    for (auto& fd : fds) {
-        if (fd.fd >= 0) close(fd.fd);
-    }
+    return true;
+}
+
+void ChildProcess::closeStdout() {
+    if (fds_[0] >= 0) close(fds_[0]);
+    fds_[0] = -1;
+}
+
+void ChildProcess::signal(int signalNumber) {
+    if (pid_ > 0) kill(pid_, signalNumber);
+}
+
+ProcessResult ChildProcess::wait(int timeoutMs) {
+    readUntil([] { return false; }, timeoutMs);
+    if (pid_ <= 0) return result_;
+    if (fds_[0] >= 0 || fds_[1] >= 0) kill(pid_, SIGKILL);
     int status = 0;
-    waitpid(pid, &status, 0);
-    result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    return result;
+    waitpid(pid_, &status, 0);
+    pid_ = -1;
+    result_.killedBy = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+    result_.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + result_.killedBy;
+    return result_;
+}
+
+ProcessResult runProcess(const std::vector<std::string>& args, const std::vector<std::string>& extraEnv,
+                         const std::string& interruptAfterText, int timeoutMs) {
+    ChildProcess child(args, extraEnv);
+    if (!interruptAfterText.empty() &&
+        child.readUntil([&] { return child.out().find(interruptAfterText) != std::string::npos; }, timeoutMs))
+        child.signal(SIGINT);
+    return child.wait(timeoutMs);
 }
 
 } // namespace quarbel::test

@@ -1,19 +1,52 @@
 // Runs the quarbel binary as a child process and collects what it printed.
 #pragma once
 
+#include <sys/types.h>
+
+#include <functional>
 #include <string>
 #include <vector>
 
 namespace quarbel::test {
 
 struct ProcessResult {
-    int exitCode = -1;
+    int exitCode = -1; // the exit status, or 128 + the signal that ended the process
+    int killedBy = 0;  // the signal that ended the process, 0 when it exited
     std::string out;
     std::string err;
 };
 
+class ChildProcess {
+  public:
+    // Starts args[0] with `extraEnv` ("NAME=value") added, later values winning. `inChild` runs in the child
+    // just before exec, after standard output and error are connected to this process:
+    // it may redirect descriptors, lower limits or change directory.
+    explicit ChildProcess(const std::vector<std::string>& args, const std::vector<std::string>& extraEnv = {},
+                          const std::function<void()>& inChild = {});
+    ~ChildProcess(); // kills and reaps a child that is still running
+    ChildProcess(const ChildProcess&) = delete;
+    ChildProcess& operator=(const ChildProcess&) = delete;
+
+    // Collects output until `done()` holds (checked every few milliseconds), both
+    // streams end or `timeoutMs` pass. Returns whether `done()` held.
+    bool readUntil(const std::function<bool()>& done, int timeoutMs);
+    const std::string& out() const { return result_.out; }
+
+    // This end of the child's standard output is closed: the reader goes away.
+    void closeStdout();
+    void signal(int signalNumber);
+
+    // Reads to the end of both streams (killing the child after `timeoutMs`) and reaps it.
+    ProcessResult wait(int timeoutMs = 60000);
+
+  private:
+    pid_t pid_ = -1;
+    int fds_[2] = {-1, -1}; // read ends of the child's standard output and error
+    ProcessResult result_;
+};
+
 // Runs `args` (args[0] is the program) with `extraEnv` ("NAME=value") added; when
-// `interruptAfterLine` is not empty, sends SIGINT once stdout holds that text.
+// `interruptAfterText` is not empty, sends SIGINT once stdout holds that text.
 ProcessResult runProcess(const std::vector<std::string>& args, const std::vector<std::string>& extraEnv = {},
                          const std::string& interruptAfterText = {}, int timeoutMs = 60000);
 

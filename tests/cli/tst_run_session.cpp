@@ -1,6 +1,7 @@
 // A run driven in-process, with fake workloads, through a real SIGINT.
 #include "cli/json_report.h"
 #include "cli/progress_line.h"
+#include "cli/report_file.h"
 #include "cli/run_session.h"
 #include "cli/stop_signals.h"
 #include "fake_workloads.h"
@@ -13,6 +14,8 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <unistd.h>
 
 using namespace quarbel;
 using namespace quarbel::test;
@@ -42,13 +45,13 @@ TEST(RunSession, InterruptStopsTheRunWithoutSummaryAndExit130) {
                             {{BenchmarkID::cpuInteger, BenchmarkID::cpuFloating, BenchmarkID::cpuCrypto},
                              false,
                              true,
-                             report.string()},
+                             std::get<cli::ReportTarget>(cli::resolveReportTarget(report.string()))},
                             out, false, [] {
                                 return std::vector<std::pair<std::string, std::string>>{{"CPU", "Fake"}};
                             });
     cli::StopSignals stopSignals;
     QObject::connect(&stopSignals, &cli::StopSignals::stopRequested, &session,
-                     [&](int) { session.requestStop(); });
+                     [&](int, int) { session.requestStop(); });
     int exitCode = -1;
     QObject::connect(&session, &cli::RunSession::finished, [&](int code) { exitCode = code; });
 
@@ -90,14 +93,30 @@ TEST(ProgressLine, ShowsElapsedTargetBarAndRate) {
     EXPECT_EQ(cli::progressLine(state, 4), "CPU Single-Core  6.0/15 s [####]");
 }
 
-TEST(JsonReport, AtomicWriteLeavesNoTemporaryOnFailure) {
-    const std::string missing = "/nonexistent-quarbel-dir/report.json";
-    EXPECT_NE(cli::writeFileAtomically(missing, "{}"), "");
-    const auto path =
-        std::filesystem::temp_directory_path() / ("quarbel-atomic-" + std::to_string(getpid()) + ".json");
-    ASSERT_EQ(cli::writeFileAtomically(path.string(), "{\"a\":1}\n"), "");
-    ASSERT_EQ(cli::writeFileAtomically(path.string(), "{\"a\":2}\n"), "") << "an existing report is replaced";
-    std::ifstream in(path);
-    EXPECT_EQ(nlohmann::json::parse(in)["a"], 2);
-    std::filesystem::remove(path);
+TEST(ReportFile, AFinalWriteThatFailsAfterTheRunKeepsOrReturnsTheReport) {
+    namespace fs = std::filesystem;
+    const fs::path dir = fs::temp_directory_path() / ("quarbel-report-" + std::to_string(getpid()));
+    struct Case {
+        std::string name;
+        std::function<void(const fs::path& target)> breakIt; // after the start-up check
+        bool copyKept;
+    };
+    const std::vector<Case> cases = {
+        {"directory removed", [](const fs::path& target) { fs::remove_all(target.parent_path()); }, false},
+        {"target became a directory", [](const fs::path& target) { fs::create_directory(target); }, true},
+    };
+    for (const auto& c : cases) {
+        fs::create_directories(dir);
+        const auto target = cli::resolveReportTarget((dir / "r.json").string());
+        ASSERT_TRUE(std::holds_alternative<cli::ReportTarget>(target)) << c.name;
+        c.breakIt(dir / "r.json");
+        const cli::ReportWrite written = cli::writeReportFile(std::get<cli::ReportTarget>(target), "{}\n");
+        EXPECT_NE(written.problem, "") << c.name;
+        EXPECT_EQ(!written.keptAt.empty(), c.copyKept) << c.name;
+        if (c.copyKept) {
+            std::ifstream kept(written.keptAt);
+            EXPECT_EQ(std::string(std::istreambuf_iterator<char>(kept), {}), "{}\n") << c.name;
+        }
+        fs::remove_all(dir);
+    }
 }

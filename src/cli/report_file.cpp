@@ -1,0 +1,174 @@
+#include "cli/report_file.h"
+
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace quarbel::cli {
+namespace {
+
+constexpr int kMostLinks = 40; // as the kernel's own limit on links in one lookup
+
+std::string errorText(int errorNumber) { return std::strerror(errorNumber); }
+
+std::string directoryOf(const std::string& path) {
+    const auto slash = path.rfind('/');
+    if (slash == std::string::npos) return ".";
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+std::string fileNameOf(const std::string& path) {
+    const auto slash = path.rfind('/');
+    return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+std::string joined(const std::string& directory, const std::string& name) {
+    return directory == "/" ? "/" + name : directory + "/" + name;
+}
+
+// A short fixed-length name, so that the temporary file fits wherever the report does.
+std::string temporaryPattern(const std::string& directory) { return joined(directory, ".quarbel-XXXXXX"); }
+
+const char* kindText(mode_t mode) {
+    if (S_ISDIR(mode)) return "a directory";
+    if (S_ISCHR(mode)) return "a character device";
+    if (S_ISBLK(mode)) return "a block device";
+    if (S_ISFIFO(mode)) return "a named pipe";
+    if (S_ISSOCK(mode)) return "a socket";
+    return "not a plain file";
+}
+
+// The working directory, or empty with errno set (it may have been removed).
+std::string workingDirectory() {
+    std::string buffer(PATH_MAX, '\0');
+    if (::getcwd(buffer.data(), buffer.size()) == nullptr) return {};
+    buffer.resize(std::strlen(buffer.c_str()));
+    // A directory outside this process's root comes back as "(unreachable)...".
+    if (buffer.front() != '/') {
+        errno = ENOENT;
+        return {};
+    }
+    return buffer;
+}
+
+std::string realPath(const std::string& path) {
+    char* resolved = ::realpath(path.c_str(), nullptr);
+    if (resolved == nullptr) return {};
+    std::string text(resolved);
+    std::free(resolved);
+    return text;
+}
+
+// `path` does not exist, though it may be a symbolic link to nothing: the path that
+// creating it through the links would create.
+std::variant<std::string, int> followDanglingLinks(std::string path) {
+    for (int hop = 0; hop < kMostLinks; ++hop) {
+        struct stat status {};
+        if (::lstat(path.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) return path;
+        std::string target(PATH_MAX, '\0');
+        const ssize_t length = ::readlink(path.c_str(), target.data(), target.size());
+        if (length < 0) return errno;
+        target.resize(static_cast<std::size_t>(length));
+        path = target.starts_with('/') ? target : joined(directoryOf(path), target);
+    }
+    return ELOOP;
+}
+
+} // namespace
+
+std::variant<ReportTarget, std::string> resolveReportTarget(const std::string& argument) {
+    if (argument.empty()) return std::string("--json needs a file name, or - for standard output");
+    if (argument == "-") return ReportTarget{true, {}, 0};
+    const std::string prefix = "--json " + argument + ": ";
+
+    std::string path = argument;
+    if (!path.starts_with('/')) {
+        const std::string cwd = workingDirectory();
+        if (cwd.empty()) return prefix + "the working directory cannot be found (" + errorText(errno) + ")";
+        path = joined(cwd, path);
+    }
+
+    struct stat status {};
+    if (::stat(path.c_str(), &status) == 0) {
+        if (!S_ISREG(status.st_mode))
+            return "--json " + argument + " is " + kindText(status.st_mode) + ", not a regular file";
+        path = realPath(path);
+        if (path.empty()) return prefix + errorText(errno);
+    } else if (errno == ENOENT) {
+        auto created = followDanglingLinks(path);
+        if (const int* error = std::get_if<int>(&created)) return prefix + errorText(*error);
+        const std::string& newFile = std::get<std::string>(created);
+        const std::string name = fileNameOf(newFile);
+        if (name.empty() || name == "." || name == "..") return prefix + "not a file name";
+        const std::string directory = realPath(directoryOf(newFile));
+        if (directory.empty()) {
+            if (errno == ENOENT) return prefix + "directory " + directoryOf(newFile) + " does not exist";
+            return prefix + errorText(errno);
+        }
+        path = joined(directory, name);
+    } else {
+        return prefix + errorText(errno);
+    }
+
+    // The final write creates its temporary file beside the report: prove it can.
+    std::string probe = temporaryPattern(directoryOf(path));
+    const int fd = ::mkostemp(probe.data(), O_CLOEXEC);
+    if (fd < 0)
+        return prefix + "cannot create a file in " + directoryOf(path) + " (" + errorText(errno) + ")";
+    ::close(fd);
+    ::unlink(probe.c_str());
+
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    return ReportTarget{false, path, static_cast<mode_t>(0666 & ~mask)};
+}
+
+ReportWrite writeReportFile(const ReportTarget& target, const std::string& text) {
+    const std::string directory = directoryOf(target.path);
+    std::string temporary = temporaryPattern(directory);
+    const int fd = ::mkostemp(temporary.data(), O_CLOEXEC);
+    if (fd < 0) return {"cannot create a temporary file in " + directory + ": " + errorText(errno), {}};
+
+    const auto fail = [&](int errorNumber) {
+        ::close(fd);
+        ::unlink(temporary.c_str());
+        return ReportWrite{"cannot write " + target.path + ": " + errorText(errorNumber), {}};
+    };
+    // An existing report keeps its permission bits and, where allowed, its owner.
+    mode_t mode = target.newFileMode;
+    struct stat existing {};
+    if (::stat(target.path.c_str(), &existing) == 0 && S_ISREG(existing.st_mode)) {
+        mode = existing.st_mode & 07777;
+        if (existing.st_uid != ::geteuid() || existing.st_gid != ::getegid()) {
+            [[maybe_unused]] const int ignored = ::fchown(fd, existing.st_uid, existing.st_gid);
+        }
+    }
+    if (::fchmod(fd, mode) != 0) return fail(errno);
+    std::size_t written = 0;
+    while (written < text.size()) {
+        const ssize_t n = ::write(fd, text.data() + written, text.size() - written);
+        if (n < 0 && errno == EINTR) continue;
+        if (n < 0) return fail(errno);
+        written += static_cast<std::size_t>(n);
+    }
+    if (::fsync(fd) != 0) return fail(errno);
+    if (::close(fd) != 0) {
+        const int error = errno;
+        ::unlink(temporary.c_str());
+        return {"cannot write " + target.path + ": " + errorText(error), {}};
+    }
+    if (::rename(temporary.c_str(), target.path.c_str()) != 0)
+        return {"cannot replace " + target.path + ": " + errorText(errno), temporary};
+    // The rename itself reaches the disk with the directory.
+    if (const int dir = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); dir >= 0) {
+        ::fsync(dir);
+        ::close(dir);
+    }
+    return {};
+}
+
+} // namespace quarbel::cli

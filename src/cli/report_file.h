@@ -1,0 +1,36 @@
+// Where `quarbel run --json` writes its report, checked before the run starts so that a
+// report that cannot be written is refused at once rather than lost after the run.
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <variant>
+
+namespace quarbel::cli {
+
+struct ReportTarget {
+    bool standardOutput = false; // "-": the report goes to standard output
+    std::string path;            // absolute, symbolic links resolved: the regular file to write
+    mode_t newFileMode = 0644;   // permission bits for a file that does not exist yet
+};
+
+// Resolves the `--json` argument: "-" is standard output; anything else must name a
+// regular file, new or existing, possibly through symbolic links (the file they end at
+// is the one replaced, the links stay). Devices, pipes, sockets and directories are
+// refused. A relative path is made absolute against today's working directory. The
+// temporary file of the final write is created and removed once here, so a directory
+// that refuses it fails now. Returns the one-line error otherwise.
+// Reads the umask: call before any other thread runs.
+std::variant<ReportTarget, std::string> resolveReportTarget(const std::string& argument);
+
+struct ReportWrite {
+    std::string problem; // empty when the report is in place
+    std::string keptAt;  // a complete copy that could not be moved into place, or empty
+};
+
+// Replaces `target.path` atomically: a temporary file beside it, written, synced and
+// renamed over it. An existing file keeps its permission bits. Not for standardOutput.
+ReportWrite writeReportFile(const ReportTarget& target, const std::string& text);
+
+} // namespace quarbel::cli
