@@ -27,13 +27,14 @@ std::variant<LaunchOptions, LaunchExit> parseLaunchArguments(const std::vector<s
     std::vector<std::string> names;
     cli::RunOptions run;
     bool quitWhenDone = false;
+    std::string jsonPath;
     app.add_option("--run", names, "Start this run as the window opens: all, or identifiers in order")
         ->delimiter(',')
         ->type_name("all|ID[,ID...]");
     app.add_flag("--accuracy", run.accuracy, "Accuracy Mode: three passes each, keep the median");
     app.add_flag("--quick", run.quick,
                  "Divide every time budget by 10 (needs --run; results are marked quick)");
-    app.add_option("--json", run.jsonPath, "Write the run's results as JSON to FILE (needs --run)")
+    app.add_option("--json", jsonPath, "Write the run's results as JSON to FILE (needs --run)")
         ->type_name("FILE");
     app.add_flag("--quit-when-done", quitWhenDone, "Quit once the run's summary is out (needs --run)");
 
@@ -66,8 +67,9 @@ std::variant<LaunchOptions, LaunchExit> parseLaunchArguments(const std::vector<s
     auto ids = cli::benchmarksToRun(all ? std::vector<std::string>{} : names, all);
     if (const auto* error = std::get_if<cli::ArgumentError>(&ids)) return badArgument(error->message);
     if (app.count("--json") > 0) {
-        if (const std::string problem = cli::jsonPathProblem(run.jsonPath); !problem.empty())
-            return badArgument(problem);
+        auto target = cli::resolveReportTarget(jsonPath);
+        if (const auto* problem = std::get_if<std::string>(&target)) return badArgument(*problem);
+        run.report = std::get<cli::ReportTarget>(std::move(target));
     }
     run.ids = std::get<std::vector<BenchmarkID>>(std::move(ids));
     options.run = std::move(run);

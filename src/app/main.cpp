@@ -63,6 +63,16 @@ int main(int argc, char** argv) {
     app::MainWindowPlacement::Coordinator placement(frameSettings);
     placement.observe(window);
 
+    // Notices from below the window (a device choice that found nothing, scratch space
+    // reclaimed from an interrupted run) go to the log, on the main thread.
+    setScratchNoticeSink([&store](const std::string& text) {
+        QMetaObject::invokeMethod(
+            &store, [&store, text] { store.logNotice(QString::fromStdString(text)); }, Qt::QueuedConnection);
+    });
+    if (const auto warning = gpu::deviceSelectionWarning()) {
+        std::fprintf(stderr, "quarbel-gui: %s\n", warning->c_str());
+        store.logNotice(QString::fromStdString(*warning));
+    }
     if (options.accuracy) store.setAccuracyMode(true);
     app::FirstPaintProbe::watch(window);
     window.show();
@@ -99,6 +109,7 @@ int main(int argc, char** argv) {
     }
 
     const int exitCode = QApplication::exec();
+    setScratchNoticeSink({});
     placement.cleanup();
     return runExitCode.value_or(exitCode);
 }

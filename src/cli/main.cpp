@@ -74,10 +74,16 @@ int runBenchmarks(int argc, char** argv, cli::RunOptions options) {
         exitCode = code;
         app.quit();
     });
-    // Housekeeping that has to finish before the first benchmark goes here, ahead of
-    // start(); it tells the user about itself through session.notice().
+    // The storage benchmarks first remove scratch directories that interrupted runs left
+    // behind, and say so from their own thread: the line is printed on the main thread,
+    // between the session's own lines.
+    setScratchNoticeSink([&session](const std::string& text) {
+        QMetaObject::invokeMethod(
+            &session, [&session, text] { session.notice(text); }, Qt::QueuedConnection);
+    });
     QTimer::singleShot(0, &session, &cli::RunSession::start);
     app.exec();
+    setScratchNoticeSink({});
     return exitCode;
 }
 
@@ -128,7 +134,15 @@ int main(int argc, char** argv) {
     }
 
     if (app.got_subcommand("list")) return afterFlushingOutput(listBenchmarks());
+    const auto warnAboutDeviceChoice = [] {
+        if (const auto warning = gpu::deviceSelectionWarning())
+            std::fprintf(stderr, "quarbel: %s\n", warning->c_str());
+    };
     if (app.got_subcommand("info")) {
+        warnAboutDeviceChoice();
+        setScratchNoticeSink(
+            [](const std::string& text) { std::fprintf(stderr, "quarbel: %s\n", text.c_str()); });
+        reclaimStaleScratchDirectoriesAndNotify();
         const auto temperatures =
             makeTemperatureSnapshot(QuarbelReadTemperatures(), std::chrono::system_clock::now());
         const auto& rows = SystemSnapshot::rows();
@@ -152,5 +166,6 @@ int main(int argc, char** argv) {
         options.report = std::get<cli::ReportTarget>(std::move(target));
     }
     options.ids = std::get<std::vector<BenchmarkID>>(std::move(ids));
+    warnAboutDeviceChoice();
     return runBenchmarks(argc, argv, std::move(options));
 }

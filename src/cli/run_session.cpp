@@ -80,6 +80,9 @@ void RunSession::requestStop() {
 }
 
 void RunSession::notice(std::string_view text) {
+    // The live progress line comes back at the next tick.
+    clearProgressLine();
+    std::fflush(out_);
     std::fprintf(stderr, "quarbel: %.*s\n", static_cast<int>(text.size()), text.data());
     std::fflush(stderr);
 }

@@ -1,7 +1,7 @@
 #include "run/benchmark_store.h"
 
-#include "run/background_tasks.h"
 #include "model/accuracy.h"
+#include "run/background_tasks.h"
 #include "run/window_presenter.h"
 #include "run/workload_dispatch.h"
 
@@ -424,6 +424,8 @@ void BenchmarkStore::closeAnimationWindow() {
     animationWindowOpen_ = false;
     if (presenter_ != nullptr) presenter_->closeWindow();
 }
+
+void BenchmarkStore::logNotice(const QString& text) { appendLog(text); }
 
 void BenchmarkStore::appendLog(const QString& text) {
     // One formatter for every line: local time, 24-hour clock.

@@ -117,6 +117,8 @@ class BenchmarkStore : public QObject {
     void run(const std::vector<quarbel::BenchmarkID>& ids, bool followsActiveTest);
     void stop();
     void startThermalMonitor(double intervalSeconds);
+    // Adds a line from outside the run (a housekeeping notice) to the log, time-stamped.
+    void logNotice(const QString& text);
     void refreshThermalSnapshot();
 
   Q_SIGNALS:

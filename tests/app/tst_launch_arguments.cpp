@@ -41,7 +41,7 @@ TEST(LaunchArguments, GoodArgumentsGiveTheRunToStart) {
         EXPECT_EQ(options.run->ids, c.ids);
         EXPECT_EQ(options.run->accuracy, c.accuracy);
         EXPECT_EQ(options.run->quick, c.quick);
-        EXPECT_EQ(options.run->jsonPath, c.jsonPath);
+        EXPECT_EQ(options.run->report ? options.run->report->path : std::string(), c.jsonPath);
     }
 }
 
