@@ -179,6 +179,9 @@ std::unique_ptr<Context> Context::openDefault() {
 }
 
 Context::~Context() {
+    // A lost device may never finish: waiting for it, or destroying what it still uses,
+    // could block this thread for good.
+    if (lost_) return;
     if (device_ != VK_NULL_HANDLE) {
         vkDeviceWaitIdle(device_);
         if (fence_ != VK_NULL_HANDLE) vkDestroyFence(device_, fence_, nullptr);
@@ -198,6 +201,7 @@ std::optional<std::uint32_t> Context::findMemoryType(std::uint32_t typeBits,
 }
 
 VkResult Context::submitAndWait(const std::function<void(VkCommandBuffer)>& record) {
+    if (lost_) return VK_ERROR_DEVICE_LOST;
     VkResult result = vkResetCommandBuffer(commandBuffer_, 0);
     if (result != VK_SUCCESS) return result;
     VkCommandBufferBeginInfo begin{};
@@ -215,7 +219,14 @@ VkResult Context::submitAndWait(const std::function<void(VkCommandBuffer)>& reco
     submit.pCommandBuffers = &commandBuffer_;
     result = vkQueueSubmit(queue_, 1, &submit, fence_);
     if (result != VK_SUCCESS) return result;
-    result = vkWaitForFences(device_, 1, &fence_, VK_TRUE, UINT64_MAX);
+    // A driver that could not start its own threads (a tight address-space limit, say)
+    // never signals the fence: wait a bounded time rather than hang the run.
+    result = vkWaitForFences(device_, 1, &fence_, VK_TRUE,
+                             static_cast<std::uint64_t>(kSubmissionTimeoutSeconds * 1e9));
+    if (result == VK_TIMEOUT) {
+        lost_ = true;
+        return result;
+    }
     const VkResult reset = vkResetFences(device_, 1, &fence_);
     return result != VK_SUCCESS ? result : reset;
 }

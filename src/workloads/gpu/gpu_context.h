@@ -43,8 +43,14 @@ class Context {
 
     // Records the commands through `record` into the context's one command buffer, submits it
     // and blocks until the device has finished it, so exactly one command buffer is ever in
-    // flight. Returns the first failing VkResult, VK_SUCCESS when the work completed.
+    // flight. Returns the first failing VkResult, VK_SUCCESS when the work completed, and
+    // VK_TIMEOUT when the device has not finished within kSubmissionTimeoutSeconds: the
+    // context then counts as lost and refuses further work.
     VkResult submitAndWait(const std::function<void(VkCommandBuffer)>& record);
+
+    // Far longer than any one submission of the workloads takes on a CPU device (about 6 s
+    // for the largest); a device that needs more has stopped working.
+    static constexpr double kSubmissionTimeoutSeconds = 60;
 
   private:
     Context() = default;
@@ -59,6 +65,9 @@ class Context {
     VkPhysicalDeviceMemoryProperties memory_{};
     std::string name_;
     bool supportsGraphics_ = false;
+    // A submission outlived its timeout: the device may still hold the command buffer, so
+    // nothing waits for it or destroys it any more (it is left to the process's end).
+    bool lost_ = false;
     std::uint32_t threadExecutionWidth_ = 1;
     std::uint32_t maxThreadsPerGroup_ = 1;
     std::uint32_t maxGroupsPerDimension_ = 1;

@@ -65,6 +65,7 @@ BenchmarkOutcome measure(const WorkloadContext& context, const MetalComputeParam
     const gpu::DispatchGrid grid = gpu::dispatchGridFor(count, width, gpu->maxGroupsPerDimension());
     const gpu::TimedDispatches run = gpu::dispatchUntilBudget(
         *gpu, *kernel.pipeline, &arguments, grid, context.budget(kBudgetSeconds), context, "dispatches");
+    if (run.deviceLost) return failedOutcome("Metal compute failed: the GPU stopped answering.");
     const std::int64_t dispatches = run.completed;
     const double elapsed = run.elapsed;
 

@@ -51,6 +51,9 @@ BenchmarkOutcome measure(const WorkloadContext& context, const MetalVisualParame
             scene.pipeline->recordStrip(commands, &uniforms);
             target->recordEnd(commands);
         });
+        // A device that stopped answering will not come back: say so rather than spin.
+        if (result == VK_TIMEOUT || result == VK_ERROR_DEVICE_LOST)
+            return failedOutcome("Metal visual failed: the GPU stopped answering.");
         // A frame the device refused is not counted, but the run goes on until its time.
         if (result == VK_SUCCESS) ++frames;
         const double elapsed = monotonicSeconds() - start;

@@ -64,6 +64,7 @@ BenchmarkOutcome measure(const WorkloadContext& context, const RawMetalDecodePar
     const gpu::DispatchGrid grid = gpu::dispatchGridFor(samples, width, device->maxGroupsPerDimension());
     const gpu::TimedDispatches run = gpu::dispatchUntilBudget(
         *device, *kernel.pipeline, &size, grid, context.budget(kBudgetSeconds), context, "frames");
+    if (run.deviceLost) return failedOutcome("RAW Metal failed: the GPU stopped answering.");
     const std::int64_t frames = run.completed;
     const double elapsed = run.elapsed;
     // No clamp on the frame count here: a run without a single frame rates 0.

@@ -16,7 +16,10 @@ TimedDispatches dispatchUntilBudget(Context& gpu, const ComputePipeline& pipelin
     for (;;) {
         const VkResult result = gpu.submitAndWait(
             [&](VkCommandBuffer commands) { pipeline.recordDispatch(commands, arguments, grid); });
-        if (result != VK_SUCCESS) break;
+        if (result != VK_SUCCESS) {
+            run.deviceLost = result == VK_TIMEOUT || result == VK_ERROR_DEVICE_LOST;
+            break;
+        }
         ++run.completed;
         const double elapsed = monotonicSeconds() - start;
         context.reportProgress(run.completed, elapsed, unit);

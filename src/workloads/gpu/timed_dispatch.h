@@ -13,6 +13,9 @@ namespace quarbel::gpu {
 struct TimedDispatches {
     std::int64_t completed = 0; // dispatches the device finished
     double elapsed = 0;         // seconds from the first submission, at least 1e-6
+    // The device stopped answering (a submission timed out or the device was lost): the
+    // counts above cannot be trusted, and the benchmark fails.
+    bool deviceLost = false;
 };
 
 // Dispatches `pipeline` over `grid` with `arguments`, waiting for each dispatch, until
