@@ -9,17 +9,8 @@ namespace quarbel::app {
 namespace {
 
 QLabel* centredLabel(const QString& text, qreal pointScale, QFont::Weight weight, const QColor& colour) {
-    auto* label = new QLabel(text);
-    label->setTextFormat(Qt::PlainText);
+    QLabel* label = makeTextLabel(text, pointScale, weight, colour);
     label->setAlignment(Qt::AlignHCenter);
-    label->setWordWrap(true);
-    QFont font = label->font();
-    font.setPointSizeF(font.pointSizeF() * pointScale);
-    font.setWeight(weight);
-    label->setFont(font);
-    QPalette palette = label->palette();
-    palette.setColor(QPalette::WindowText, colour);
-    label->setPalette(palette);
     return label;
 }
 

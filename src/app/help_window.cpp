@@ -53,17 +53,8 @@ const std::array<HelpSection, 10>& helpSections() {
 namespace {
 
 QLabel* makeLabel(const QString& text, qreal pointScale, QFont::Weight weight, const QColor& colour) {
-    auto* label = new QLabel(text);
-    label->setTextFormat(Qt::PlainText);
-    label->setWordWrap(true);
+    QLabel* label = makeTextLabel(text, pointScale, weight, colour);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    QFont font = label->font();
-    font.setPointSizeF(font.pointSizeF() * pointScale);
-    font.setWeight(weight);
-    label->setFont(font);
-    QPalette palette = label->palette();
-    palette.setColor(QPalette::WindowText, colour);
-    label->setPalette(palette);
     return label;
 }
 

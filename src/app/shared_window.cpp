@@ -21,6 +21,20 @@ void applyDarkPalette(QWidget& widget) {
                        "QScrollBar::add-line, QScrollBar::sub-line { height: 0; }"));
 }
 
+QLabel* makeTextLabel(const QString& text, qreal pointScale, QFont::Weight weight, const QColor& colour) {
+    auto* label = new QLabel(text);
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    QFont font = label->font();
+    font.setPointSizeF(font.pointSizeF() * pointScale);
+    font.setWeight(weight);
+    label->setFont(font);
+    QPalette palette = label->palette();
+    palette.setColor(QPalette::WindowText, colour);
+    label->setPalette(palette);
+    return label;
+}
+
 SharedWindowController::SharedWindowController(std::function<std::unique_ptr<QWidget>()> makeWindow)
     : makeWindow_(std::move(makeWindow)) {}
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <QColor>
+#include <QLabel>
 #include <QWidget>
 
 #include <functional>
@@ -18,6 +19,9 @@ inline const QColor kSecondaryText{0xa4, 0xa7, 0xb0};
 
 // Gives `widget` and its children the dark background and light text.
 void applyDarkPalette(QWidget& widget);
+
+// A word-wrapped plain-text label at `pointScale` times the application font, in `colour`.
+QLabel* makeTextLabel(const QString& text, qreal pointScale, QFont::Weight weight, const QColor& colour);
 
 class SharedWindowController {
   public:
