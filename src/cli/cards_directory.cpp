@@ -22,7 +22,7 @@ std::variant<CardsDirectory, std::string> prepareCardsDirectory(const std::strin
     struct stat status {};
     if (::stat(path.c_str(), &status) == 0) {
         if (!S_ISDIR(status.st_mode)) return option + " " + argument + " exists and is not a directory";
-    } else if (errno == ENOENT) {
+    } else if (errno == ENOENT || errno == ENOTDIR) {
         fs::create_directories(path, error);
         if (error) return prefix + "cannot create the directory (" + error.message() + ")";
     } else {

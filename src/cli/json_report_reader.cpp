@@ -130,7 +130,7 @@ RunSummary summary(const json& value) {
 }
 
 RunReport report(const json& document) {
-    if (!document.is_object()) throw NotAReport{"the text is not a JSON object"};
+    if (!document.is_object()) throw NotAReport{"not a JSON object"};
     if (const int schema = integer(document, "schema", ""); schema != 1)
         throw NotAReport{"schema " + std::to_string(schema) +
                          " is not known to this quarbel (it reads schema 1)"};

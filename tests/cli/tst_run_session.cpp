@@ -45,7 +45,8 @@ TEST(RunSession, InterruptStopsTheRunWithoutSummaryAndExit130) {
                             {{BenchmarkID::cpuInteger, BenchmarkID::cpuFloating, BenchmarkID::cpuCrypto},
                              false,
                              true,
-                             std::get<cli::ReportTarget>(cli::resolveReportTarget(report.string()))},
+                             std::get<cli::ReportTarget>(cli::resolveReportTarget(report.string())),
+                             std::nullopt},
                             out, false, [] {
                                 return std::vector<std::pair<std::string, std::string>>{{"CPU", "Fake"}};
                             });
@@ -132,7 +133,8 @@ TEST(RunSession, EachResultCarriesTheTemperaturesAtItsEndAndItsMode) {
                             {{BenchmarkID::cpuCrypto},
                              true,
                              false,
-                             std::get<cli::ReportTarget>(cli::resolveReportTarget(report.string()))},
+                             std::get<cli::ReportTarget>(cli::resolveReportTarget(report.string())),
+                             std::nullopt},
                             out, false, {});
     int exitCode = -1;
     QObject::connect(&session, &cli::RunSession::finished, [&](int code) { exitCode = code; });

@@ -76,7 +76,7 @@ TEST(ResultCardSaver, SavesTheSelectedOutcomeAndTheSummaryThroughANonModalDialog
 
         const QString path = dir.filePath(suggested);
         dialog->selectFile(path);
-        dialog->accept();
+        static_cast<QDialog*>(dialog)->accept(); // the dialog's own accept, as its Save button
         EXPECT_EQ(QImage(path).size(), c.size) << suggested.toStdString();
         EXPECT_EQ(w.errorBox(), nullptr);
         QTest::qWait(1); // the finished dialog goes on the next turn of the event loop
@@ -101,7 +101,7 @@ TEST(ResultCardSaver, CancelDoesNothingAndAFailedWriteWarnsWithTheSystemsReason)
     ASSERT_NE(dialog, nullptr);
     const QString unreachable = dir.filePath(QStringLiteral("missing/card.png"));
     dialog->selectFile(unreachable);
-    dialog->accept();
+    static_cast<QDialog*>(dialog)->accept();
     QMessageBox* box = w.errorBox();
     ASSERT_NE(box, nullptr);
     EXPECT_EQ(box->icon(), QMessageBox::Warning);
