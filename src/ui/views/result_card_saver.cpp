@@ -7,6 +7,7 @@
 #include "ui/views/main_window.h"
 #include "ui/views/result_panel.h"
 #include "ui/views/summary_panel.h"
+#include "ui/views/theme.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -29,6 +30,31 @@ cards::HardwareRows hardwareRows() {
 }
 
 std::string appVersion() { return QCoreApplication::applicationVersion().toStdString(); }
+
+// The dialogs inherit the window's light text from its style sheet, so they need the dark
+// surfaces under it too: lists, fields and buttons included.
+void useDarkSurfaces(QWidget& dialog) {
+    QPalette palette = dialog.palette();
+    const QColor field = QColor(0x0d, 0x0f, 0x12);
+    palette.setColor(QPalette::Window, theme::panel());
+    palette.setColor(QPalette::Base, field);
+    palette.setColor(QPalette::AlternateBase, theme::panel());
+    palette.setColor(QPalette::Button, QColor(0x1b, 0x1f, 0x24));
+    for (const auto role :
+         {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::HighlightedText})
+        palette.setColor(role, theme::text());
+    palette.setColor(QPalette::PlaceholderText, theme::muted());
+    palette.setColor(QPalette::Highlight, QColor::fromRgbF(0.13f, 0.79f, 0.88f, 0.35f));
+    dialog.setPalette(palette);
+    dialog.setStyleSheet(QStringLiteral("QDialog { background: %1; }"
+                                        "QLineEdit, QComboBox, QTreeView, QListView { background: %2; "
+                                        "border: 1px solid rgba(255,255,255,0.13); border-radius: 5px; }"
+                                        "QLineEdit, QComboBox { padding: 4px; }"
+                                        "QHeaderView, QHeaderView::section { background: %1; color: "
+                                        "rgba(255,255,255,0.62); border: none; "
+                                        "padding: 4px 6px; }")
+                             .arg(theme::panel().name(), field.name()));
+}
 
 } // namespace
 
@@ -89,6 +115,7 @@ void ResultCardSaver::save(std::function<QImage()> render, const QString& sugges
     dialog->selectFile(suggestedName);
     // The window stays usable while the dialog is open, as a sheet would leave it.
     dialog->setWindowModality(Qt::NonModal);
+    useDarkSurfaces(*dialog);
     connect(dialog, &QFileDialog::fileSelected, this,
             [this, render = std::move(render)](const QString& path) {
                 directory_ = QFileInfo(path).absolutePath();
@@ -105,6 +132,7 @@ void ResultCardSaver::showSaveError(const QString& reason) {
     box->setInformativeText(reason);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setWindowModality(Qt::ApplicationModal);
+    useDarkSurfaces(*box);
     box->show();
 }
 
