@@ -5,6 +5,8 @@
 #   storage.png     SSD Sequential running on its inline stage
 #   suite.png       a finished quick suite with its summary
 #   help.png        the help window over the main window
+#   cards-suite/    the result cards of the quick suite (quarbel card on its report)
+#   cards-skipped/  the result cards of a quick run without Vulkan and OpenCL drivers
 # Usage: scripts/screenshots.sh [output dir, default build/screenshots]
 # Installs Xvfb, xdotool and ImageMagick when missing. Nothing is written outside the
 # output dir and a private temporary directory (settings and scratch files).
@@ -90,3 +92,12 @@ stop_gui
 
 leftovers="$(find "$TMPDIR" -mindepth 1 -maxdepth 1 | wc -l)"
 [[ "$leftovers" -eq 0 ]] || echo "warning: $leftovers entries left in the scratch directory" >&2
+
+# The result cards need no display: the command line draws them offscreen. Once from the
+# quick suite's report, once from a run whose GPU benchmarks are skipped because the
+# Vulkan and OpenCL loaders find no driver.
+CLI="$ROOT/build/dev/src/cli/quarbel"
+rm -rf "$OUT/cards-suite" "$OUT/cards-skipped"
+"$CLI" card "$PRIVATE/report.json" --out "$OUT/cards-suite"
+VK_ICD_FILENAMES=/nonexistent.json OCL_ICD_VENDORS=/nonexistent "$CLI" run cpuInteger memoryStream metalVisual \
+  metalCompute openCLCompute rawMetalDecode --quick --cards "$OUT/cards-skipped" | grep '^Result card:'

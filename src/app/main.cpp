@@ -13,6 +13,7 @@
 #include "run/benchmark_store.h"
 #include "sensors/system_snapshot.h"
 #include "ui/views/main_window.h"
+#include "ui/views/result_card_saver.h"
 #include "workloads/gpu/gpu_device_name.h"
 #include "workloads/storage/storage_workloads.h"
 
@@ -51,6 +52,7 @@ int main(int argc, char** argv) {
 
     BenchmarkStore store;
     ui::MainWindow window(store);
+    new ui::ResultCardSaver(store, window); // the Save Result Card buttons; owned by the window
     app::QuarbelHelpWindowController help;
     app::QuarbelAboutWindowController about(QStringLiteral(QUARBEL_VERSION));
     app::QuarbelAppDelegate delegate(store);

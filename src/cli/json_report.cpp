@@ -13,6 +13,12 @@ json lineJson(const MeasurementLine& line) {
 
 json optionalNumber(const std::optional<double>& value) { return value ? json(*value) : json(nullptr); }
 
+json temperatureJson(const TemperatureSnapshot& t) {
+    return {{"cpu", optionalNumber(t.cpuCelsius)},
+            {"gpu", optionalNumber(t.gpuCelsius)},
+            {"readAt", t.updatedAt ? json(isoTimestamp(*t.updatedAt)) : json(nullptr)}};
+}
+
 json summaryJson(const RunSummary& s) {
     return {{"title", s.title},
             {"completed", s.completed},
@@ -45,7 +51,9 @@ std::string jsonReportText(const RunReport& report) {
                            {"primary", lineJson(o.primary)},
                            {"secondary", o.secondary ? lineJson(*o.secondary) : json(nullptr)},
                            {"duration", o.duration},
-                           {"detail", o.detail}});
+                           {"detail", o.detail},
+                           {"accuracyMode", entry.accuracyMode},
+                           {"temperatureAtEnd", temperatureJson(entry.temperatureAtEnd)}});
     }
     const json document = {
         {"schema", 1},

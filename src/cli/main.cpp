@@ -1,4 +1,6 @@
 // quarbel: the headless command line of the benchmark suite.
+#include "cli/card_command.h"
+#include "cli/cards_directory.h"
 #include "cli/info_command.h"
 #include "cli/output_check.h"
 #include "cli/report_file.h"
@@ -28,8 +30,8 @@ constexpr const char* kDescription =
 
 constexpr const char* kExitStatus = "Exit status:\n"
                                     "  0    every benchmark ended ok or skipped\n"
-                                    "  1    a benchmark failed, or the output or the --json report could "
-                                    "not be written\n"
+                                    "  1    a benchmark failed, or the output, the --json report or a "
+                                    "result card could not be written\n"
                                     "  2    bad input; nothing was run\n"
                                     "  130  stopped by Ctrl-C, SIGTERM or SIGHUP";
 
@@ -53,7 +55,8 @@ int afterFlushingOutput(int exitCode) {
 }
 
 int runBenchmarks(int argc, char** argv, cli::RunOptions options) {
-    QCoreApplication app(argc, argv);
+    const auto application = cli::makeApplication(argc, argv, options.cardsDirectory.has_value());
+    QCoreApplication& app = *application;
     BenchmarkStore store;
     // With the report on standard output, everything meant for people goes to standard error.
     std::FILE* out = options.report && options.report->standardOutput ? stderr : stdout;
@@ -119,6 +122,23 @@ int main(int argc, char** argv) {
                     "Also write the results as JSON to FILE, a regular file replaced atomically (symbolic "
                     "links are followed), or to standard output for -")
         ->type_name("FILE");
+    std::string cardsArgument;
+    run->add_option("--cards", cardsArgument,
+                    "Also write the global result card and one card per benchmark as PNG files into DIR, "
+                    "created when missing")
+        ->type_name("DIR");
+
+    auto* card =
+        app.add_subcommand("card", "Render the PNG result cards of a saved JSON report (no display needed)");
+    card->footer(
+        "Exit status: 0 cards written, 1 a card could not be written, 2 the report or DIR is unusable");
+    std::string reportPath;
+    std::string outArgument = ".";
+    card->add_option("report", reportPath, "A report written by 'quarbel run --json'")
+        ->required()
+        ->type_name("REPORT.json");
+    card->add_option("--out", outArgument, "Write the cards into DIR, created when missing (default: here)")
+        ->type_name("DIR");
 
     try {
         app.parse(argc, argv);
@@ -134,6 +154,8 @@ int main(int argc, char** argv) {
     }
 
     if (app.got_subcommand("list")) return afterFlushingOutput(listBenchmarks());
+    if (app.got_subcommand("card"))
+        return afterFlushingOutput(cli::cardCommand(reportPath, outArgument, argc, argv));
     const auto warnAboutDeviceChoice = [] {
         if (const auto warning = gpu::deviceSelectionWarning())
             std::fprintf(stderr, "quarbel: %s\n", warning->c_str());
@@ -164,6 +186,14 @@ int main(int argc, char** argv) {
             return cli::kExitBadInput;
         }
         options.report = std::get<cli::ReportTarget>(std::move(target));
+    }
+    if (run->count("--cards") > 0) {
+        auto directory = cli::prepareCardsDirectory("--cards", cardsArgument);
+        if (const auto* problem = std::get_if<std::string>(&directory)) {
+            std::fprintf(stderr, "quarbel: %s\n", problem->c_str());
+            return cli::kExitBadInput;
+        }
+        options.cardsDirectory = std::get<cli::CardsDirectory>(std::move(directory)).path;
     }
     options.ids = std::get<std::vector<BenchmarkID>>(std::move(ids));
     warnAboutDeviceChoice();

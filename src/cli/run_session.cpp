@@ -1,5 +1,6 @@
 #include "cli/run_session.h"
 
+#include "cli/card_command.h"
 #include "cli/json_report.h"
 #include "cli/output_check.h"
 #include "cli/progress_line.h"
@@ -160,6 +161,11 @@ void RunSession::finish() {
     report.finishedAt = std::chrono::system_clock::now();
     if (systemRows_) report.system = systemRows_();
     report.results = reportEntries(store_.rows(), options_.ids);
+    for (ReportEntry& entry : report.results) {
+        const BenchmarkEndState& end = store_.endState(entry.id);
+        entry.temperatureAtEnd = end.temperature;
+        entry.accuracyMode = end.accuracyMode;
+    }
     report.summary = store_.runSummary();
     report.globalScore = store_.totalScore();
     report.log = log_;
@@ -181,6 +187,8 @@ void RunSession::finish() {
 
     int exitCode = anyFailed(report) || !outputProblem_.empty() ? kExitFailed : kExitOk;
     if (options_.report) exitCode = std::max(exitCode, writeReport(jsonReportText(report)));
+    if (options_.cardsDirectory)
+        exitCode = std::max(exitCode, writeCards(report, *options_.cardsDirectory, out_));
     Q_EMIT finished(stopRequested_ ? kExitStopped : exitCode);
 }
 

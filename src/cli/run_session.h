@@ -1,5 +1,5 @@
 // Drives one `quarbel run` through the BenchmarkStore on the main thread: prints the
-// log and live progress while it runs, then the table, summary and JSON report.
+// log and live progress while it runs, then the table, summary, JSON report and cards.
 #pragma once
 
 #include "cli/report_file.h"
@@ -21,7 +21,8 @@ struct RunOptions {
     std::vector<BenchmarkID> ids;
     bool accuracy = false;
     bool quick = false;
-    std::optional<ReportTarget> report; // absent: no JSON report
+    std::optional<ReportTarget> report;        // absent: no JSON report
+    std::optional<std::string> cardsDirectory; // absent: no result cards; else checked, absolute
 };
 
 // The process exit status of a run.

@@ -224,6 +224,7 @@ void BenchmarkStore::benchmarkFinished(BenchmarkOutcome outcome) {
         }
         return QStringLiteral("%1: unavailable").arg(qs(title(id)));
     }();
+    endStates_[indexOf(id)] = {temperatureSnapshot_, task.accuracyMode};
     setRow(id, {rowStateFor(status), std::move(outcome)});
     appendLog(line);
     ++task.index;

@@ -16,6 +16,7 @@
 #include <QStringList>
 #include <QTimer>
 
+#include <array>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -37,6 +38,14 @@ struct LiveProgress {
     double elapsedSeconds = 0;
     std::string unit; // empty until the workload reports
     bool operator==(const LiveProgress&) const = default;
+};
+
+// The circumstances of a benchmark's last stored outcome, for the result cards: the
+// temperatures read when it ended and whether Accuracy Mode produced it.
+struct BenchmarkEndState {
+    TemperatureSnapshot temperature; // all absent: unavailable
+    bool accuracyMode = false;
+    bool operator==(const BenchmarkEndState&) const = default;
 };
 
 // What the store runs and reads; the defaults are the real workloads and sensors.
@@ -96,6 +105,9 @@ class BenchmarkStore : public QObject {
     bool accuracyMode() const { return accuracyMode_; }
     LiveProgress liveProgress() const { return liveProgress_; }
     bool busy() const { return task_ != nullptr; }
+
+    // Set together with the row's outcome; the unavailable default before a first outcome.
+    const BenchmarkEndState& endState(BenchmarkID id) const { return endStates_[indexOf(id)]; }
 
     double currentRunElapsed() const;  // seconds, against the last clock tick
     double currentRunProgress() const; // 0 ... 1
@@ -179,6 +191,7 @@ class BenchmarkStore : public QObject {
     OptionalRunSummary runSummary_;
     bool accuracyMode_ = false;
     LiveProgress liveProgress_;
+    std::array<BenchmarkEndState, kBenchmarkCount> endStates_{};
 
     std::unique_ptr<RunTask> task_;
     std::shared_ptr<CancellationToken> workerToken_; // the pass now executing; null when none

@@ -18,15 +18,16 @@ std::string lineText(const MeasurementLine& line) { return line.label + " " + ca
 
 } // namespace
 
+ReportEntry makeReportEntry(BenchmarkID id, BenchmarkOutcome outcome) {
+    std::string score = outcome.status == OutcomeStatus::ok ? scoreText(outcome.score) : "";
+    std::string duration = format(outcome.duration, 2) + " s";
+    return {id, std::move(outcome), std::move(score), std::move(duration), {}, false};
+}
+
 std::vector<ReportEntry> reportEntries(const BenchmarkRows& rows, std::span<const BenchmarkID> ids) {
     std::vector<ReportEntry> entries;
-    for (BenchmarkID id : ids) {
-        const auto& outcome = rows[id].outcome;
-        if (!outcome) continue;
-        entries.push_back({id, *outcome,
-                           outcome->status == OutcomeStatus::ok ? scoreText(outcome->score) : "",
-                           format(outcome->duration, 2) + " s"});
-    }
+    for (BenchmarkID id : ids)
+        if (const auto& outcome = rows[id].outcome) entries.push_back(makeReportEntry(id, *outcome));
     return entries;
 }
 

@@ -1,10 +1,11 @@
 // One record of a finished (or stopped) run that every output reads: the terminal
-// table, the JSON file and, later, the window and result cards. Numbers are turned
+// table, the JSON file and the result cards. Numbers are turned
 // into text here and nowhere else.
 #pragma once
 
 #include "model/catalogue.h"
 #include "model/outcome.h"
+#include "sensors/temperature.h"
 
 #include <optional>
 #include <span>
@@ -17,8 +18,10 @@ namespace quarbel {
 struct ReportEntry {
     BenchmarkID id;
     BenchmarkOutcome outcome;
-    std::string scoreText;    // empty unless the outcome is ok
-    std::string durationText; // seconds with two decimals, e.g. "15.02 s"
+    std::string scoreText;                // empty unless the outcome is ok
+    std::string durationText;             // seconds with two decimals, e.g. "15.02 s"
+    TemperatureSnapshot temperatureAtEnd; // read when the benchmark ended; all absent when unknown
+    bool accuracyMode = false;            // the outcome is the median pass of Accuracy Mode
 };
 
 struct RunReport {
@@ -34,6 +37,9 @@ struct RunReport {
     double globalScore = 0;
     std::vector<std::string> log;
 };
+
+// One entry with its texts made; no temperatures, not from Accuracy Mode.
+ReportEntry makeReportEntry(BenchmarkID id, BenchmarkOutcome outcome);
 
 // The entries of `ids` that hold an outcome, in run order.
 std::vector<ReportEntry> reportEntries(const BenchmarkRows& rows, std::span<const BenchmarkID> ids);

@@ -45,7 +45,8 @@ TEST(RunSession, InterruptStopsTheRunWithoutSummaryAndExit130) {
                             {{BenchmarkID::cpuInteger, BenchmarkID::cpuFloating, BenchmarkID::cpuCrypto},
                              false,
                              true,
-                             std::get<cli::ReportTarget>(cli::resolveReportTarget(report.string()))},
+                             std::get<cli::ReportTarget>(cli::resolveReportTarget(report.string())),
+                             std::nullopt},
                             out, false, [] {
                                 return std::vector<std::pair<std::string, std::string>>{{"CPU", "Fake"}};
                             });
@@ -119,4 +120,35 @@ TEST(ReportFile, AFinalWriteThatFailsAfterTheRunKeepsOrReturnsTheReport) {
         }
         fs::remove_all(dir);
     }
+}
+
+TEST(RunSession, EachResultCarriesTheTemperaturesAtItsEndAndItsMode) {
+    FakeWorkloads fakes;
+    BenchmarkStore store(fakes.services([] { return QLTemperatureReading{51.0, 0, 1, 0}; }));
+    ASSERT_TRUE(processEventsUntil([&] { return store.temperatureSnapshot().cpuCelsius.has_value(); }));
+    const auto report = std::filesystem::temp_directory_path() /
+                        ("quarbel-session-end-" + std::to_string(getpid()) + ".json");
+    std::FILE* out = std::tmpfile();
+    cli::RunSession session(store,
+                            {{BenchmarkID::cpuCrypto},
+                             true,
+                             false,
+                             std::get<cli::ReportTarget>(cli::resolveReportTarget(report.string())),
+                             std::nullopt},
+                            out, false, {});
+    int exitCode = -1;
+    QObject::connect(&session, &cli::RunSession::finished, [&](int code) { exitCode = code; });
+    session.start();
+    ASSERT_TRUE(processEventsUntil([&] { return exitCode != -1; }));
+    EXPECT_EQ(exitCode, 0);
+    std::fclose(out);
+
+    std::ifstream in(report);
+    const auto json = nlohmann::json::parse(in);
+    std::filesystem::remove(report);
+    const auto& result = json["results"][0];
+    EXPECT_EQ(result["accuracyMode"], true);
+    EXPECT_EQ(result["temperatureAtEnd"]["cpu"], 51.0);
+    EXPECT_TRUE(result["temperatureAtEnd"]["gpu"].is_null());
+    EXPECT_TRUE(result["temperatureAtEnd"]["readAt"].is_string());
 }

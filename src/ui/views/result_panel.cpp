@@ -31,15 +31,18 @@ ResultPanel::ResultPanel(BenchmarkStore& store, QWidget* parent)
     : QWidget(parent), store_(store), saveCard_(new QPushButton(tr("Save Result Card"), this)) {
     setAttribute(Qt::WA_OpaquePaintEvent);
     saveCard_->setObjectName(QStringLiteral("secondaryButton"));
-    // Cards are not written yet: the button shows where the action will be.
-    saveCard_->setEnabled(false);
-    saveCard_->setToolTip(tr("Result cards are not available yet"));
+    saveCard_->setToolTip(tr("Save this result as a PNG card"));
     connect(&store_, &BenchmarkStore::rowsChanged, this, &ResultPanel::refresh);
     connect(&store_, &BenchmarkStore::selectedIDChanged, this, &ResultPanel::refresh);
     refresh();
 }
 
-void ResultPanel::refresh() { update(); }
+void ResultPanel::refresh() {
+    // A card needs an outcome; a benchmark running again has none to show yet.
+    const BenchmarkRowState& row = store_.rows()[store_.selectedID()];
+    saveCard_->setEnabled(row.outcome.has_value() && row.state != TestRunState::running);
+    update();
+}
 
 void ResultPanel::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);

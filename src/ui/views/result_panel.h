@@ -1,5 +1,6 @@
 // The selected benchmark's last result: score in Quarbel points, its measurement lines,
-// duration and detail (Accuracy Mode's pass scores included), and the card button.
+// duration and detail (Accuracy Mode's pass scores included), and the card button,
+// enabled while the selected benchmark has an outcome.
 #pragma once
 
 #include <QWidget>

@@ -20,8 +20,7 @@ SummaryPanel::SummaryPanel(BenchmarkStore& store, QWidget* parent)
     setAttribute(Qt::WA_OpaquePaintEvent);
     setFixedHeight(176);
     saveCard_->setObjectName(QStringLiteral("secondaryButton"));
-    saveCard_->setEnabled(false);
-    saveCard_->setToolTip(tr("Result cards are not available yet"));
+    saveCard_->setToolTip(tr("Save this run as a global PNG card"));
     connect(&store_, &BenchmarkStore::runSummaryChanged, this, [this] {
         setVisible(store_.runSummary().has_value());
         update();

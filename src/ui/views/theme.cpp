@@ -1,5 +1,7 @@
 #include "ui/views/theme.h"
 
+#include "ui/cards/result_card_palette.h"
+
 #include <QFile>
 #include <QHash>
 #include <QPainter>
@@ -12,36 +14,20 @@ static void registerIconResources() { Q_INIT_RESOURCE(icons); }
 namespace quarbel::ui::theme {
 namespace {
 
-QColor rgb(double red, double green, double blue) {
-    return QColor::fromRgbF(float(red), float(green), float(blue));
-}
 QColor white(double opacity) { return QColor::fromRgbF(1, 1, 1, float(opacity)); }
 
 } // namespace
 
-QColor background() { return rgb(0.022, 0.026, 0.030); }
-QColor panel() { return rgb(0.075, 0.084, 0.094); }
-QColor panelAlt() { return white(0.05); }
-QColor border() { return white(0.11); }
-QColor text() { return white(0.94); }
-QColor secondary() { return white(0.62); }
-QColor muted() { return white(0.44); }
-
-QColor accent(BenchmarkCategory category) {
-    const CategoryColor c = categoryColor(category);
-    return rgb(c.red, c.green, c.blue);
-}
-
-QColor stateColor(TestRunState state) {
-    switch (state) {
-    case TestRunState::idle: return muted();
-    case TestRunState::running: return rgb(0.13, 0.79, 0.88);
-    case TestRunState::done: return rgb(0.36, 0.84, 0.52);
-    case TestRunState::skipped: return rgb(0.95, 0.75, 0.30);
-    case TestRunState::failed: return rgb(0.96, 0.38, 0.40);
-    }
-    return muted();
-}
+// The window and the result cards share one palette.
+QColor background() { return cards::ResultCardPalette::background(); }
+QColor panel() { return cards::ResultCardPalette::panel(); }
+QColor panelAlt() { return cards::ResultCardPalette::panelAlt(); }
+QColor border() { return cards::ResultCardPalette::border(); }
+QColor text() { return cards::ResultCardPalette::text(); }
+QColor secondary() { return cards::ResultCardPalette::secondary(); }
+QColor muted() { return cards::ResultCardPalette::muted(); }
+QColor accent(BenchmarkCategory category) { return cards::ResultCardPalette::accent(category); }
+QColor stateColor(TestRunState state) { return cards::ResultCardPalette::stateColor(state); }
 
 QFont font(qreal pixelSize, QFont::Weight weight) {
     QFont f(QStringLiteral("Inter"));

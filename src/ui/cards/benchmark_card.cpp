@@ -1,0 +1,149 @@
+// The single-benchmark card: header, the benchmark's detail panel with score and
+// measurement tiles, the machine, a footer.
+#include "model/number_format.h"
+#include "ui/cards/card_fonts.h"
+#include "ui/cards/card_parts.h"
+#include "ui/cards/result_card.h"
+#include "ui/cards/result_card_palette.h"
+
+#include <QFontMetricsF>
+#include <QPainter>
+
+namespace quarbel::cards {
+
+namespace Palette = ResultCardPalette;
+using parts::qstring;
+
+QString cardDurationText(double seconds) { return qstring(format(seconds, 2)) + QLatin1Char('s'); }
+
+QString temperaturePairText(const TemperatureSnapshot& temperature) {
+    if (!temperature.cpuCelsius && !temperature.gpuCelsius) return QStringLiteral("Unavailable");
+    return qstring(temperatureText(temperature.cpuCelsius)) + QStringLiteral(" / ") +
+           qstring(temperatureText(temperature.gpuCelsius));
+}
+
+namespace {
+
+constexpr qreal kMargin = 56;
+
+// The score in large accent figures followed by its unit, or the status pill of an
+// outcome that has no score.
+void drawScore(QPainter& painter, const QRectF& rect, const BenchmarkOutcome& outcome, const QColor& accent) {
+    painter.save();
+    if (outcome.status == OutcomeStatus::ok) {
+        const QString score = qstring(scoreText(outcome.score));
+        painter.setFont(cardFont(104, QFont::Bold));
+        const QFontMetricsF metrics(painter.font());
+        const qreal baseline = rect.top() + metrics.ascent();
+        painter.setPen(accent);
+        painter.drawText(QPointF(rect.left() - 4, baseline), score);
+        painter.setFont(cardFont(24, QFont::DemiBold));
+        painter.setPen(Palette::secondary());
+        painter.drawText(QPointF(rect.left() + metrics.horizontalAdvance(score) + 14, baseline),
+                         QStringLiteral("Quarbel points"));
+    } else {
+        const QString status =
+            outcome.status == OutcomeStatus::failed ? QStringLiteral("Failed") : QStringLiteral("Skipped");
+        const QColor color = Palette::stateColor(rowStateFor(outcome.status));
+        parts::drawPill(painter, QRectF(rect.left(), rect.top() + 20, parts::pillWidth(status, 56), 56),
+                        status, color);
+        painter.setFont(cardFont(24, QFont::DemiBold));
+        painter.setPen(Palette::secondary());
+        painter.drawText(
+            QRectF(rect.left() + parts::pillWidth(status, 56) + 18, rect.top() + 20, rect.width(), 56),
+            Qt::AlignLeft | Qt::AlignVCenter, QStringLiteral("No score"));
+    }
+    painter.restore();
+}
+
+} // namespace
+
+void paintBenchmarkCard(QPainter& painter, const BenchmarkCardContent& content) {
+    painter.save();
+    painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
+    painter.fillRect(QRect(QPoint(0, 0), kBenchmarkCardSize), Palette::background());
+
+    const qreal width = kBenchmarkCardSize.width();
+    const BenchmarkOutcome& outcome = content.outcome;
+    const QColor accent = Palette::accent(category(content.id));
+
+    const QRectF header(kMargin, 40, width - 2 * kMargin, 72);
+    parts::drawHeader(painter, header, QStringLiteral("Quarbel Result Card"), content.generatedAt, accent);
+    std::vector<std::pair<QString, QColor>> pills{{qstring(categoryTitle(category(content.id))), accent}};
+    if (content.accuracyMode)
+        pills.emplace_back(QStringLiteral("Accuracy Mode"), Palette::stateColor(TestRunState::running));
+    if (content.quick)
+        pills.emplace_back(QStringLiteral("Quick run"), Palette::stateColor(TestRunState::skipped));
+    parts::drawPillsRightAligned(painter, header.right(), header.top() + 19, 36, pills);
+
+    // The detail panel: what ran and what it scored on the left, its measurements on the right.
+    const QRectF panel(kMargin, 136, width - 2 * kMargin, 520);
+    parts::drawPanel(painter, panel);
+    const QRectF inner = panel.adjusted(36, 28, -36, -32);
+    parts::drawSectionTitle(painter, QRectF(inner.left(), inner.top(), 400, 18),
+                            QStringLiteral("Benchmark Detail"));
+    const qreal tilesWidth = 500;
+    const qreal leftWidth = inner.width() - tilesWidth - 48;
+
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(accent);
+    painter.drawRoundedRect(QRectF(inner.left(), inner.top() + 36, 6, 50), 3, 3);
+    painter.setFont(cardFont(46, QFont::Bold));
+    painter.setPen(Palette::text());
+    painter.drawText(QRectF(inner.left() + 24, inner.top() + 30, leftWidth - 24, 62),
+                     Qt::AlignLeft | Qt::AlignVCenter,
+                     parts::elided(painter, qstring(title(content.id)), leftWidth - 24));
+    painter.setFont(cardFont(17));
+    painter.setPen(Palette::secondary());
+    parts::drawWrapped(painter, QRectF(inner.left(), inner.top() + 102, leftWidth, 48),
+                       qstring(runningExplanation(content.id)), 2);
+
+    drawScore(painter, QRectF(inner.left(), inner.top() + 158, leftWidth, 120), outcome, accent);
+    painter.setFont(cardFont(16));
+    painter.setPen(Palette::muted());
+    parts::drawWrapped(painter, QRectF(inner.left(), inner.top() + 284, leftWidth, 66),
+                       qstring(outcome.detail), 3);
+
+    const qreal tilesLeft = inner.right() - tilesWidth;
+    parts::drawMetric(painter, QRectF(tilesLeft, inner.top() + 36, tilesWidth, 118),
+                      qstring(outcome.primary.label), qstring(cardValue(outcome.primary)), Palette::text(),
+                      32);
+    parts::drawMetric(painter, QRectF(tilesLeft, inner.top() + 170, tilesWidth, 118),
+                      outcome.secondary ? qstring(outcome.secondary->label) : QStringLiteral("Secondary"),
+                      outcome.secondary ? qstring(cardValue(*outcome.secondary))
+                                        : QStringLiteral("Unavailable"),
+                      outcome.secondary ? Palette::text() : Palette::muted(), 32);
+
+    const qreal gap = 16;
+    const qreal metricWidth = (inner.width() - 2 * gap) / 3;
+    const qreal metricTop = inner.bottom() - 96;
+    const struct {
+        QString label;
+        QString value;
+    } metrics[] = {
+        {QStringLiteral("Duration"), cardDurationText(outcome.duration)},
+        {QStringLiteral("CPU / GPU"), temperaturePairText(content.temperature)},
+        {QStringLiteral("Workload"), qstring(subtitle(content.id))},
+    };
+    for (std::size_t i = 0; i < std::size(metrics); ++i)
+        parts::drawMetric(painter,
+                          QRectF(inner.left() + qreal(i) * (metricWidth + gap), metricTop, metricWidth, 96),
+                          metrics[i].label, metrics[i].value, Palette::text(), 24);
+
+    parts::drawHardware(painter, QRectF(kMargin, 672, width - 2 * kMargin, 156), content.hardware, 3);
+    parts::drawFooter(painter, QRectF(kMargin, 842, width - 2 * kMargin, 26), content.appVersion,
+                      content.quick);
+    painter.restore();
+}
+
+QImage renderBenchmarkCard(const BenchmarkCardContent& content) {
+    QImage image(kBenchmarkCardSize, QImage::Format_RGB32);
+    if (image.isNull()) return image;
+    image.setDevicePixelRatio(1);
+    QPainter painter(&image);
+    paintBenchmarkCard(painter, content);
+    painter.end();
+    return image;
+}
+
+} // namespace quarbel::cards

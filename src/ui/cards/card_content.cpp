@@ -1,0 +1,22 @@
+#include "ui/cards/card_content.h"
+
+namespace quarbel::cards {
+
+std::vector<BenchmarkCardContent> benchmarkCards(const RunReport& report, SystemTimePoint generatedAt) {
+    std::vector<BenchmarkCardContent> cards;
+    for (const ReportEntry& entry : report.results)
+        cards.push_back({entry.id, entry.outcome, entry.temperatureAtEnd, entry.accuracyMode, report.quick,
+                         generatedAt, report.system, report.appVersion});
+    return cards;
+}
+
+std::optional<SummaryCardContent> summaryCard(const RunReport& report, SystemTimePoint generatedAt) {
+    if (!report.summary) return std::nullopt;
+    SummaryCardContent card{
+        *report.summary, {}, report.globalScore, report.quick, generatedAt, report.system, report.appVersion};
+    for (const ReportEntry& entry : report.results)
+        card.rows[entry.id] = {rowStateFor(entry.outcome.status), entry.outcome};
+    return card;
+}
+
+} // namespace quarbel::cards

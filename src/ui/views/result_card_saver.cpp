@@ -1,0 +1,139 @@
+#include "ui/views/result_card_saver.h"
+
+#include "run/benchmark_store.h"
+#include "sensors/system_snapshot.h"
+#include "ui/cards/result_card.h"
+#include "ui/cards/result_card_exporter.h"
+#include "ui/views/main_window.h"
+#include "ui/views/result_panel.h"
+#include "ui/views/summary_panel.h"
+#include "ui/views/theme.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QStandardPaths>
+
+namespace quarbel::ui {
+namespace {
+
+namespace Exporter = cards::ResultCardExporter;
+
+cards::HardwareRows hardwareRows() {
+    cards::HardwareRows rows;
+    for (const SystemRow& row : SystemSnapshot::rows())
+        rows.emplace_back(row.label, row.value);
+    return rows;
+}
+
+std::string appVersion() { return QCoreApplication::applicationVersion().toStdString(); }
+
+// The dialogs inherit the window's light text from its style sheet, so they need the dark
+// surfaces under it too: lists, fields and buttons included.
+void useDarkSurfaces(QWidget& dialog) {
+    QPalette palette = dialog.palette();
+    const QColor field = QColor(0x0d, 0x0f, 0x12);
+    palette.setColor(QPalette::Window, theme::panel());
+    palette.setColor(QPalette::Base, field);
+    palette.setColor(QPalette::AlternateBase, theme::panel());
+    palette.setColor(QPalette::Button, QColor(0x1b, 0x1f, 0x24));
+    for (const auto role :
+         {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::HighlightedText})
+        palette.setColor(role, theme::text());
+    palette.setColor(QPalette::PlaceholderText, theme::muted());
+    palette.setColor(QPalette::Highlight, QColor::fromRgbF(0.13f, 0.79f, 0.88f, 0.35f));
+    dialog.setPalette(palette);
+    dialog.setStyleSheet(QStringLiteral("QDialog { background: %1; }"
+                                        "QLineEdit, QComboBox, QTreeView, QListView { background: %2; "
+                                        "border: 1px solid rgba(255,255,255,0.13); border-radius: 5px; }"
+                                        "QLineEdit, QComboBox { padding: 4px; }"
+                                        "QHeaderView, QHeaderView::section { background: %1; color: "
+                                        "rgba(255,255,255,0.62); border: none; "
+                                        "padding: 4px 6px; }")
+                             .arg(theme::panel().name(), field.name()));
+}
+
+} // namespace
+
+ResultCardSaver::ResultCardSaver(BenchmarkStore& store, MainWindow& window)
+    : QObject(&window), store_(store), window_(&window),
+      directory_(QStandardPaths::writableLocation(QStandardPaths::PicturesLocation)) {
+    if (directory_.isEmpty() || !QFileInfo(directory_).isDir()) directory_ = QDir::homePath();
+    connect(window.resultPanel()->saveCardButton(), &QPushButton::clicked, this,
+            &ResultCardSaver::saveSelectedBenchmarkCard);
+    connect(window.summaryPanel()->saveCardButton(), &QPushButton::clicked, this,
+            &ResultCardSaver::saveSummaryCard);
+}
+
+cards::BenchmarkCardContent ResultCardSaver::benchmarkCardContent(const BenchmarkStore& store,
+                                                                  BenchmarkID id) {
+    const BenchmarkEndState& end = store.endState(id);
+    return {id,
+            store.rows()[id].outcome.value_or(BenchmarkOutcome{}),
+            end.temperature,
+            end.accuracyMode,
+            store.budgetScale() < 1.0,
+            std::chrono::system_clock::now(),
+            hardwareRows(),
+            appVersion()};
+}
+
+cards::SummaryCardContent ResultCardSaver::summaryCardContent(const BenchmarkStore& store) {
+    return {store.runSummary().value_or(RunSummary{}),
+            store.rows(),
+            store.totalScore(),
+            store.budgetScale() < 1.0,
+            std::chrono::system_clock::now(),
+            hardwareRows(),
+            appVersion()};
+}
+
+void ResultCardSaver::saveSelectedBenchmarkCard() {
+    const BenchmarkID id = store_.selectedID();
+    if (!store_.rows()[id].outcome) return;
+    save([content = benchmarkCardContent(store_, id)] { return cards::renderBenchmarkCard(content); },
+         Exporter::filename(Exporter::benchmarkCardPrefix(id)));
+}
+
+void ResultCardSaver::saveSummaryCard() {
+    if (!store_.runSummary()) return;
+    save([content = summaryCardContent(store_)] { return cards::renderSummaryCard(content); },
+         Exporter::filename(Exporter::summaryCardPrefix()));
+}
+
+void ResultCardSaver::save(std::function<QImage()> render, const QString& suggestedName) {
+    auto* dialog = new QFileDialog(window_, tr("Save Result Card"));
+    dialog->setObjectName(QStringLiteral("resultCardDialog"));
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setFileMode(QFileDialog::AnyFile);
+    dialog->setMimeTypeFilters({QStringLiteral("image/png")});
+    dialog->setDefaultSuffix(QStringLiteral("png"));
+    dialog->setDirectory(directory_);
+    dialog->selectFile(suggestedName);
+    // The window stays usable while the dialog is open, as a sheet would leave it.
+    dialog->setWindowModality(Qt::NonModal);
+    useDarkSurfaces(*dialog);
+    connect(dialog, &QFileDialog::fileSelected, this,
+            [this, render = std::move(render)](const QString& path) {
+                directory_ = QFileInfo(path).absolutePath();
+                if (const auto problem = Exporter::writePNG(render(), path)) showSaveError(*problem);
+            });
+    connect(dialog, &QDialog::finished, dialog, &QObject::deleteLater);
+    dialog->show();
+}
+
+void ResultCardSaver::showSaveError(const QString& reason) {
+    auto* box = new QMessageBox(QMessageBox::Warning, QStringLiteral("Quarbel"),
+                                tr("Could not save result card"), QMessageBox::Ok, window_);
+    box->setObjectName(QStringLiteral("resultCardError"));
+    box->setInformativeText(reason);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setWindowModality(Qt::ApplicationModal);
+    useDarkSurfaces(*box);
+    box->show();
+}
+
+} // namespace quarbel::ui

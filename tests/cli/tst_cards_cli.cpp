@@ -1,0 +1,229 @@
+// Result cards from the command line: `quarbel run --cards DIR` and `quarbel card
+// REPORT.json --out DIR`, with the report read back as it was written.
+#include "cli/json_report.h"
+#include "process.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <map>
+
+using namespace quarbel;
+using namespace quarbel::test;
+namespace fs = std::filesystem;
+
+namespace {
+
+const std::string kQuarbel = QUARBEL_BINARY;
+
+class TempDir {
+  public:
+    TempDir() {
+        std::string pattern = (fs::temp_directory_path() / "quarbel-cards-test-XXXXXX").string();
+        path_ = mkdtemp(pattern.data());
+    }
+    ~TempDir() {
+        std::error_code ignored;
+        fs::remove_all(path_, ignored);
+    }
+    const fs::path& path() const { return path_; }
+
+  private:
+    fs::path path_;
+};
+
+void writeText(const fs::path& path, const std::string& text) { std::ofstream(path) << text; }
+
+// Width and height from a PNG's header.
+std::pair<int, int> pngSize(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    unsigned char header[24] = {};
+    in.read(reinterpret_cast<char*>(header), sizeof header);
+    const auto big = [&](int at) {
+        return header[at] << 24 | header[at + 1] << 16 | header[at + 2] << 8 | header[at + 3];
+    };
+    return {big(16), big(20)};
+}
+
+// The PNG files in `dir`, by name.
+std::map<std::string, std::pair<int, int>> cardsIn(const fs::path& dir) {
+    std::map<std::string, std::pair<int, int>> cards;
+    if (!fs::is_directory(dir)) return cards;
+    for (const auto& entry : fs::directory_iterator(dir))
+        cards[entry.path().filename().string()] = pngSize(entry.path());
+    return cards;
+}
+
+// A finished Accuracy Mode suite: every benchmark with a result, some skipped or failed.
+RunReport suiteReport() {
+    RunReport report;
+    report.appName = "Quarbel";
+    report.appVersion = "0.1.0";
+    report.accuracyMode = true;
+    report.startedAt = std::chrono::system_clock::from_time_t(1'780'000'000);
+    report.finishedAt = report.startedAt + std::chrono::seconds(200);
+    report.system = {{"CPU", "Fake CPU"}, {"Memory", "16.0 GB"}};
+    for (BenchmarkID id : kAllBenchmarks) {
+        BenchmarkOutcome outcome{OutcomeStatus::ok,
+                                 1000 + 10 * double(indexOf(id)),
+                                 {"Rate", "1.5", "GB/s"},
+                                 MeasurementLine{"Ops", "42", ""},
+                                 1.25,
+                                 "Did it. Checksum 7."};
+        if (id == BenchmarkID::openCLCompute) outcome = skippedOutcome("No OpenCL device.");
+        if (id == BenchmarkID::ssdRandom) outcome = failedOutcome("Disk full.");
+        ReportEntry entry = makeReportEntry(id, outcome);
+        entry.accuracyMode = true;
+        entry.temperatureAtEnd = {55.0, id == BenchmarkID::metalCompute ? std::optional(61.0) : std::nullopt,
+                                  report.finishedAt};
+        report.results.push_back(entry);
+    }
+    report.summary = RunSummary{
+        "Full Suite Accuracy Summary", 11, 1, 1, 13, 1050, 200, 70.0, std::nullopt, report.finishedAt};
+    report.globalScore = 900;
+    return report;
+}
+
+} // namespace
+
+TEST(JsonReport, ReadsBackWhatItWroteIncludingTheCardFields) {
+    const RunReport written = suiteReport();
+    auto parsed = cli::parseJsonReport(cli::jsonReportText(written));
+    ASSERT_TRUE(std::holds_alternative<RunReport>(parsed)) << std::get<std::string>(parsed);
+    const RunReport& read = std::get<RunReport>(parsed);
+    ASSERT_EQ(read.results.size(), written.results.size());
+    for (std::size_t i = 0; i < read.results.size(); ++i) {
+        EXPECT_EQ(read.results[i].id, written.results[i].id);
+        EXPECT_EQ(read.results[i].outcome, written.results[i].outcome);
+        EXPECT_EQ(read.results[i].temperatureAtEnd, written.results[i].temperatureAtEnd);
+        EXPECT_EQ(read.results[i].accuracyMode, written.results[i].accuracyMode);
+        EXPECT_EQ(read.results[i].scoreText, written.results[i].scoreText);
+    }
+    EXPECT_EQ(read.summary, written.summary);
+    EXPECT_EQ(read.system, written.system);
+    EXPECT_EQ(read.globalScore, written.globalScore);
+    EXPECT_TRUE(read.accuracyMode);
+}
+
+TEST(CardCommand, RendersTheGlobalCardAndOneCardPerBenchmarkOfAFullReport) {
+    TempDir dir;
+    writeText(dir.path() / "suite.json", cli::jsonReportText(suiteReport()));
+    const fs::path out = dir.path() / "new" / "cards";
+    const auto result =
+        runProcess({kQuarbel, "card", (dir.path() / "suite.json").string(), "--out", out.string()});
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    const auto cards = cardsIn(out);
+    ASSERT_EQ(cards.size(), 14u);
+    std::size_t singles = 0;
+    for (const auto& [name, size] : cards) {
+        EXPECT_TRUE(name.ends_with(".png")) << name;
+        if (name.starts_with("Quarbel-Global-Result-")) {
+            EXPECT_EQ(size, std::make_pair(1500, 1220));
+        } else {
+            EXPECT_TRUE(name.starts_with("Quarbel-")) << name;
+            EXPECT_EQ(size, std::make_pair(1400, 900)) << name;
+            ++singles;
+        }
+    }
+    EXPECT_EQ(singles, 13u);
+    for (const char* prefix : {"Quarbel-CPU-Single-Core-Result-", "Quarbel-SSD-Real-Speed-Result-"})
+        EXPECT_EQ(std::count_if(cards.begin(), cards.end(),
+                                [&](const auto& card) { return card.first.starts_with(prefix); }),
+                  1)
+            << prefix;
+    EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 14) << result.out;
+}
+
+TEST(CardCommand, AcceptsAReportFromBeforeTheCardFields) {
+    TempDir dir;
+    auto document = nlohmann::json::parse(cli::jsonReportText(suiteReport()));
+    for (auto& result : document["results"]) {
+        result.erase("accuracyMode");
+        result.erase("temperatureAtEnd");
+    }
+    document["summary"] = nullptr; // a stopped run: no global card
+    writeText(dir.path() / "old.json", document.dump());
+    const auto result =
+        runProcess({kQuarbel, "card", (dir.path() / "old.json").string(), "--out", dir.path() / "out"});
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(cardsIn(dir.path() / "out").size(), 13u);
+    EXPECT_NE(result.out.find("No global result card"), std::string::npos) << result.out;
+}
+
+TEST(CardCommand, RefusesWhatIsNotAReportWithExitCode2AndWritesNothing) {
+    TempDir dir;
+    auto wrongId = nlohmann::json::parse(cli::jsonReportText(suiteReport()));
+    wrongId["results"][2]["id"] = "cpuTurbo";
+    auto wrongType = nlohmann::json::parse(cli::jsonReportText(suiteReport()));
+    wrongType["summary"]["completed"] = "eleven";
+    const std::pair<std::string, std::string> cases[] = {
+        {"{\"schema\": 1, \"results\": [", "not valid JSON"},
+        {"{}", "schema is missing"},
+        {"[1, 2]", "not a JSON object"},
+        {wrongId.dump(), "results[2].id 'cpuTurbo' is not a benchmark"},
+        {wrongType.dump(), "summary.completed is not a whole number"},
+    };
+    for (const auto& [text, message] : cases) {
+        writeText(dir.path() / "bad.json", text);
+        const auto result =
+            runProcess({kQuarbel, "card", (dir.path() / "bad.json").string(), "--out", dir.path() / "out"});
+        EXPECT_EQ(result.exitCode, 2) << message;
+        EXPECT_NE(result.err.find("is not a Quarbel JSON report: " + message), std::string::npos)
+            << result.err;
+    }
+    const auto missing = runProcess({kQuarbel, "card", (dir.path() / "missing.json").string()});
+    EXPECT_EQ(missing.exitCode, 2);
+    EXPECT_NE(missing.err.find("cannot read"), std::string::npos) << missing.err;
+    EXPECT_FALSE(fs::exists(dir.path() / "out"));
+}
+
+TEST(RunCards, AnUnusableDirectoryIsRefusedBeforeAnythingRuns) {
+    TempDir dir;
+    writeText(dir.path() / "file", "x");
+    const std::pair<fs::path, std::string> cases[] = {
+        {dir.path() / "file", "exists and is not a directory"},
+        {dir.path() / "file" / "sub", "cannot create the directory"},
+    };
+    for (const auto& [target, message] : cases) {
+        const auto result =
+            runProcess({kQuarbel, "run", "cpuInteger", "--quick", "--cards", target.string()});
+        EXPECT_EQ(result.exitCode, 2) << target;
+        EXPECT_NE(result.err.find(message), std::string::npos) << result.err;
+        EXPECT_EQ(result.out, "") << "nothing ran";
+    }
+}
+
+TEST(RunCards, AQuickRunWritesItsCardsAndTheReportGainsTheCardFields) {
+    TempDir dir;
+    const fs::path out = dir.path() / "cards";
+    const auto result = runProcess({kQuarbel, "run", "cpuInteger", "--quick", "--cards", out.string(),
+                                    "--json", (dir.path() / "r.json").string()});
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    const auto cards = cardsIn(out);
+    ASSERT_EQ(cards.size(), 2u);
+    EXPECT_EQ(cards.begin()->second, std::make_pair(1400, 900)) << cards.begin()->first;
+    EXPECT_EQ(cards.rbegin()->second, std::make_pair(1500, 1220)) << cards.rbegin()->first;
+    EXPECT_NE(result.out.find("Result card: " + out.string() + "/Quarbel-CPU-Single-Core-Result-"),
+              std::string::npos)
+        << result.out;
+    std::ifstream in(dir.path() / "r.json");
+    const auto report = nlohmann::json::parse(in);
+    EXPECT_EQ(report["results"][0]["accuracyMode"], false);
+    EXPECT_TRUE(report["results"][0]["temperatureAtEnd"].contains("cpu"));
+}
+
+TEST(RunCards, TheCommandLineDoesNotLinkQtWidgets) {
+    std::FILE* pipe = popen(("ldd " + kQuarbel).c_str(), "r");
+    ASSERT_NE(pipe, nullptr);
+    std::string libraries;
+    char buffer[512];
+    while (std::fgets(buffer, sizeof buffer, pipe) != nullptr)
+        libraries += buffer;
+    pclose(pipe);
+    EXPECT_NE(libraries.find("libQt6Gui"), std::string::npos) << libraries;
+    EXPECT_EQ(libraries.find("libQt6Widgets"), std::string::npos) << libraries;
+}

@@ -1,0 +1,112 @@
+// The window's Save Result Card buttons: when they act, the dialog they open, the file it
+// writes and the warning when it cannot.
+#include "run/benchmark_store.h"
+#include "run/fake_workloads.h"
+#include "ui/views/main_window.h"
+#include "ui/views/result_card_saver.h"
+#include "ui/views/result_panel.h"
+#include "ui/views/summary_panel.h"
+
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+using namespace quarbel;
+using namespace quarbel::ui;
+using quarbel::test::FakeWorkloads;
+
+namespace {
+
+struct Window {
+    FakeWorkloads workloads;
+    BenchmarkStore store{workloads.services()};
+    MainWindow window{store};
+    ResultCardSaver* saver = new ResultCardSaver(store, window);
+
+    Window() { window.show(); }
+
+    void runSelected() {
+        store.runSelected();
+        ASSERT_TRUE(QTest::qWaitFor([&] { return !store.busy(); }, 5000));
+    }
+    // Clicks `button` and returns the dialog it opened.
+    QFileDialog* openDialog(QPushButton* button) {
+        QTest::mouseClick(button, Qt::LeftButton);
+        return window.findChild<QFileDialog*>(QStringLiteral("resultCardDialog"));
+    }
+    QMessageBox* errorBox() const {
+        return window.findChild<QMessageBox*>(QStringLiteral("resultCardError"));
+    }
+};
+
+} // namespace
+
+TEST(ResultCardSaver, SavesTheSelectedOutcomeAndTheSummaryThroughANonModalDialog) {
+    Window w;
+    w.store.setSelectedID(BenchmarkID::cpuCrypto);
+    QPushButton* single = w.window.resultPanel()->saveCardButton();
+    EXPECT_FALSE(single->isEnabled()) << "no outcome yet, nothing to save";
+    w.runSelected();
+    ASSERT_TRUE(single->isEnabled());
+
+    QTemporaryDir dir;
+    struct Case {
+        QPushButton* button;
+        QString prefix;
+        QSize size;
+    };
+    const Case cases[] = {
+        {single, QStringLiteral("Quarbel-CPU-Workflow-Result-"), QSize(1400, 900)},
+        {w.window.summaryPanel()->saveCardButton(), QStringLiteral("Quarbel-Global-Result-"),
+         QSize(1500, 1220)},
+    };
+    for (const Case& c : cases) {
+        QFileDialog* dialog = w.openDialog(c.button);
+        ASSERT_NE(dialog, nullptr) << c.prefix.toStdString();
+        EXPECT_TRUE(dialog->isVisible());
+        EXPECT_FALSE(dialog->isModal()) << "the window stays usable";
+        EXPECT_EQ(dialog->acceptMode(), QFileDialog::AcceptSave);
+        const QString suggested = QFileInfo(dialog->selectedFiles().value(0)).fileName();
+        EXPECT_TRUE(suggested.startsWith(c.prefix) && suggested.endsWith(QStringLiteral(".png")))
+            << suggested.toStdString();
+
+        const QString path = dir.filePath(suggested);
+        dialog->selectFile(path);
+        static_cast<QDialog*>(dialog)->accept(); // the dialog's own accept, as its Save button
+        EXPECT_EQ(QImage(path).size(), c.size) << suggested.toStdString();
+        EXPECT_EQ(w.errorBox(), nullptr);
+        QTest::qWait(1); // the finished dialog goes on the next turn of the event loop
+    }
+}
+
+TEST(ResultCardSaver, CancelDoesNothingAndAFailedWriteWarnsWithTheSystemsReason) {
+    Window w;
+    w.store.setSelectedID(BenchmarkID::cpuInteger);
+    w.runSelected();
+    QTemporaryDir dir;
+
+    QFileDialog* dialog = w.openDialog(w.window.resultPanel()->saveCardButton());
+    ASSERT_NE(dialog, nullptr);
+    dialog->selectFile(dir.filePath(QStringLiteral("cancelled.png")));
+    dialog->reject();
+    EXPECT_FALSE(QFileInfo::exists(dir.filePath(QStringLiteral("cancelled.png"))));
+    EXPECT_EQ(w.errorBox(), nullptr);
+    QTest::qWait(1);
+
+    dialog = w.openDialog(w.window.resultPanel()->saveCardButton());
+    ASSERT_NE(dialog, nullptr);
+    const QString unreachable = dir.filePath(QStringLiteral("missing/card.png"));
+    dialog->selectFile(unreachable);
+    static_cast<QDialog*>(dialog)->accept();
+    QMessageBox* box = w.errorBox();
+    ASSERT_NE(box, nullptr);
+    EXPECT_EQ(box->icon(), QMessageBox::Warning);
+    EXPECT_EQ(box->text(), QStringLiteral("Could not save result card"));
+    EXPECT_FALSE(box->informativeText().isEmpty());
+    EXPECT_NE(box->informativeText(), QStringLiteral("Quarbel could not render the PNG card."));
+    EXPECT_FALSE(QFileInfo::exists(unreachable));
+}

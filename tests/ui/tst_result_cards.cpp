@@ -1,0 +1,289 @@
+// The result cards as a person reads them: their sizes and palette, what they say, the
+// names they are saved under and how a failed write leaves the file it would replace.
+#include "text_recorder.h"
+#include "ui/cards/result_card.h"
+#include "ui/cards/result_card_exporter.h"
+#include "ui/cards/result_card_palette.h"
+
+#include <QDir>
+#include <QFile>
+#include <QPainter>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <functional>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace quarbel;
+using namespace quarbel::cards;
+namespace Exporter = quarbel::cards::ResultCardExporter;
+namespace Palette = quarbel::cards::ResultCardPalette;
+
+namespace {
+
+const HardwareRows kHardware = {{"Architecture", "x86-64 (x86_64)"}, {"CPU", "Fake CPU 9000"},
+                                {"Cores", "8 logical cores"},        {"Memory", "16.0 GB"},
+                                {"Metal GPU", "Unavailable"},        {"macOS", "Debian 12, kernel 6.1"}};
+
+BenchmarkCardContent benchmarkContent(bool accuracyMode) {
+    return {BenchmarkID::ssdSequential,
+            {OutcomeStatus::ok,
+             1234.56,
+             {"Read", "2.50", " GB/s\n"},
+             std::nullopt,
+             15.018,
+             "Wrote and read 1 GB."},
+            {52.0, std::nullopt, std::nullopt},
+            accuracyMode,
+            false,
+            std::chrono::system_clock::now(),
+            kHardware,
+            "0.1.0"};
+}
+
+// One benchmark done, one skipped, one failed, ten never run.
+SummaryCardContent summaryContent() {
+    SummaryCardContent content;
+    content.summary = {"Selected Test Summary", 1, 1, 1, 3, 500, 150, 61.0, std::nullopt, {}};
+    content.rows[BenchmarkID::cpuInteger] = {
+        TestRunState::done,
+        BenchmarkOutcome{OutcomeStatus::ok, 500, {"Rate", "3.1", "Mops/s"}, std::nullopt, 1.5, "ok"}};
+    content.rows[BenchmarkID::metalCompute] = {TestRunState::skipped, skippedOutcome("No Vulkan device.")};
+    content.rows[BenchmarkID::ssdRandom] = {TestRunState::failed, failedOutcome("Disk full.")};
+    content.globalScore = 38.46;
+    content.hardware = kHardware;
+    content.appVersion = "0.1.0";
+    return content;
+}
+
+template <typename Content, typename Paint>
+QStringList textsOf(const Content& content, QSize size, Paint paint) {
+    test::TextRecorder recorder(size);
+    QPainter painter(&recorder);
+    paint(painter, content);
+    painter.end();
+    return recorder.texts();
+}
+
+QStringList benchmarkTexts(const BenchmarkCardContent& c) {
+    return textsOf(c, kBenchmarkCardSize, paintBenchmarkCard);
+}
+QStringList summaryTexts(const SummaryCardContent& c) {
+    return textsOf(c, kSummaryCardSize, paintSummaryCard);
+}
+
+} // namespace
+
+TEST(ResultCards, HaveExactlyTheirSizesAtScaleOneInThePaletteColours) {
+    const QImage single = renderBenchmarkCard(benchmarkContent(false));
+    const QImage global = renderSummaryCard(summaryContent());
+    ASSERT_EQ(single.size(), QSize(1400, 900));
+    ASSERT_EQ(global.size(), QSize(1500, 1220));
+    EXPECT_EQ(single.devicePixelRatio(), 1.0);
+    struct Probe {
+        const QImage& image;
+        QPoint point;
+        QColor colour;
+    };
+    // Corners are background; the probes inside panels are in gaps between their contents.
+    const Probe probes[] = {
+        {single, {3, 3}, Palette::background()}, {single, {1396, 896}, Palette::background()},
+        {single, {784, 480}, Palette::panel()},  {global, {3, 1216}, Palette::background()},
+        {global, {1434, 600}, Palette::panel()}, {global, {1434, 220}, Palette::panel()},
+    };
+    for (const Probe& p : probes)
+        EXPECT_EQ(QColor(p.image.pixel(p.point)).name().toStdString(), p.colour.name().toStdString())
+            << p.point.x() << "," << p.point.y();
+}
+
+TEST(ResultCards, SingleCardSaysWhatWasMeasuredWhenAndOnWhichMachine) {
+    const QStringList texts = benchmarkTexts(benchmarkContent(false));
+    for (const char* expected :
+         {"Quarbel Result Card", "Benchmark Detail", "SSD Sequential", "1234.6", "Quarbel points", "Read",
+          "2.50 GB/s", "Secondary", "Unavailable", "Duration", "15.02s", "CPU / GPU",
+          "52 \u00B0C / Unavailable", "Workload", "large block file read/write", "SSD", "Fake CPU 9000",
+          "Debian 12, kernel 6.1"})
+        EXPECT_TRUE(texts.contains(QString::fromUtf8(expected))) << expected << "\n"
+                                                                 << texts.join('|').toStdString();
+    EXPECT_EQ(
+        texts.filter(QRegularExpression(QStringLiteral("^Generated \\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d$")))
+            .size(),
+        1);
+    EXPECT_FALSE(texts.contains(QStringLiteral("Accuracy Mode")));
+    EXPECT_TRUE(benchmarkTexts(benchmarkContent(true)).contains(QStringLiteral("Accuracy Mode")));
+
+    BenchmarkCardContent skipped = benchmarkContent(false);
+    skipped.outcome = skippedOutcome("No OpenCL device.");
+    skipped.temperature = TemperatureSnapshot::unavailable;
+    const QStringList skippedTexts = benchmarkTexts(skipped);
+    for (const char* expected : {"Skipped", "Status", "No OpenCL device.", "0.00s"})
+        EXPECT_TRUE(skippedTexts.contains(QString::fromUtf8(expected))) << expected;
+    EXPECT_FALSE(skippedTexts.contains(QStringLiteral("Quarbel points"))) << "no score without a result";
+    EXPECT_EQ(skippedTexts.count(QStringLiteral("Unavailable")), 3)
+        << "secondary line, temperatures, GPU row";
+}
+
+TEST(ResultCards, GlobalCardHasTheTableInOrderAndTheSkippedAndFailedSection) {
+    const QStringList texts = summaryTexts(summaryContent());
+    const qsizetype header = texts.indexOf(QStringLiteral("Benchmark"));
+    ASSERT_GE(header, 0);
+    EXPECT_EQ(texts.mid(header, 6),
+              (QStringList{"Benchmark", "Status", "Score", "Primary", "Secondary", "Duration"}));
+    for (BenchmarkID id : kAllBenchmarks) {
+        EXPECT_TRUE(texts.contains(QString::fromUtf8(title(id).data(), qsizetype(title(id).size()))))
+            << rawValue(id);
+        EXPECT_TRUE(texts.contains(QString::fromUtf8(subtitle(id).data(), qsizetype(subtitle(id).size()))));
+    }
+    EXPECT_EQ(texts.count(QStringLiteral("Not Run")), 10);
+    EXPECT_EQ(texts.count(QStringLiteral("Completed")), 2) << "the metric label and the done row";
+    for (const char* expected : {"Quarbel Global Result Card", "Global Benchmark Result",
+                                 "All Benchmark Results", "Selected Test Summary", "500.00", "1 / 3", "2.5m",
+                                 "61 \u00B0C", "Peak CPU", "Peak GPU", "Unavailable", "1.50s", "3.1 Mops/s"})
+        EXPECT_TRUE(texts.contains(QString::fromUtf8(expected))) << expected;
+
+    const qsizetype section = texts.indexOf(QStringLiteral("Skipped / Failed"));
+    ASSERT_GT(section, header) << texts.join('|').toStdString();
+    const QStringList listed = texts.mid(section);
+    for (const char* expected :
+         {"Metal Compute", "No Vulkan device.", "Skipped", "SSD Random", "Disk full.", "Failed"})
+        EXPECT_TRUE(listed.contains(QString::fromUtf8(expected))) << expected;
+    EXPECT_FALSE(listed.contains(QStringLiteral("CPU Single-Core"))) << "a completed benchmark is not listed";
+}
+
+TEST(ResultCards, DurationAndStatusTexts) {
+    const std::pair<double, const char*> durations[] = {{0, "0.0s"},  {42.04, "42.0s"}, {59.9, "59.9s"},
+                                                        {60, "1.0m"}, {150, "2.5m"},    {3600, "60.0m"}};
+    for (const auto& [seconds, text] : durations)
+        EXPECT_EQ(summaryDurationText(seconds), QString::fromUtf8(text)) << seconds;
+    EXPECT_EQ(cardDurationText(15.018), QStringLiteral("15.02s"));
+    const std::pair<TestRunState, const char*> states[] = {{TestRunState::idle, "Not Run"},
+                                                           {TestRunState::running, "Running"},
+                                                           {TestRunState::done, "Completed"},
+                                                           {TestRunState::skipped, "Skipped"},
+                                                           {TestRunState::failed, "Failed"}};
+    for (const auto& [state, text] : states)
+        EXPECT_EQ(rowStatusText(state), QString::fromUtf8(text));
+}
+
+TEST(ResultCardFilename, CollapsesRunsOfOtherCharactersTrimsDashesAndStampsTheLocalMinute) {
+    const QDateTime at(QDate(2026, 3, 3), QTime(14, 5, 7));
+    const std::pair<const char*, const char*> cases[] = {
+        {"Quarbel-CPU Single-Core-Result", "Quarbel-CPU-Single-Core-Result-2026-03-03-1405.png"},
+        {"Quarbel-Global-Result", "Quarbel-Global-Result-2026-03-03-1405.png"},
+        {"Quarbel-SSD Real/Speed: (beta)-Result", "Quarbel-SSD-Real-Speed-beta--Result-2026-03-03-1405.png"},
+        {"  /Quarbel  Tour?! ", "Quarbel-Tour-2026-03-03-1405.png"},
+        {"--a.b_c--", "a.b_c-2026-03-03-1405.png"},
+        {"Gr\u00FC\u00DFe  RAW", "Gr-e-RAW-2026-03-03-1405.png"},
+    };
+    for (const auto& [prefix, expected] : cases)
+        EXPECT_EQ(Exporter::filename(QString::fromUtf8(prefix), at), QString::fromUtf8(expected)) << prefix;
+
+    const QString prefix = Exporter::benchmarkCardPrefix(BenchmarkID::cpuInteger);
+    EXPECT_EQ(prefix, QStringLiteral("Quarbel-CPU Single-Core-Result"));
+    EXPECT_EQ(Exporter::filename(prefix, QDateTime(QDate(2026, 3, 3), QTime(14, 5, 0))),
+              Exporter::filename(prefix, QDateTime(QDate(2026, 3, 3), QTime(14, 5, 59))))
+        << "two saves in the same minute suggest the same name";
+    EXPECT_NE(Exporter::filename(prefix, QDateTime(QDate(2026, 3, 3), QTime(14, 5, 59))),
+              Exporter::filename(prefix, QDateTime(QDate(2026, 3, 3), QTime(14, 6, 0))));
+}
+
+namespace {
+
+QByteArray contentsOf(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// Lowers the file size limit for its life, so that writing a card runs out of room.
+struct FileSizeLimit {
+    explicit FileSizeLimit(rlim_t bytes) {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &saved);
+        rlimit lowered = saved;
+        lowered.rlim_cur = bytes;
+        setrlimit(RLIMIT_FSIZE, &lowered);
+    }
+    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &saved); }
+    rlimit saved{};
+};
+
+} // namespace
+
+TEST(ResultCardWrite, WritesThePngAtomicallyAndLeavesNoTemporaryFile) {
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("card.png"));
+    ASSERT_EQ(Exporter::writePNG(renderSummaryCard(summaryContent()), path), std::nullopt);
+    EXPECT_EQ(QImage(path).size(), QSize(1500, 1220));
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
+    EXPECT_EQ(Exporter::writePNG(QImage(), path), Exporter::renderErrorText());
+}
+
+TEST(ResultCardWrite, AFailedWriteKeepsTheOldFileAndSaysWhy) {
+    struct Case {
+        const char* name;
+        std::function<std::optional<QString>(const QString& path)> write;
+    };
+    const QImage card = renderBenchmarkCard(benchmarkContent(false));
+    const std::vector<Case> cases = {
+        {"file size limit",
+         [&](const QString& path) {
+             FileSizeLimit limit(4096);
+             return Exporter::writePNG(card, path);
+         }},
+        {"read-only directory",
+         [&](const QString& path) {
+             const QString directory = QFileInfo(path).absolutePath();
+             chmod(directory.toLocal8Bit().constData(), 0555);
+             auto result = Exporter::writePNG(card, path);
+             chmod(directory.toLocal8Bit().constData(), 0755);
+             return result;
+         }},
+    };
+    for (const Case& c : cases) {
+        if (std::string(c.name) == "read-only directory" && geteuid() == 0) continue; // root writes anyway
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("old.png"));
+        QFile old(path);
+        ASSERT_TRUE(old.open(QIODevice::WriteOnly));
+        old.write("the old card");
+        old.close();
+        const auto problem = c.write(path);
+        ASSERT_TRUE(problem.has_value()) << c.name;
+        EXPECT_FALSE(problem->isEmpty()) << c.name;
+        EXPECT_NE(*problem, Exporter::renderErrorText()) << c.name << ": the system's reason";
+        EXPECT_EQ(contentsOf(path), QByteArray("the old card")) << c.name;
+        EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 1) << c.name;
+    }
+}
+
+TEST(ResultCardWrite, RefusesToReplaceADevice) {
+    const auto problem =
+        Exporter::writePNG(renderBenchmarkCard(benchmarkContent(false)), QStringLiteral("/dev/full"));
+    ASSERT_TRUE(problem.has_value());
+    EXPECT_TRUE(problem->contains(QStringLiteral("not a regular file"))) << problem->toStdString();
+    struct stat status {};
+    ASSERT_EQ(stat("/dev/full", &status), 0);
+    EXPECT_TRUE(S_ISCHR(status.st_mode));
+}
+
+TEST(ResultCardContent, ReportGivesOneCardPerResultAndTheRowsOfTheRun) {
+    RunReport report;
+    report.results.push_back(makeReportEntry(BenchmarkID::cpuCrypto, skippedOutcome("none")));
+    report.results.push_back(makeReportEntry(BenchmarkID::ssdRandom,
+                                             summaryContent().rows[BenchmarkID::cpuInteger].outcome.value()));
+    EXPECT_FALSE(summaryCard(report, {}).has_value()) << "a stopped run has no global card";
+    report.summary = summaryContent().summary;
+    const auto card = summaryCard(report, {});
+    ASSERT_TRUE(card.has_value());
+    EXPECT_EQ(card->rows[BenchmarkID::cpuCrypto].state, TestRunState::skipped);
+    EXPECT_EQ(card->rows[BenchmarkID::ssdRandom].state, TestRunState::done);
+    EXPECT_EQ(card->rows[BenchmarkID::cpuInteger].state, TestRunState::idle);
+    const auto singles = benchmarkCards(report, {});
+    ASSERT_EQ(singles.size(), 2u);
+    EXPECT_EQ(singles[1].id, BenchmarkID::ssdRandom);
+}
