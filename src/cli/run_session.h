@@ -22,6 +22,7 @@ struct RunOptions {
     bool accuracy = false;
     bool quick = false;
     std::optional<ReportTarget> report; // absent: no JSON report
+    std::string historyDirectory;       // where the report is also kept; empty: not kept
 };
 
 // The process exit status of a run.
@@ -61,6 +62,7 @@ class RunSession : public QObject {
     void checkOutput();
     void finish();
     int writeReport(const std::string& text);
+    void keepInHistory(const std::string& startedAtIso, const std::string& text);
 
     BenchmarkStore& store_;
     RunOptions options_;
