@@ -25,6 +25,7 @@ QUARBEL="$BUILD/src/cli/quarbel"
 
 WORK="$(mktemp -d)"
 trap 'rm -rf "$WORK"' EXIT
+export XDG_DATA_HOME="$WORK/data" # benchmark runs stay out of the user's run history
 
 for round in $(seq 1 "$REPS"); do
   "$QUARBEL" run metalCompute openCLCompute "${QUICK_FLAG[@]}" --json "$WORK/ours-$round.json" >/dev/null

@@ -28,8 +28,10 @@ cmake --build "$BUILD" -j "$(nproc)" --target quarbel quarbel_cpu_workload_runne
 # QUARBEL=path runs another build of the command line, e.g. an older one, on the in-process side.
 QUARBEL="${QUARBEL:-$BUILD/src/cli/quarbel}"
 RUNNER="$BUILD/bench/quarbel_cpu_workload_runner"
-REPORT="$(mktemp)"
-trap 'rm -f "$REPORT"' EXIT
+WORK="$(mktemp -d)"
+trap 'rm -rf "$WORK"' EXIT
+REPORT="$WORK/report.json"
+export XDG_DATA_HOME="$WORK/data" # benchmark runs stay out of the user's run history
 
 in_process() {
   "$QUARBEL" run "$1" "${QUICK[@]}" --json "$REPORT" >/dev/null

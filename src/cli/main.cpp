@@ -1,6 +1,7 @@
 // quarbel: the headless command line of the benchmark suite.
 #include "cli/card_command.h"
 #include "cli/cards_directory.h"
+#include "cli/compare_command.h"
 #include "cli/info_command.h"
 #include "cli/output_check.h"
 #include "cli/report_file.h"
@@ -140,6 +141,20 @@ int main(int argc, char** argv) {
     card->add_option("--out", outArgument, "Write the cards into DIR, created when missing (default: here)")
         ->type_name("DIR");
 
+    bool noHistory = false;
+    run->add_flag("--no-history", noHistory, "Do not keep this run in the history");
+
+    app.add_subcommand("history", "List the runs kept in the history, newest first, numbered for 'compare'");
+
+    auto* compare = app.add_subcommand(
+        "compare", "Compare two runs benchmark by benchmark: faster, slower or within noise");
+    std::string compareBefore, compareAfter;
+    bool compareAsJson = false;
+    compare->add_option("A", compareBefore, "A report file, or a number from 'quarbel history' (1 = newest)")
+        ->required();
+    compare->add_option("B", compareAfter, "The run to compare with A, given the same way")->required();
+    compare->add_flag("--json", compareAsJson, "Print the comparison as JSON");
+
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& e) {
@@ -174,6 +189,31 @@ int main(int argc, char** argv) {
         return afterFlushingOutput(cli::kExitOk);
     }
 
+    if (app.got_subcommand("history") || app.got_subcommand("compare")) {
+        const cli::HistoryListing history = cli::listHistory(cli::historyDirectory());
+        for (const auto& warning : history.warnings)
+            std::fprintf(stderr, "quarbel: %s\n", warning.c_str());
+        if (app.got_subcommand("history")) {
+            std::fputs(cli::historyText(history).c_str(), stdout);
+            return afterFlushingOutput(cli::kExitOk);
+        }
+        auto before = cli::resolveSavedRun(compareBefore, history);
+        auto after = cli::resolveSavedRun(compareAfter, history);
+        for (const auto* resolved : {&before, &after})
+            if (const auto* problem = std::get_if<std::string>(resolved)) {
+                std::fprintf(stderr, "quarbel: %s\n", problem->c_str());
+                return cli::kExitBadInput;
+            }
+        const auto& a = std::get<cli::SavedRun>(before);
+        const auto& b = std::get<cli::SavedRun>(after);
+        const auto comparison = cli::compareRuns(a, b);
+        std::fputs(
+            (compareAsJson ? cli::comparisonJson(a, b, comparison) : cli::comparisonText(a, b, comparison))
+                .c_str(),
+            stdout);
+        return afterFlushingOutput(cli::kExitOk);
+    }
+
     auto ids = cli::benchmarksToRun(names, all);
     if (auto* error = std::get_if<cli::ArgumentError>(&ids)) {
         std::fprintf(stderr, "quarbel: %s\n", error->message.c_str());
@@ -196,6 +236,7 @@ int main(int argc, char** argv) {
         options.cardsDirectory = std::get<cli::CardsDirectory>(std::move(directory)).path;
     }
     options.ids = std::get<std::vector<BenchmarkID>>(std::move(ids));
+    if (!noHistory) options.historyDirectory = cli::historyDirectory();
     warnAboutDeviceChoice();
     return runBenchmarks(argc, argv, std::move(options));
 }

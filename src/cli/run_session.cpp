@@ -4,6 +4,7 @@
 #include "cli/json_report.h"
 #include "cli/output_check.h"
 #include "cli/progress_line.h"
+#include "cli/run_history.h"
 #include "model/number_format.h"
 #include "sensors/temperature.h"
 
@@ -186,10 +187,22 @@ void RunSession::finish() {
     checkOutput();
 
     int exitCode = anyFailed(report) || !outputProblem_.empty() ? kExitFailed : kExitOk;
-    if (options_.report) exitCode = std::max(exitCode, writeReport(jsonReportText(report)));
+    const std::string reportText = jsonReportText(report);
+    if (options_.report) exitCode = std::max(exitCode, writeReport(reportText));
     if (options_.cardsDirectory)
         exitCode = std::max(exitCode, writeCards(report, *options_.cardsDirectory, out_));
+    keepInHistory(isoTimestamp(report.startedAt), reportText);
     Q_EMIT finished(stopRequested_ ? kExitStopped : exitCode);
+}
+
+void RunSession::keepInHistory(const std::string& startedAtIso, const std::string& text) {
+    if (options_.historyDirectory.empty()) return;
+    const HistorySave saved = saveToHistory(options_.historyDirectory, startedAtIso, text);
+    // The run itself went well: a history that cannot be written is worth a line, not a failure.
+    if (!saved.problem.empty())
+        notice("the run was not kept in the history: " + saved.problem);
+    else
+        notice("kept in the history as " + saved.path + " (see 'quarbel history')");
 }
 
 int RunSession::writeReport(const std::string& text) {

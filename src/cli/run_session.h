@@ -23,6 +23,7 @@ struct RunOptions {
     bool quick = false;
     std::optional<ReportTarget> report;        // absent: no JSON report
     std::optional<std::string> cardsDirectory; // absent: no result cards; else checked, absolute
+    std::string historyDirectory;              // where the report is also kept; empty: not kept
 };
 
 // The process exit status of a run.
@@ -62,6 +63,7 @@ class RunSession : public QObject {
     void checkOutput();
     void finish();
     int writeReport(const std::string& text);
+    void keepInHistory(const std::string& startedAtIso, const std::string& text);
 
     BenchmarkStore& store_;
     RunOptions options_;

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <dirent.h>
 #include <sys/stat.h>
 
 namespace quarbel {
@@ -19,18 +18,6 @@ std::string normalisedName(std::string_view name) {
         if (c == '-') c = '_';
     }
     return result;
-}
-
-std::vector<std::string> directoryEntries(const std::string& path) {
-    std::vector<std::string> names;
-    DIR* dir = ::opendir(path.c_str());
-    if (dir == nullptr) return names;
-    while (const dirent* entry = ::readdir(dir)) {
-        const std::string_view name = entry->d_name;
-        if (name != "." && name != "..") names.emplace_back(name);
-    }
-    ::closedir(dir);
-    return names;
 }
 
 bool fileExists(const std::string& path) {
@@ -54,7 +41,7 @@ std::optional<int> numberBetween(std::string_view name, std::string_view prefix,
 std::vector<std::string> numberedEntries(const std::string& directory, std::string_view prefix,
                                          std::string_view suffix = {}) {
     std::vector<std::pair<int, std::string>> numbered;
-    for (auto& name : directoryEntries(directory))
+    for (auto& name : sysfs::directoryEntries(directory))
         if (const auto n = numberBetween(name, prefix, suffix)) numbered.emplace_back(*n, std::move(name));
     std::sort(numbered.begin(), numbered.end());
     std::vector<std::string> names;

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace quarbel::sysfs {
 
@@ -20,5 +21,9 @@ std::string readLine(const std::string& path);
 // A whole decimal integer (optionally signed, surrounded by white space), as sysfs
 // writes millidegrees; nothing for any other text.
 std::optional<long long> parseInteger(std::string_view text);
+
+// The names in directory `path` other than "." and "..", in no particular order; empty
+// when the directory cannot be read.
+std::vector<std::string> directoryEntries(const std::string& path);
 
 } // namespace quarbel::sysfs

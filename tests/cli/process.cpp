@@ -2,7 +2,9 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
+#include <filesystem>
 #include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -10,6 +12,23 @@
 extern char** environ;
 
 namespace quarbel::test {
+namespace {
+
+// Children keep their run history here, never in the home directory of whoever runs the tests.
+const std::string& privateDataHome() {
+    static const std::string path = [] {
+        std::string pattern = std::filesystem::temp_directory_path() / "quarbel-test-data-XXXXXX";
+        if (::mkdtemp(pattern.data()) == nullptr) return std::string("/nonexistent/quarbel-test-data");
+        std::atexit([] {
+            std::error_code ignored;
+            std::filesystem::remove_all(privateDataHome(), ignored);
+        });
+        return pattern;
+    }();
+    return path;
+}
+
+} // namespace
 
 ChildProcess::ChildProcess(const std::vector<std::string>& args, const std::vector<std::string>& extraEnv,
                            const std::function<void()>& inChild) {
@@ -30,6 +49,7 @@ ChildProcess::ChildProcess(const std::vector<std::string>& args, const std::vect
     };
     for (char** e = environ; *e != nullptr; ++e)
         env.emplace_back(*e);
+    add("XDG_DATA_HOME=" + privateDataHome());
     for (const auto& variable : extraEnv)
         add(variable);
     std::vector<char*> argv;

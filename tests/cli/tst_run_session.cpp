@@ -46,7 +46,8 @@ TEST(RunSession, InterruptStopsTheRunWithoutSummaryAndExit130) {
                              false,
                              true,
                              std::get<cli::ReportTarget>(cli::resolveReportTarget(report.string())),
-                             std::nullopt},
+                             std::nullopt,
+                             std::string()},
                             out, false, [] {
                                 return std::vector<std::pair<std::string, std::string>>{{"CPU", "Fake"}};
                             });
@@ -134,7 +135,8 @@ TEST(RunSession, EachResultCarriesTheTemperaturesAtItsEndAndItsMode) {
                              true,
                              false,
                              std::get<cli::ReportTarget>(cli::resolveReportTarget(report.string())),
-                             std::nullopt},
+                             std::nullopt,
+                             std::string()},
                             out, false, {});
     int exitCode = -1;
     QObject::connect(&session, &cli::RunSession::finished, [&](int code) { exitCode = code; });

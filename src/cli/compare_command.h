@@ -1,0 +1,40 @@
+// `quarbel history` and `quarbel compare`: past runs listed, and two runs compared
+// benchmark by benchmark with a verdict that knows the benchmarks' noise.
+#pragma once
+
+#include "cli/run_history.h"
+#include "model/comparison.h"
+
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace quarbel::cli {
+
+// A run named on the command line: "1" is the newest run of the history, "2" the one
+// before, ...; anything else is a report file's path. Returns the one-line problem.
+std::variant<SavedRun, std::string> resolveSavedRun(const std::string& argument,
+                                                    const HistoryListing& history);
+
+struct ComparisonRow {
+    std::string title;
+    double before = 0; // 0 when the benchmark did not complete in that run
+    double after = 0;
+    ComparedScore compared;
+};
+
+struct RunComparison {
+    std::vector<ComparisonRow> rows;   // benchmarks present in both runs, in the first run's order
+    std::vector<std::string> warnings; // reasons the two runs are not like for like
+};
+
+RunComparison compareRuns(const SavedRun& before, const SavedRun& after);
+
+// The history as an aligned table, numbered for `compare`.
+std::string historyText(const HistoryListing& history);
+
+std::string comparisonText(const SavedRun& before, const SavedRun& after, const RunComparison& comparison);
+std::string comparisonJson(const SavedRun& before, const SavedRun& after, const RunComparison& comparison);
+
+} // namespace quarbel::cli

@@ -1,0 +1,150 @@
+#include "cli/run_history.h"
+
+#include "cli/report_file.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <sys/stat.h>
+
+namespace quarbel::cli {
+namespace {
+
+using json = nlohmann::json;
+namespace fs = std::filesystem;
+
+// "2026-11-23T14:15:02Z" -> "2026-11-23-141502Z": sorts like the time and is a plain file name.
+std::string stampFromIso(const std::string& iso) {
+    std::string stamp;
+    for (const char c : iso) {
+        if (c == 'T')
+            stamp += '-';
+        else if (c != ':' && (std::isalnum(static_cast<unsigned char>(c)) || c == '-'))
+            stamp += c;
+    }
+    return stamp.empty() ? "run" : stamp;
+}
+
+// Creates `directory` and its missing parents, each new one private to the user.
+std::string makeDirectories(const std::string& directory) {
+    fs::path partial;
+    for (const auto& part : fs::path(directory)) {
+        partial /= part;
+        if (::mkdir(partial.c_str(), 0700) != 0 && errno != EEXIST) return std::strerror(errno);
+    }
+    struct stat info {};
+    if (::stat(directory.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) return "not a directory";
+    return {};
+}
+
+template <typename T> T valueOr(const json& object, const char* key, T fallback) {
+    const auto found = object.find(key);
+    if (found == object.end() || found->is_null()) return fallback;
+    try {
+        return found->get<T>();
+    } catch (const json::exception&) {
+        return fallback;
+    }
+}
+
+} // namespace
+
+std::string historyDirectory() {
+    const char* data = std::getenv("XDG_DATA_HOME");
+    if (data != nullptr && data[0] == '/') return std::string(data) + "/quarbel/runs";
+    const char* home = std::getenv("HOME");
+    if (home != nullptr && home[0] == '/') return std::string(home) + "/.local/share/quarbel/runs";
+    return {};
+}
+
+HistorySave saveToHistory(const std::string& directory, const std::string& startedAtIso,
+                          const std::string& reportText) {
+    if (directory.empty()) return {{}, "no home directory to keep it in"};
+    if (const std::string problem = makeDirectories(directory); !problem.empty())
+        return {{}, "cannot create " + directory + ": " + problem};
+    const std::string stamp = stampFromIso(startedAtIso);
+    std::string path = directory + "/" + stamp + ".json";
+    for (int n = 2; fs::exists(path) && n < 1000; ++n)
+        path = directory + "/" + stamp + "-" + std::to_string(n) + ".json";
+    const ReportWrite write = writeReportFile({false, path, 0644}, reportText);
+    if (!write.problem.empty()) return {{}, write.problem};
+    return {path, {}};
+}
+
+std::optional<SavedRun> readSavedRun(const std::string& path, std::string* problem) {
+    const auto fail = [&](const std::string& why) -> std::optional<SavedRun> {
+        if (problem != nullptr) *problem = why;
+        return std::nullopt;
+    };
+    std::ifstream file(path, std::ios::binary);
+    if (!file) return fail(std::string("cannot be read: ") + std::strerror(errno));
+    std::stringstream text;
+    text << file.rdbuf();
+    json document;
+    try {
+        document = json::parse(text.str());
+    } catch (const json::parse_error& error) {
+        return fail(std::string("is not valid JSON (") + error.what() + ")");
+    }
+    if (!document.is_object() || !document.contains("results") || !document["results"].is_array() ||
+        !document.contains("schema"))
+        return fail("is not a Quarbel report");
+    SavedRun run;
+    run.path = path;
+    run.startedAt = valueOr<std::string>(document, "startedAt", "");
+    if (document.contains("app") && document["app"].is_object())
+        run.version = valueOr<std::string>(document["app"], "version", "");
+    run.mode = valueOr<std::string>(document, "mode", "standard");
+    run.quick = valueOr<bool>(document, "quick", false);
+    run.globalScore = valueOr<double>(document, "globalScore", 0.0);
+    const json summary = document.value("summary", json(nullptr));
+    run.stopped = !summary.is_object();
+    run.title = run.stopped ? "Stopped run" : valueOr<std::string>(summary, "title", "Run");
+    if (document.contains("system") && document["system"].is_array())
+        for (const auto& row : document["system"])
+            if (row.is_object() && valueOr<std::string>(row, "label", "") == "CPU")
+                run.machine = valueOr<std::string>(row, "value", "");
+    for (const auto& result : document["results"]) {
+        if (!result.is_object()) return fail("has a result that is not an object");
+        SavedResult saved;
+        saved.id = valueOr<std::string>(result, "id", "");
+        saved.title = valueOr<std::string>(result, "title", saved.id);
+        saved.status = valueOr<std::string>(result, "status", "");
+        saved.score = valueOr<double>(result, "score", 0.0);
+        if (result.contains("spreadPercent") && result["spreadPercent"].is_number())
+            saved.spreadPercent = result["spreadPercent"].get<double>();
+        if (saved.title.empty()) return fail("has a result without a title");
+        run.results.push_back(std::move(saved));
+    }
+    return run;
+}
+
+HistoryListing listHistory(const std::string& directory) {
+    HistoryListing listing;
+    std::error_code error;
+    fs::directory_iterator entries(directory, error);
+    if (error) return listing; // no history yet
+    std::vector<std::string> paths;
+    for (const auto& entry : entries)
+        if (entry.path().extension() == ".json" && entry.is_regular_file(error))
+            paths.push_back(entry.path());
+    std::sort(paths.begin(), paths.end(), std::greater<>());
+    for (const auto& path : paths) {
+        std::string problem;
+        if (auto run = readSavedRun(path, &problem))
+            listing.runs.push_back(std::move(*run));
+        else
+            listing.warnings.push_back("skipped " + path + ": it " + problem);
+    }
+    std::stable_sort(listing.runs.begin(), listing.runs.end(),
+                     [](const SavedRun& a, const SavedRun& b) { return a.startedAt > b.startedAt; });
+    return listing;
+}
+
+} // namespace quarbel::cli

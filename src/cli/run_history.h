@@ -1,0 +1,61 @@
+// The run history: every finished run's JSON report, kept on this machine under the
+// XDG data directory, for `quarbel history`, `quarbel compare` and the window's history.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace quarbel::cli {
+
+// $XDG_DATA_HOME/quarbel/runs when XDG_DATA_HOME is an absolute path, else
+// $HOME/.local/share/quarbel/runs; empty when neither can be worked out.
+std::string historyDirectory();
+
+struct HistorySave {
+    std::string path;    // the report's file, when saved
+    std::string problem; // why it was not saved, else empty
+};
+
+// Writes `reportText` atomically as a new file in `directory` (created, private to the
+// user, when missing), named after the run's start: "2026-11-23-141502.json", with "-2",
+// "-3" ... when that name is taken.
+HistorySave saveToHistory(const std::string& directory, const std::string& startedAtIso,
+                          const std::string& reportText);
+
+// One benchmark's result as a saved report gives it.
+struct SavedResult {
+    std::string id;
+    std::string title;
+    std::string status; // "ok", "skipped", "failed"
+    double score = 0;
+    std::optional<double> spreadPercent; // Accuracy Mode's spread, when the report has it
+};
+
+// What `history` lists and `compare` reads from one report file.
+struct SavedRun {
+    std::string path;
+    std::string startedAt; // ISO 8601 as written
+    std::string version;
+    std::string mode; // "standard" or "accuracy"
+    bool quick = false;
+    bool stopped = false; // a run without a summary was stopped before its end
+    std::string title;    // the summary's title, or "Stopped run"
+    double globalScore = 0;
+    std::string machine; // the processor row of the system facts
+    std::vector<SavedResult> results;
+};
+
+// Reads a report written by any version of `quarbel run --json` or the window. Returns the
+// one-line problem for a file that is not such a report.
+std::optional<SavedRun> readSavedRun(const std::string& path, std::string* problem);
+
+struct HistoryListing {
+    std::vector<SavedRun> runs;        // newest first
+    std::vector<std::string> warnings; // one per file that was skipped, with the reason
+};
+
+// Every report in `directory`; files that do not read as reports are skipped with a warning.
+HistoryListing listHistory(const std::string& directory);
+
+} // namespace quarbel::cli

@@ -1,0 +1,144 @@
+#include "cli/compare_command.h"
+#include "cli/run_history.h"
+#include "process.h"
+#include "sensors/fake_tree.h"
+
+#include <nlohmann/json.hpp>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <sys/stat.h>
+
+using namespace quarbel;
+using namespace quarbel::cli;
+using quarbel::testing::FakeTree;
+
+namespace {
+
+const std::string kQuarbel = QUARBEL_BINARY;
+
+struct Result {
+    const char* title;
+    double score;
+    std::optional<double> spread = std::nullopt;
+};
+
+std::string reportText(const std::string& startedAt, const std::string& version, bool quick,
+                       std::vector<Result> results, bool stopped = false) {
+    nlohmann::json entries = nlohmann::json::array();
+    for (const auto& r : results)
+        entries.push_back(
+            {{"id", "x"},
+             {"title", r.title},
+             {"status", r.score > 0 ? "ok" : "failed"},
+             {"score", r.score},
+             {"spreadPercent", r.spread ? nlohmann::json(*r.spread) : nlohmann::json(nullptr)}});
+    return nlohmann::json{
+        {"schema", 1},
+        {"app", {{"name", "Quarbel"}, {"version", version}}},
+        {"mode", "standard"},
+        {"quick", quick},
+        {"startedAt", startedAt},
+        {"system", {{{"label", "CPU"}, {"value", "Test CPU"}}}},
+        {"results", entries},
+        {"summary", stopped ? nlohmann::json(nullptr) : nlohmann::json{{"title", "Full Suite"}}},
+        {"globalScore", 1234.5}}
+        .dump();
+}
+
+} // namespace
+
+TEST(RunHistory, SavesAtomicallyListsNewestFirstAndSkipsWhatIsNotAReport) {
+    FakeTree tree;
+    const std::string dir = tree.path("data/quarbel/runs"); // missing parents are created
+    const auto first =
+        saveToHistory(dir, "2026-11-23T10:00:00Z", reportText("2026-11-23T10:00:00Z", "1.0", false, {}));
+    const auto again =
+        saveToHistory(dir, "2026-11-23T10:00:00Z", reportText("2026-11-23T10:00:00Z", "1.0", true, {}));
+    const auto later = saveToHistory(dir, "2026-11-24T09:00:00Z",
+                                     reportText("2026-11-24T09:00:00Z", "1.0", false, {}, /*stopped=*/true));
+    ASSERT_TRUE(first.problem.empty()) << first.problem;
+    EXPECT_EQ(std::filesystem::path(first.path).filename(), "2026-11-23-100000Z.json");
+    EXPECT_EQ(std::filesystem::path(again.path).filename(), "2026-11-23-100000Z-2.json")
+        << "nothing is overwritten";
+    struct stat info {};
+    ASSERT_EQ(::stat(tree.path("data").c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, 0700u);
+
+    tree.write("data/quarbel/runs/broken.json", "{\"schema\": 1, \"results\": [");
+    tree.write("data/quarbel/runs/other.json", "{\"name\": \"not ours\"}");
+    tree.write("data/quarbel/runs/notes.txt", "ignored");
+    const HistoryListing listing = listHistory(dir);
+    ASSERT_EQ(listing.runs.size(), 3u);
+    EXPECT_EQ(listing.runs[0].path, later.path);
+    EXPECT_TRUE(listing.runs[0].stopped);
+    EXPECT_EQ(listing.runs[0].title, "Stopped run");
+    EXPECT_EQ(listing.runs[1].machine, "Test CPU");
+    ASSERT_EQ(listing.warnings.size(), 2u);
+    EXPECT_NE(listing.warnings[0].find("other.json: it is not a Quarbel report"), std::string::npos);
+    EXPECT_NE(listing.warnings[1].find("broken.json: it is not valid JSON"), std::string::npos);
+
+    for (const auto& entry : std::filesystem::directory_iterator(dir))
+        EXPECT_FALSE(entry.path().filename().string().starts_with(".")) << "a temporary file stayed behind";
+    tree.write("blocker", "a file where the directory should be");
+    EXPECT_FALSE(saveToHistory(tree.path("blocker/runs"), "2026-11-23T10:00:00Z", "{}").problem.empty());
+}
+
+TEST(RunHistory, ComparesByTitleAndWarnsWhenRunsAreNotLikeForLike) {
+    FakeTree tree;
+    tree.write("a.json", reportText("2026-11-23T10:00:00Z", "1.0", false,
+                                    {{"CPU Single-Core", 1000}, {"SSD Random", 500}, {"Only In A", 10}}));
+    tree.write("b.json",
+               reportText("2026-11-24T10:00:00Z", "1.1", true,
+                          {{"SSD Random", 400, 30.0}, {"CPU Single-Core", 1100}, {"Only In B", 10}}));
+    HistoryListing history;
+    const auto a = std::get<SavedRun>(resolveSavedRun(tree.path("a.json"), history));
+    history.runs = {a};
+    EXPECT_EQ(std::get<SavedRun>(resolveSavedRun("1", history)).path, a.path);
+    EXPECT_NE(
+        std::get<std::string>(resolveSavedRun("2", history)).find("no run 2 in the history (it holds 1"),
+        std::string::npos);
+    EXPECT_NE(
+        std::get<std::string>(resolveSavedRun(tree.path("missing.json"), history)).find("cannot be read"),
+        std::string::npos);
+
+    const auto b = std::get<SavedRun>(resolveSavedRun(tree.path("b.json"), history));
+    const RunComparison comparison = compareRuns(a, b);
+    ASSERT_EQ(comparison.rows.size(), 2u);
+    EXPECT_EQ(comparison.rows[0].title, "CPU Single-Core");
+    EXPECT_EQ(comparison.rows[0].compared.verdict, Verdict::faster);
+    EXPECT_EQ(comparison.rows[1].compared.verdict, Verdict::withinNoise)
+        << "B's Accuracy Mode spread of 30 %";
+    ASSERT_EQ(comparison.warnings.size(), 2u);
+    EXPECT_NE(comparison.warnings[0].find("different Quarbel versions (1.0 and 1.1)"), std::string::npos);
+    EXPECT_NE(comparison.warnings[1].find("quick"), std::string::npos);
+
+    const std::string text = comparisonText(a, b, comparison);
+    EXPECT_NE(text.find("CPU Single-Core  1000.0  1100.0  1.100"), std::string::npos) << text;
+    const auto document = nlohmann::json::parse(comparisonJson(a, b, comparison));
+    EXPECT_EQ(document["results"][1]["noiseBandFrom"], "accuracy spread");
+    EXPECT_TRUE(compareRuns(a, a).warnings.empty());
+}
+
+TEST(RunHistory, TheCommandLineKeepsRunsUnlessToldNotTo) {
+    FakeTree tree;
+    const std::vector<std::string> env{"XDG_DATA_HOME=" + tree.root(),
+                                       "VK_ICD_FILENAMES=/nonexistent/quarbel-no-vulkan.json",
+                                       "VK_DRIVER_FILES=/nonexistent/quarbel-no-vulkan.json"};
+    const auto run = test::runProcess({kQuarbel, "run", "metalVisual", "--quick"}, env);
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_NE(run.err.find("kept in the history as " + tree.root() + "/quarbel/runs/"), std::string::npos);
+    ASSERT_EQ(test::runProcess({kQuarbel, "run", "metalVisual", "--quick", "--no-history"}, env).exitCode, 0);
+
+    const auto history = test::runProcess({kQuarbel, "history"}, env);
+    EXPECT_EQ(history.exitCode, 0);
+    EXPECT_NE(history.out.find("\n1  "), std::string::npos) << history.out;
+    EXPECT_EQ(history.out.find("\n2  "), std::string::npos) << "--no-history kept nothing:\n" << history.out;
+
+    const auto compare = test::runProcess({kQuarbel, "compare", "1", "1"}, env);
+    EXPECT_EQ(compare.exitCode, 0) << compare.err;
+    EXPECT_NE(compare.out.find("GPU Visual Tour"), std::string::npos) << compare.out;
+    EXPECT_NE(compare.out.find("within noise"), std::string::npos) << compare.out;
+    EXPECT_EQ(test::runProcess({kQuarbel, "compare", "1", "7"}, env).exitCode, 2);
+}
