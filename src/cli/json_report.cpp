@@ -33,6 +33,25 @@ json summaryJson(const RunSummary& s) {
             {"finishedAt", isoTimestamp(s.finishedAt)}};
 }
 
+json conditionJson(const RunReport& report) {
+    json condition = {{"governors", json::array()},
+                      {"onBattery", nullptr},
+                      {"loadAverage", nullptr},
+                      {"busyProcesses", json::array()}};
+    if (report.condition) {
+        const MachineCondition& c = *report.condition;
+        condition["governors"] = c.governors;
+        condition["onBattery"] = c.onBattery ? json(*c.onBattery) : json(nullptr);
+        condition["loadAverage"] = optionalNumber(c.loadAverage);
+        for (const auto& process : c.busyProcesses)
+            condition["busyProcesses"].push_back(
+                {{"pid", process.pid}, {"name", process.name}, {"cores", process.cores}});
+    }
+    condition["throttleSigns"] = report.throttleSigns;
+    condition["badges"] = report.badges;
+    return condition;
+}
+
 } // namespace
 
 std::string jsonReportText(const RunReport& report) {
@@ -53,7 +72,9 @@ std::string jsonReportText(const RunReport& report) {
                            {"duration", o.duration},
                            {"detail", o.detail},
                            {"accuracyMode", entry.accuracyMode},
-                           {"temperatureAtEnd", temperatureJson(entry.temperatureAtEnd)}});
+                           {"temperatureAtEnd", temperatureJson(entry.temperatureAtEnd)},
+                           {"stabilityPercent", optionalNumber(entry.stabilityPercent)},
+                           {"spreadPercent", optionalNumber(entry.spreadPercent)}});
     }
     const json document = {
         {"schema", 1},
@@ -66,6 +87,7 @@ std::string jsonReportText(const RunReport& report) {
         {"results", results},
         {"summary", report.summary ? summaryJson(*report.summary) : json(nullptr)},
         {"globalScore", report.globalScore},
+        {"condition", conditionJson(report)},
         {"log", report.log},
     };
     // Replace rather than throw on text that is not valid UTF-8 (a device name, say).

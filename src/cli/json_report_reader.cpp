@@ -109,6 +109,9 @@ ReportEntry entry(const json& result, const std::string& where, bool accuracyRun
     ReportEntry e = makeReportEntry(*benchmark, std::move(o));
     e.accuracyMode = result.contains("accuracyMode") ? flag(result, "accuracyMode", inside) : accuracyRun;
     e.temperatureAtEnd = temperatureAtEnd(result, inside);
+    if (result.contains("stabilityPercent"))
+        e.stabilityPercent = optionalNumber(result, "stabilityPercent", inside);
+    if (result.contains("spreadPercent")) e.spreadPercent = optionalNumber(result, "spreadPercent", inside);
     return e;
 }
 
@@ -157,6 +160,16 @@ RunReport report(const json& document) {
     }
     if (const json& s = member(document, "summary", ""); !s.is_null()) r.summary = summary(s);
     r.globalScore = number(document, "globalScore", "");
+    // Reports from before the machine's condition was recorded have none.
+    if (const auto condition = document.find("condition");
+        condition != document.end() && condition->is_object()) {
+        for (const char* key : {"badges", "throttleSigns"}) {
+            auto& target = std::string_view(key) == "badges" ? r.badges : r.throttleSigns;
+            if (const auto list = condition->find(key); list != condition->end() && list->is_array())
+                for (const json& item : *list)
+                    if (item.is_string()) target.push_back(item.get<std::string>());
+        }
+    }
     if (const auto log = document.find("log"); log != document.end() && log->is_array())
         for (const json& lineText : *log)
             if (lineText.is_string()) r.log.push_back(lineText.get<std::string>());

@@ -19,6 +19,23 @@ namespace {
 constexpr int kBarWidth = 24;
 constexpr double kPlainReportEverySeconds = 5.0;
 
+std::string joined(const std::vector<std::string>& parts) {
+    std::string text;
+    for (const auto& part : parts)
+        text += (text.empty() ? "" : ", ") + part;
+    return text;
+}
+
+// "Sustained stability: CPU Single-Core 99.6 %, ..." for the benchmarks that have one.
+std::string stabilityLine(const RunReport& report) {
+    std::vector<std::string> parts;
+    for (const auto& entry : report.results)
+        if (entry.stabilityPercent)
+            parts.push_back(std::string(title(entry.id)) + " " + stabilityText(*entry.stabilityPercent));
+    return parts.empty() ? std::string()
+                         : "Sustained stability (last fifth / first): " + joined(parts) + "\n";
+}
+
 // The result table with the detail of every failed or skipped benchmark on an indented
 // line under its row, so that the reason is on screen, not only in the JSON.
 std::string resultTableText(const RunReport& report) {
@@ -166,7 +183,13 @@ void RunSession::finish() {
         const BenchmarkEndState& end = store_.endState(entry.id);
         entry.temperatureAtEnd = end.temperature;
         entry.accuracyMode = end.accuracyMode;
+        entry.stabilityPercent = end.stabilityPercent;
+        entry.spreadPercent = end.spreadPercent;
     }
+    const RunCondition& condition = store_.runCondition();
+    report.condition = condition.atStart;
+    report.throttleSigns = condition.throttleSigns;
+    report.badges = condition.badges;
     report.summary = store_.runSummary();
     report.globalScore = store_.totalScore();
     report.log = log_;
@@ -184,6 +207,10 @@ void RunSession::finish() {
         std::fputs("\nRun stopped: no summary.\n", out_);
     }
     std::fprintf(out_, "Global score: %s pts\n", scoreText(report.globalScore).c_str());
+    std::fputs(stabilityLine(report).c_str(), out_);
+    if (!report.badges.empty()) std::fprintf(out_, "Machine condition: %s\n", joined(report.badges).c_str());
+    for (const auto& sign : report.throttleSigns)
+        std::fprintf(out_, "Throttling: %s\n", sign.c_str());
     checkOutput();
 
     int exitCode = anyFailed(report) || !outputProblem_.empty() ? kExitFailed : kExitOk;

@@ -14,19 +14,31 @@ std::string_view confidenceWord(double spreadPercent) {
     return "Unstable";
 }
 
-BenchmarkOutcome accuracyOutcome(std::span<const BenchmarkOutcome> passes) {
-    if (passes.empty()) return accuracyStoppedOutcome();
+namespace {
 
+// The passes by score, lowest first; equal scores keep their run order.
+std::vector<const BenchmarkOutcome*> byScore(std::span<const BenchmarkOutcome> passes) {
     std::vector<const BenchmarkOutcome*> sorted;
     for (const auto& pass : passes)
         sorted.push_back(&pass);
     std::stable_sort(sorted.begin(), sorted.end(),
                      [](const auto* a, const auto* b) { return a->score < b->score; });
-    const BenchmarkOutcome& median = *sorted[sorted.size() / 2];
+    return sorted;
+}
 
-    const double minimum = sorted.front()->score;
-    const double maximum = sorted.back()->score;
-    const double spread = median.score > 0 ? (maximum - minimum) / median.score * 100.0 : 0.0;
+} // namespace
+
+std::optional<double> accuracySpreadPercent(std::span<const BenchmarkOutcome> passes) {
+    if (passes.empty()) return std::nullopt;
+    const auto sorted = byScore(passes);
+    const double median = sorted[sorted.size() / 2]->score;
+    return median > 0 ? (sorted.back()->score - sorted.front()->score) / median * 100.0 : 0.0;
+}
+
+BenchmarkOutcome accuracyOutcome(std::span<const BenchmarkOutcome> passes) {
+    if (passes.empty()) return accuracyStoppedOutcome();
+    const BenchmarkOutcome& median = *byScore(passes)[passes.size() / 2];
+    const double spread = *accuracySpreadPercent(passes);
 
     std::string scores;
     double totalDuration = 0;

@@ -4,6 +4,7 @@
 
 #include "model/outcome.h"
 
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -13,6 +14,10 @@ inline constexpr int kAccuracyPasses = 3;
 
 // "High" up to 2 %, "Good" up to 5 %, "Variable" up to 10 %, "Unstable" above.
 std::string_view confidenceWord(double spreadPercent);
+
+// (highest - lowest) / median pass score, in percent; 0 when the median scored nothing.
+// Nothing for an empty list.
+std::optional<double> accuracySpreadPercent(std::span<const BenchmarkOutcome> passes);
 
 // Combines a non-empty list of pass outcomes (in run order) into the median pass
 // (upper middle for an even count) with the durations summed.

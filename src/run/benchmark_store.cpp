@@ -47,7 +47,8 @@ std::string newUUIDText() {
 
 StoreServices StoreServices::standard() {
     return {[](BenchmarkID id, const WorkloadContext& context) { return quarbel::runWorkload(id, context); },
-            [] { return QuarbelReadTemperatures(); }, [] { return QDateTime::currentDateTime(); }};
+            [] { return QuarbelReadTemperatures(); }, [] { return QDateTime::currentDateTime(); },
+            [] { return sampleMachineCondition(); }, [] { return readThrottleSample(); }};
 }
 
 // The state of one run, owned by the store while the run is active.
@@ -59,6 +60,8 @@ struct BenchmarkStore::RunTask {
     bool cancelled = false;
     std::size_t index = 0;                      // the benchmark now running
     std::vector<BenchmarkOutcome> passOutcomes; // Accuracy Mode passes so far
+    std::optional<double> stability;            // the running benchmark's lowest pass stability
+    std::optional<double> spread;               // its Accuracy Mode spread, once all passes ended
 };
 
 // Written by the workload's thread after each unit, read by the display clock.
@@ -84,6 +87,8 @@ BenchmarkStore::BenchmarkStore(StoreServices services, WindowPresenter* presente
     if (!services_.runWorkload) services_.runWorkload = StoreServices::standard().runWorkload;
     if (!services_.readTemperatures) services_.readTemperatures = StoreServices::standard().readTemperatures;
     if (!services_.now) services_.now = StoreServices::standard().now;
+    if (!services_.readCondition) services_.readCondition = StoreServices::standard().readCondition;
+    if (!services_.readThrottle) services_.readThrottle = StoreServices::standard().readThrottle;
     logLines_ = {QStringLiteral("Quarbel ready")};
     currentRunTick_ = services_.now();
     startThermalMonitor(kIdleThermalInterval);
@@ -150,6 +155,11 @@ void BenchmarkStore::run(const std::vector<BenchmarkID>& ids, bool followsActive
             }
             peakCPU_ = temperatureSnapshot_.cpuCelsius;
             peakGPU_ = temperatureSnapshot_.gpuCelsius;
+            runCondition_ = {};
+            throttleWatch_ = {};
+            unstableSeen_ = false;
+            Q_EMIT runConditionChanged();
+            readRunCondition();
             startThermalMonitor(kRunningThermalInterval);
             if (task->ids.size() == 1) {
                 appendLog(QStringLiteral("Running %1 (%2 Mode)").arg(qs(title(task->ids.front())), mode));
@@ -171,6 +181,9 @@ void BenchmarkStore::beginNextBenchmark() {
     if (task.followsActiveTest) setSelectedID(id);
     setRunningID(id);
     setRow(id, {TestRunState::running, std::nullopt});
+    task.stability.reset();
+    task.spread.reset();
+    throttleWatch_.beginBenchmark();
     startRealtimeClock(id, task.passes);
     if (hasAnimationWindow(id)) presentAnimationWindow(id, task.passes);
     runBenchmark(id, task.passes);
@@ -193,6 +206,7 @@ void BenchmarkStore::runNextAccuracyPass() {
     if (task.cancelled || done >= task.passes) {
         BenchmarkOutcome outcome =
             done == task.passes ? accuracyOutcome(task.passOutcomes) : accuracyStoppedOutcome();
+        if (done == task.passes) task.spread = accuracySpreadPercent(task.passOutcomes);
         task.passOutcomes.clear();
         benchmarkFinished(std::move(outcome));
         return;
@@ -224,7 +238,11 @@ void BenchmarkStore::benchmarkFinished(BenchmarkOutcome outcome) {
         }
         return QStringLiteral("%1: unavailable").arg(qs(title(id)));
     }();
-    endStates_[indexOf(id)] = {temperatureSnapshot_, task.accuracyMode};
+    endStates_[indexOf(id)] = {temperatureSnapshot_, task.accuracyMode, task.stability, task.spread};
+    if (task.stability && *task.stability < kThrottlingStabilityPercent) {
+        unstableSeen_ = true;
+        updateConditionBadges();
+    }
     setRow(id, {rowStateFor(status), std::move(outcome)});
     appendLog(line);
     ++task.index;
@@ -265,6 +283,7 @@ void BenchmarkStore::runBenchmarkPass(BenchmarkID id, PassCompletion completion)
     }
     auto token = std::make_shared<CancellationToken>();
     auto progress = std::make_shared<PassProgress>();
+    passSeries_.clear();
     workerToken_ = token;
     workerProgress_ = progress;
     WorkloadContext context;
@@ -277,7 +296,12 @@ void BenchmarkStore::runBenchmarkPass(BenchmarkID id, PassCompletion completion)
     const auto problem = background_->start(
         // The thread keeps the token and sink alive even after the store lets go of them.
         [runWorkload, id, context, token, progress] { return runWorkload(id, context); },
-        [this, token, pending](BenchmarkOutcome outcome) {
+        [this, token, progress, pending](BenchmarkOutcome outcome) {
+            sampleProgress(progress->latest());
+            if (task_ && outcome.status == OutcomeStatus::ok) {
+                if (const auto stability = stabilityPercent(passSeries_))
+                    task_->stability = std::min(task_->stability.value_or(*stability), *stability);
+            }
             if (workerToken_ == token) {
                 workerToken_.reset();
                 workerProgress_.reset();
@@ -393,6 +417,7 @@ void BenchmarkStore::onRealtimeTick() {
     currentRunTick_ = services_.now();
     if (workerProgress_) {
         const ProgressReport report = workerProgress_->latest();
+        sampleProgress(report);
         LiveProgress progress{report.unitsDone, report.elapsedSeconds, std::string(report.unit)};
         if (progress != liveProgress_) {
             liveProgress_ = std::move(progress);
@@ -465,14 +490,18 @@ void BenchmarkStore::refreshThermalSnapshot() {
     if (thermalReadInFlight_) return;
     thermalReadInFlight_ = true;
     auto read = services_.readTemperatures;
+    // Throttling is only looked for while benchmarks run.
+    auto readThrottle = task_ ? services_.readThrottle : std::function<ThrottleSample()>{};
     const auto problem = background_->start(
-        [read] {
+        [read, readThrottle] {
             // A low priority keeps a slow sensor read from competing with the workload.
             setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), 10);
-            return makeTemperatureSnapshot(read(), std::chrono::system_clock::now());
+            auto snapshot = makeTemperatureSnapshot(read(), std::chrono::system_clock::now());
+            return std::pair{snapshot, readThrottle ? std::optional(readThrottle()) : std::nullopt};
         },
-        [this](TemperatureSnapshot snapshot) {
-            applyTemperatureSnapshot(snapshot);
+        [this](std::pair<TemperatureSnapshot, std::optional<ThrottleSample>> reading) {
+            applyTemperatureSnapshot(reading.first);
+            if (reading.second && runningID_) observeThrottle(*reading.second);
             thermalReadInFlight_ = false;
         });
     if (!problem) return;
@@ -493,6 +522,38 @@ void BenchmarkStore::applyTemperatureSnapshot(const TemperatureSnapshot& snapsho
         peakCPU_ = peakCPU_ ? std::max(*peakCPU_, *snapshot.cpuCelsius) : *snapshot.cpuCelsius;
     if (snapshot.gpuCelsius)
         peakGPU_ = peakGPU_ ? std::max(*peakGPU_, *snapshot.gpuCelsius) : *snapshot.gpuCelsius;
+}
+
+void BenchmarkStore::readRunCondition() {
+    // Sampling other processes takes half a second: off the main thread, beside the first benchmark.
+    const auto problem = background_->start([read = services_.readCondition] { return read(); },
+                                            [this](MachineCondition condition) {
+                                                runCondition_.atStart = std::move(condition);
+                                                updateConditionBadges();
+                                            });
+    if (problem) updateConditionBadges(); // the run goes on without it
+}
+
+void BenchmarkStore::observeThrottle(const ThrottleSample& sample) {
+    const std::size_t before = throttleWatch_.signs().size();
+    throttleWatch_.observe(sample);
+    if (throttleWatch_.signs().size() == before) return;
+    for (std::size_t i = before; i < throttleWatch_.signs().size(); ++i)
+        appendLog(QStringLiteral("Throttling: %1").arg(qs(throttleWatch_.signs()[i])));
+    runCondition_.throttleSigns = throttleWatch_.signs();
+    updateConditionBadges();
+}
+
+void BenchmarkStore::sampleProgress(const ProgressReport& report) {
+    if (report.elapsedSeconds <= 0) return;
+    if (!passSeries_.empty() && passSeries_.back().elapsedSeconds >= report.elapsedSeconds) return;
+    passSeries_.push_back({report.elapsedSeconds, report.unitsDone});
+}
+
+void BenchmarkStore::updateConditionBadges() {
+    const bool throttling = unstableSeen_ || !runCondition_.throttleSigns.empty();
+    runCondition_.badges = conditionBadges(runCondition_.atStart.value_or(MachineCondition{}), throttling);
+    Q_EMIT runConditionChanged();
 }
 
 } // namespace quarbel

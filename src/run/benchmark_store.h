@@ -6,8 +6,10 @@
 
 #include "model/catalogue.h"
 #include "model/outcome.h"
+#include "model/stability.h"
 #include "model/visual.h"
 #include "model/workload_context.h"
+#include "sensors/machine_condition.h"
 #include "sensors/temperature.h"
 
 #include <QDateTime>
@@ -40,12 +42,23 @@ struct LiveProgress {
     bool operator==(const LiveProgress&) const = default;
 };
 
-// The circumstances of a benchmark's last stored outcome, for the result cards: the
-// temperatures read when it ended and whether Accuracy Mode produced it.
+// The circumstances of a benchmark's last stored outcome, for the report and the cards.
 struct BenchmarkEndState {
-    TemperatureSnapshot temperature; // all absent: unavailable
-    bool accuracyMode = false;
+    TemperatureSnapshot temperature; // read when it ended; all absent: unavailable
+    bool accuracyMode = false;       // the outcome is the median of Accuracy Mode's passes
+    // The last fifth's rate over the first fifth's, in percent: the lowest of its passes.
+    // Absent for a workload that reported its progress fewer than five times.
+    std::optional<double> stabilityPercent;
+    std::optional<double> spreadPercent; // Accuracy Mode's spread of the pass scores
     bool operator==(const BenchmarkEndState&) const = default;
+};
+
+// What the machine was doing around the current (or last) run.
+struct RunCondition {
+    std::optional<MachineCondition> atStart; // read as the run started; absent until then
+    std::vector<std::string> throttleSigns;  // seen by the thermal monitor while it ran
+    std::vector<std::string> badges;         // "on battery", "powersave governor", "throttling seen", ...
+    bool operator==(const RunCondition&) const = default;
 };
 
 // What the store runs and reads; the defaults are the real workloads and sensors.
@@ -56,6 +69,10 @@ struct StoreServices {
     std::function<QLTemperatureReading()> readTemperatures;
     // The wall clock of the display clock and the log (main thread).
     std::function<QDateTime()> now;
+    // What makes a result less trustworthy, sampled as a run starts (background thread).
+    std::function<MachineCondition()> readCondition;
+    // Frequencies and critical sensors, read with the temperatures while a run is active.
+    std::function<ThrottleSample()> readThrottle;
 
     static StoreServices standard();
 };
@@ -80,6 +97,7 @@ class BenchmarkStore : public QObject {
     Q_PROPERTY(bool accuracyMode READ accuracyMode WRITE setAccuracyMode NOTIFY accuracyModeChanged)
     Q_PROPERTY(quarbel::LiveProgress liveProgress READ liveProgress NOTIFY liveProgressChanged)
     Q_PROPERTY(bool busy READ busy NOTIFY busyChanged)
+    Q_PROPERTY(quarbel::RunCondition runCondition READ runCondition NOTIFY runConditionChanged)
     Q_PROPERTY(double currentRunElapsed READ currentRunElapsed NOTIFY currentRunTickChanged)
     Q_PROPERTY(double currentRunProgress READ currentRunProgress NOTIFY currentRunTickChanged)
     Q_PROPERTY(int completedCount READ completedCount NOTIFY rowsChanged)
@@ -105,6 +123,7 @@ class BenchmarkStore : public QObject {
     bool accuracyMode() const { return accuracyMode_; }
     LiveProgress liveProgress() const { return liveProgress_; }
     bool busy() const { return task_ != nullptr; }
+    const RunCondition& runCondition() const { return runCondition_; }
 
     // Set together with the row's outcome; the unavailable default before a first outcome.
     const BenchmarkEndState& endState(BenchmarkID id) const { return endStates_[indexOf(id)]; }
@@ -148,6 +167,7 @@ class BenchmarkStore : public QObject {
     void accuracyModeChanged();
     void liveProgressChanged();
     void busyChanged();
+    void runConditionChanged();
     // Emitted for every log line as it is written, timestamp included.
     void logLineAppended(const QString& line);
 
@@ -174,6 +194,10 @@ class BenchmarkStore : public QObject {
     void setRow(BenchmarkID id, BenchmarkRowState row);
     void setRunningID(OptionalBenchmarkID id);
     void applyTemperatureSnapshot(const TemperatureSnapshot& snapshot);
+    void readRunCondition();
+    void observeThrottle(const ThrottleSample& sample);
+    void sampleProgress(const ProgressReport& report);
+    void updateConditionBadges();
 
     StoreServices services_;
     WindowPresenter* presenter_;
@@ -192,6 +216,10 @@ class BenchmarkStore : public QObject {
     bool accuracyMode_ = false;
     LiveProgress liveProgress_;
     std::array<BenchmarkEndState, kBenchmarkCount> endStates_{};
+    RunCondition runCondition_;
+    ThrottleWatch throttleWatch_;
+    std::vector<ProgressPoint> passSeries_; // the running pass's progress, sampled by the display clock
+    bool unstableSeen_ = false;             // a benchmark of this run kept under 90 % of its pace
 
     std::unique_ptr<RunTask> task_;
     std::shared_ptr<CancellationToken> workerToken_; // the pass now executing; null when none

@@ -1,8 +1,10 @@
 #include "ui/run_report.h"
 
 #include "model/number_format.h"
+#include "model/stability.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <ctime>
 
 namespace quarbel {
@@ -21,7 +23,8 @@ std::string lineText(const MeasurementLine& line) { return line.label + " " + ca
 ReportEntry makeReportEntry(BenchmarkID id, BenchmarkOutcome outcome) {
     std::string score = outcome.status == OutcomeStatus::ok ? scoreText(outcome.score) : "";
     std::string duration = format(outcome.duration, 2) + " s";
-    return {id, std::move(outcome), std::move(score), std::move(duration), {}, false};
+    return {id,    std::move(outcome), std::move(score), std::move(duration), {},
+            false, std::nullopt,       std::nullopt};
 }
 
 std::vector<ReportEntry> reportEntries(const BenchmarkRows& rows, std::span<const BenchmarkID> ids) {
@@ -29,6 +32,13 @@ std::vector<ReportEntry> reportEntries(const BenchmarkRows& rows, std::span<cons
     for (BenchmarkID id : ids)
         if (const auto& outcome = rows[id].outcome) entries.push_back(makeReportEntry(id, *outcome));
     return entries;
+}
+
+std::string stabilityText(double percent) {
+    char text[48];
+    std::snprintf(text, sizeof text, "%.1f %%%s", percent,
+                  percent < kThrottlingStabilityPercent ? " (throttling)" : "");
+    return text;
 }
 
 std::string isoTimestamp(SystemTimePoint time) {

@@ -5,6 +5,7 @@
 
 #include "model/catalogue.h"
 #include "model/outcome.h"
+#include "sensors/machine_condition.h"
 #include "sensors/temperature.h"
 
 #include <optional>
@@ -18,10 +19,12 @@ namespace quarbel {
 struct ReportEntry {
     BenchmarkID id;
     BenchmarkOutcome outcome;
-    std::string scoreText;                // empty unless the outcome is ok
-    std::string durationText;             // seconds with two decimals, e.g. "15.02 s"
-    TemperatureSnapshot temperatureAtEnd; // read when the benchmark ended; all absent when unknown
-    bool accuracyMode = false;            // the outcome is the median pass of Accuracy Mode
+    std::string scoreText;                  // empty unless the outcome is ok
+    std::string durationText;               // seconds with two decimals, e.g. "15.02 s"
+    TemperatureSnapshot temperatureAtEnd;   // read when the benchmark ended; all absent when unknown
+    bool accuracyMode = false;              // the outcome is the median pass of Accuracy Mode
+    std::optional<double> stabilityPercent; // last fifth's rate over the first fifth's
+    std::optional<double> spreadPercent;    // Accuracy Mode's spread of pass scores
 };
 
 struct RunReport {
@@ -36,7 +39,13 @@ struct RunReport {
     std::optional<RunSummary> summary;                       // absent when the run was stopped
     double globalScore = 0;
     std::vector<std::string> log;
+    std::optional<MachineCondition> condition; // the machine as the run started
+    std::vector<std::string> throttleSigns;    // seen while it ran
+    std::vector<std::string> badges;           // short remarks for results and cards
 };
+
+// "98.7 %" for a stability, with " (throttling)" below kThrottlingStabilityPercent.
+std::string stabilityText(double percent);
 
 // One entry with its texts made; no temperatures, not from Accuracy Mode.
 ReportEntry makeReportEntry(BenchmarkID id, BenchmarkOutcome outcome);

@@ -90,6 +90,8 @@ class FakeWorkloads {
         services.readTemperatures = reader ? std::move(reader) : [] {
             return QLTemperatureReading{0, 0, 0, 0};
         };
+        services.readCondition = [] { return MachineCondition{}; };
+        services.readThrottle = [] { return ThrottleSample{}; };
         return services;
     }
 
