@@ -23,6 +23,9 @@ TEST(Accuracy, MedianOfThreeKeepsPassOrderInTheDetail) {
     EXPECT_EQ(result.duration, 6);
     EXPECT_EQ(result.detail, "b Accuracy Mode: median of 3 passes; pass scores 1010.0, 980.00, 1000.0 pts; "
                              "spread 3.0%; confidence Good.");
+    EXPECT_DOUBLE_EQ(accuracySpreadPercent(passes).value_or(-1), 3.0)
+        << "the number behind the detail's text";
+    EXPECT_FALSE(accuracySpreadPercent({}).has_value());
 }
 
 TEST(Accuracy, EvenCountTakesTheUpperMiddle) {

@@ -1,0 +1,72 @@
+#include "run/benchmark_store.h"
+
+#include "fake_workloads.h"
+#include "support/event_loop.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+using namespace quarbel;
+using namespace quarbel::test;
+
+TEST(RunCondition, TheMachineAsTheRunStartsAndThrottlingWhileItRunsBecomeBadges) {
+    FakeWorkloads fakes;
+    fakes.set(BenchmarkID::cpuInteger, FakeBehaviour::untilCancelled);
+    StoreServices services = fakes.services();
+    services.readCondition = [] {
+        MachineCondition condition;
+        condition.governors = {"powersave"};
+        condition.onBattery = true;
+        return condition;
+    };
+    services.readThrottle = [] { return ThrottleSample{std::nullopt, {"k10temp temp1"}}; };
+    BenchmarkStore store(services);
+
+    store.run({BenchmarkID::cpuInteger}, false);
+    ASSERT_TRUE(processEventsUntil([&] { return !store.runCondition().throttleSigns.empty(); }));
+    EXPECT_EQ(store.runCondition().throttleSigns,
+              std::vector<std::string>{"k10temp temp1 at its critical temperature"});
+    ASSERT_TRUE(processEventsUntil([&] { return store.runCondition().atStart.has_value(); }));
+    EXPECT_EQ(store.runCondition().badges,
+              (std::vector<std::string>{"on battery", "powersave governor", "throttling seen"}));
+    EXPECT_TRUE(store.logLines().last().endsWith("Throttling: k10temp temp1 at its critical temperature"));
+    store.stop();
+    ASSERT_TRUE(processEventsUntil([&] { return !store.busy(); }));
+
+    // The next run starts from a clean slate.
+    services.readThrottle = [] { return ThrottleSample{}; };
+    BenchmarkStore calm(fakes.services());
+    calm.run({BenchmarkID::cpuCrypto}, false);
+    ASSERT_TRUE(processEventsUntil([&] { return !calm.busy() && calm.runCondition().atStart.has_value(); }));
+    EXPECT_TRUE(calm.runCondition().badges.empty());
+}
+
+TEST(RunCondition, AWorkloadThatSlowsDownHasLowStabilityAndMarksThrottling) {
+    FakeWorkloads fakes;
+    StoreServices services = fakes.services();
+    // 1.6 s of work reported every 20 ms: full pace, then half pace from 1.1 s on.
+    services.runWorkload = [](BenchmarkID, const WorkloadContext& context) {
+        const auto start = std::chrono::steady_clock::now();
+        std::int64_t units = 0;
+        for (double elapsed = 0; elapsed < 1.6;) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            elapsed = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+            units = elapsed < 1.1 ? static_cast<std::int64_t>(elapsed * 1000)
+                                  : 1100 + static_cast<std::int64_t>((elapsed - 1.1) * 500);
+            context.reportProgress(units, elapsed, "units");
+        }
+        return FakeWorkloads::okOutcome(100);
+    };
+    BenchmarkStore store(services);
+    store.run({BenchmarkID::memoryStream}, false);
+    ASSERT_TRUE(processEventsUntil([&] { return !store.busy(); }, 10000));
+
+    const BenchmarkEndState& end = store.endState(BenchmarkID::memoryStream);
+    ASSERT_TRUE(end.stabilityPercent.has_value());
+    EXPECT_NEAR(*end.stabilityPercent, 50.0, 8.0);
+    EXPECT_FALSE(end.spreadPercent.has_value()) << "not from Accuracy Mode";
+    EXPECT_NE(
+        std::find(store.runCondition().badges.begin(), store.runCondition().badges.end(), "throttling seen"),
+        store.runCondition().badges.end());
+}
