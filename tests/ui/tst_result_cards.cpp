@@ -43,7 +43,8 @@ BenchmarkCardContent benchmarkContent(bool accuracyMode) {
             false,
             std::chrono::system_clock::now(),
             kHardware,
-            "0.1.0"};
+            "0.1.0",
+            accuracyMode ? std::optional(62.5) : std::nullopt};
 }
 
 // One benchmark done, one skipped, one failed, ten never run.
@@ -58,6 +59,7 @@ SummaryCardContent summaryContent() {
     content.globalScore = 38.46;
     content.hardware = kHardware;
     content.appVersion = "0.1.0";
+    content.badges = {"on battery", "throttling seen"};
     return content;
 }
 
@@ -115,7 +117,10 @@ TEST(ResultCards, SingleCardSaysWhatWasMeasuredWhenAndOnWhichMachine) {
             .size(),
         1);
     EXPECT_FALSE(texts.contains(QStringLiteral("Accuracy Mode")));
-    EXPECT_TRUE(benchmarkTexts(benchmarkContent(true)).contains(QStringLiteral("Accuracy Mode")));
+    EXPECT_TRUE(texts.filter(QStringLiteral("Stability")).isEmpty()) << "no stability without enough reports";
+    const QStringList accuracyTexts = benchmarkTexts(benchmarkContent(true));
+    EXPECT_TRUE(accuracyTexts.contains(QStringLiteral("Accuracy Mode")));
+    EXPECT_TRUE(accuracyTexts.contains(QStringLiteral("Stability 62.5 % (throttling)")));
 
     BenchmarkCardContent skipped = benchmarkContent(false);
     skipped.outcome = skippedOutcome("No OpenCL device.");
@@ -141,9 +146,10 @@ TEST(ResultCards, GlobalCardHasTheTableInOrderAndTheSkippedAndFailedSection) {
     }
     EXPECT_EQ(texts.count(QStringLiteral("Not Run")), 10);
     EXPECT_EQ(texts.count(QStringLiteral("Completed")), 2) << "the metric label and the done row";
-    for (const char* expected : {"Quarbel Global Result Card", "Global Benchmark Result",
-                                 "All Benchmark Results", "Selected Test Summary", "500.00", "1 / 3", "2.5m",
-                                 "61 \u00B0C", "Peak CPU", "Peak GPU", "Unavailable", "1.50s", "3.1 Mops/s"})
+    for (const char* expected :
+         {"Quarbel Global Result Card", "Global Benchmark Result", "All Benchmark Results",
+          "Selected Test Summary", "500.00", "1 / 3", "2.5m", "61 \u00B0C", "Peak CPU", "Peak GPU",
+          "Unavailable", "1.50s", "3.1 Mops/s", "on battery", "throttling seen"})
         EXPECT_TRUE(texts.contains(QString::fromUtf8(expected))) << expected;
 
     const qsizetype section = texts.indexOf(QStringLiteral("Skipped / Failed"));

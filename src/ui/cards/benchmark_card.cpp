@@ -1,6 +1,7 @@
 // The single-benchmark card: header, the benchmark's detail panel with score and
 // measurement tiles, the machine, a footer.
 #include "model/number_format.h"
+#include "model/stability.h"
 #include "ui/cards/card_fonts.h"
 #include "ui/cards/card_parts.h"
 #include "ui/cards/result_card.h"
@@ -74,6 +75,11 @@ void paintBenchmarkCard(QPainter& painter, const BenchmarkCardContent& content) 
         pills.emplace_back(QStringLiteral("Accuracy Mode"), Palette::stateColor(TestRunState::running));
     if (content.quick)
         pills.emplace_back(QStringLiteral("Quick run"), Palette::stateColor(TestRunState::skipped));
+    if (content.stabilityPercent) {
+        const bool throttled = *content.stabilityPercent < kThrottlingStabilityPercent;
+        pills.emplace_back(QStringLiteral("Stability ") + qstring(stabilityText(*content.stabilityPercent)),
+                           Palette::stateColor(throttled ? TestRunState::skipped : TestRunState::done));
+    }
     parts::drawPillsRightAligned(painter, header.right(), header.top() + 19, 36, pills);
 
     // The detail panel: what ran and what it scored on the left, its measurements on the right.

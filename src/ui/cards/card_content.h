@@ -26,6 +26,7 @@ struct BenchmarkCardContent {
     SystemTimePoint generatedAt{};
     HardwareRows hardware;
     std::string appVersion;
+    std::optional<double> stabilityPercent; // last fifth's pace over the first fifth's
 };
 
 // The global card of a run.
@@ -37,6 +38,7 @@ struct SummaryCardContent {
     SystemTimePoint generatedAt{};
     HardwareRows hardware;
     std::string appVersion;
+    std::vector<std::string> badges; // what made the run less trustworthy: "on battery", ...
 };
 
 // The cards of a saved report: one per result, in run order.

@@ -242,10 +242,12 @@ void paintSummaryCard(QPainter& painter, const SummaryCardContent& content) {
     const QRectF header(kMargin, 40, inner, 72);
     parts::drawHeader(painter, header, QStringLiteral("Quarbel Global Result Card"), content.generatedAt,
                       Palette::stateColor(TestRunState::done));
+    std::vector<std::pair<QString, QColor>> pills;
+    for (const auto& badge : content.badges)
+        pills.emplace_back(qstring(badge), Palette::stateColor(TestRunState::skipped));
     if (content.quick)
-        parts::drawPillsRightAligned(
-            painter, header.right(), header.top() + 19, 36,
-            {{QStringLiteral("Quick run"), Palette::stateColor(TestRunState::skipped)}});
+        pills.emplace_back(QStringLiteral("Quick run"), Palette::stateColor(TestRunState::skipped));
+    parts::drawPillsRightAligned(painter, header.right(), header.top() + 19, 36, pills);
 
     drawResultPanel(painter, QRectF(kMargin, 128, inner, 170), content);
     drawTable(painter, QRectF(kMargin, 316, inner, 28 + 22 + 38 + 13 * kRowHeight + 18), content.rows);

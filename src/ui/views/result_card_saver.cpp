@@ -78,7 +78,8 @@ cards::BenchmarkCardContent ResultCardSaver::benchmarkCardContent(const Benchmar
             store.budgetScale() < 1.0,
             std::chrono::system_clock::now(),
             hardwareRows(),
-            appVersion()};
+            appVersion(),
+            end.stabilityPercent};
 }
 
 cards::SummaryCardContent ResultCardSaver::summaryCardContent(const BenchmarkStore& store) {
@@ -88,7 +89,8 @@ cards::SummaryCardContent ResultCardSaver::summaryCardContent(const BenchmarkSto
             store.budgetScale() < 1.0,
             std::chrono::system_clock::now(),
             hardwareRows(),
-            appVersion()};
+            appVersion(),
+            store.runCondition().badges};
 }
 
 void ResultCardSaver::saveSelectedBenchmarkCard() {

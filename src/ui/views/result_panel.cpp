@@ -1,7 +1,9 @@
 #include "ui/views/result_panel.h"
 
 #include "model/number_format.h"
+#include "model/stability.h"
 #include "run/benchmark_store.h"
+#include "ui/run_report.h"
 #include "ui/views/theme.h"
 
 #include <QPaintEvent>
@@ -99,6 +101,17 @@ void ResultPanel::paintEvent(QPaintEvent* event) {
         painter.setPen(theme::secondary());
         painter.drawText(QRectF(area.left() + scoreWidth + 10, y + 12, 200, 30),
                          Qt::AlignLeft | Qt::AlignVCenter, tr("Quarbel points"));
+        // Whether the workload kept its pace to the end: amber when it fell below 90 %.
+        if (const auto stability = store_.endState(id).stabilityPercent) {
+            const QString text = tr("Stability %1").arg(theme::qstring(stabilityText(*stability)));
+            const qreal width = theme::pillWidth(text, 26);
+            const qreal left = area.left() + scoreWidth + 10 + 130;
+            if (left + width <= area.right())
+                theme::drawPill(painter, QRectF(area.right() - width, y + 14, width, 26), text,
+                                theme::stateColor(*stability < kThrottlingStabilityPercent
+                                                      ? TestRunState::skipped
+                                                      : TestRunState::done));
+        }
     } else {
         const QColor color = theme::stateColor(rowStateFor(outcome.status));
         const QString status = outcome.status == OutcomeStatus::failed ? tr("Failed") : tr("Skipped");

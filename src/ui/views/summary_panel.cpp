@@ -21,6 +21,7 @@ SummaryPanel::SummaryPanel(BenchmarkStore& store, QWidget* parent)
     setFixedHeight(176);
     saveCard_->setObjectName(QStringLiteral("secondaryButton"));
     saveCard_->setToolTip(tr("Save this run as a global PNG card"));
+    connect(&store_, &BenchmarkStore::runConditionChanged, this, qOverload<>(&QWidget::update));
     connect(&store_, &BenchmarkStore::runSummaryChanged, this, [this] {
         setVisible(store_.runSummary().has_value());
         update();
@@ -50,8 +51,19 @@ void SummaryPanel::paintEvent(QPaintEvent* event) {
                      tr("RUN SUMMARY"));
     painter.setFont(theme::font(17, QFont::Bold));
     painter.setPen(theme::text());
-    painter.drawText(QRectF(area.left(), area.top() + 18, area.width() - 180, 26),
-                     Qt::AlignLeft | Qt::AlignVCenter, theme::qstring(summary->title));
+    const QRectF titleBox(area.left(), area.top() + 18, area.width() - 180, 26);
+    QRectF titleUsed;
+    painter.drawText(titleBox, Qt::AlignLeft | Qt::AlignVCenter, theme::qstring(summary->title), &titleUsed);
+    // What made the run less trustworthy ("on battery", "throttling seen"), after the title.
+    qreal x = titleUsed.right() + 12;
+    for (const auto& badge : store_.runCondition().badges) {
+        const QString text = theme::qstring(badge);
+        const qreal width = theme::pillWidth(text, 22);
+        if (x + width > titleBox.right()) break;
+        theme::drawPill(painter, QRectF(x, titleBox.top() + 2, width, 22), text,
+                        theme::stateColor(TestRunState::skipped));
+        x += width + 6;
+    }
 
     struct Metric {
         QString label;
