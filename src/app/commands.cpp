@@ -35,6 +35,11 @@ QuarbelCommands::QuarbelCommands(QMenuBar& menuBar, BenchmarkStore& store, Comma
     accuracyMode_ = run->addAction(QStringLiteral("Accuracy Mode"));
     accuracyMode_->setCheckable(true);
     connect(accuracyMode_, &QAction::triggered, &store_, &BenchmarkStore::setAccuracyMode);
+    run->addSeparator();
+    history_ = run->addAction(QStringLiteral("Run History"), this, [this] {
+        if (handlers_.showHistory) handlers_.showHistory();
+    });
+    history_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_H));
 
     QMenu* help = menuBar.addMenu(QStringLiteral("&Help"));
     help_ = help->addAction(QStringLiteral("Quarbel Help"), this, [this] {

@@ -1,5 +1,5 @@
 // The menu commands of the main window: "Quarbel" (about, quit), "Run" (the store's run
-// operations) and "Help". The run commands are enabled exactly when they can act.
+// operations and the run history) and "Help". The run commands are enabled exactly when they can act.
 #pragma once
 
 #include <QObject>
@@ -19,6 +19,7 @@ struct CommandHandlers {
     std::function<void()> showAbout;
     std::function<void()> showHelp;
     std::function<void()> quit;
+    std::function<void()> showHistory;
 };
 
 class QuarbelCommands : public QObject {
@@ -35,6 +36,7 @@ class QuarbelCommands : public QObject {
     QAction* stopAction() const { return stop_; }
     QAction* accuracyModeAction() const { return accuracyMode_; }
     QAction* helpAction() const { return help_; }
+    QAction* historyAction() const { return history_; }
 
   private:
     void updateFromStore();
@@ -48,6 +50,7 @@ class QuarbelCommands : public QObject {
     QAction* stop_ = nullptr;
     QAction* accuracyMode_ = nullptr;
     QAction* help_ = nullptr;
+    QAction* history_ = nullptr;
 };
 
 } // namespace app

@@ -5,9 +5,12 @@
 #include "app/commands.h"
 #include "app/first_paint_probe.h"
 #include "app/help_window.h"
+#include "app/history_window.h"
 #include "app/launch_arguments.h"
 #include "app/main_window_placement.h"
+#include "app/run_history_recorder.h"
 #include "cli/info_command.h"
+#include "cli/run_history.h"
 #include "cli/run_session.h"
 #include "cli/stop_signals.h"
 #include "run/benchmark_store.h"
@@ -55,10 +58,13 @@ int main(int argc, char** argv) {
     new ui::ResultCardSaver(store, window); // the Save Result Card buttons; owned by the window
     app::QuarbelHelpWindowController help;
     app::QuarbelAboutWindowController about(QStringLiteral(QUARBEL_VERSION));
+    app::HistoryWindowController history(cli::historyDirectory());
+    app::RunHistoryRecorder historyRecorder(store, cli::historyDirectory());
+    QObject::connect(&historyRecorder, &app::RunHistoryRecorder::runKept, [&history] { history.reload(); });
     app::QuarbelAppDelegate delegate(store);
-    new app::QuarbelCommands(
-        *window.menuBar(), store,
-        {[&] { about.showWindow(); }, [&] { help.showWindow(); }, [&] { delegate.terminate(); }});
+    new app::QuarbelCommands(*window.menuBar(), store,
+                             {[&] { about.showWindow(); }, [&] { help.showWindow(); },
+                              [&] { delegate.terminate(); }, [&] { history.showWindow(); }});
 
     app::UserFrameSettings frameSettings;
     app::MainWindowPlacement::configure(window, frameSettings, app::MainWindowPlacement::screenAreas(window));

@@ -142,8 +142,20 @@ HistoryListing listHistory(const std::string& directory) {
         else
             listing.warnings.push_back("skipped " + path + ": it " + problem);
     }
+    // Newest first; runs started in the same second come in the order of their "-2", "-3"
+    // suffixes, which saveToHistory gives in the order they ended.
+    const auto order = [](const SavedRun& run) {
+        const std::string stem = fs::path(run.path).stem();
+        const auto dash = stem.rfind('-');
+        int suffix = 1;
+        if (dash != std::string::npos && dash + 1 < stem.size() &&
+            std::all_of(stem.begin() + long(dash) + 1, stem.end(),
+                        [](char c) { return c >= '0' && c <= '9'; }))
+            suffix = std::stoi(stem.substr(dash + 1));
+        return std::pair{run.startedAt, suffix};
+    };
     std::stable_sort(listing.runs.begin(), listing.runs.end(),
-                     [](const SavedRun& a, const SavedRun& b) { return a.startedAt > b.startedAt; });
+                     [&](const SavedRun& a, const SavedRun& b) { return order(a) > order(b); });
     return listing;
 }
 

@@ -5,6 +5,7 @@
 #include "cli/output_check.h"
 #include "cli/progress_line.h"
 #include "cli/run_history.h"
+#include "cli/store_report.h"
 #include "model/number_format.h"
 #include "sensors/temperature.h"
 
@@ -170,29 +171,9 @@ void RunSession::onBusyChanged() {
 
 void RunSession::finish() {
     clearProgressLine();
-    RunReport report;
-    report.appName = "Quarbel";
-    report.appVersion = QUARBEL_VERSION;
-    report.accuracyMode = options_.accuracy;
-    report.quick = options_.quick;
-    report.startedAt = startedAt_;
-    report.finishedAt = std::chrono::system_clock::now();
-    if (systemRows_) report.system = systemRows_();
-    report.results = reportEntries(store_.rows(), options_.ids);
-    for (ReportEntry& entry : report.results) {
-        const BenchmarkEndState& end = store_.endState(entry.id);
-        entry.temperatureAtEnd = end.temperature;
-        entry.accuracyMode = end.accuracyMode;
-        entry.stabilityPercent = end.stabilityPercent;
-        entry.spreadPercent = end.spreadPercent;
-    }
-    const RunCondition& condition = store_.runCondition();
-    report.condition = condition.atStart;
-    report.throttleSigns = condition.throttleSigns;
-    report.badges = condition.badges;
-    report.summary = store_.runSummary();
-    report.globalScore = store_.totalScore();
-    report.log = log_;
+    const RunReport report = reportFromStore(
+        store_, {options_.ids, options_.accuracy, options_.quick, startedAt_,
+                 systemRows_ ? systemRows_() : std::vector<std::pair<std::string, std::string>>{}, log_});
 
     std::fputs("\n", out_);
     std::fputs(resultTableText(report).c_str(), out_);

@@ -137,6 +137,7 @@ void BenchmarkStore::run(const std::vector<BenchmarkID>& ids, bool followsActive
     if (task_) return;
     task_ = std::make_unique<RunTask>();
     task_->ids = ids;
+    runIDs_ = ids;
     task_->followsActiveTest = followsActiveTest;
     task_->accuracyMode = accuracyMode_;
     task_->passes = accuracyMode_ ? kAccuracyPasses : 1;

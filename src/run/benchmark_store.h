@@ -124,6 +124,8 @@ class BenchmarkStore : public QObject {
     LiveProgress liveProgress() const { return liveProgress_; }
     bool busy() const { return task_ != nullptr; }
     const RunCondition& runCondition() const { return runCondition_; }
+    // The benchmarks of the current run, or of the last one when idle; empty before any.
+    const std::vector<BenchmarkID>& runIDs() const { return runIDs_; }
 
     // Set together with the row's outcome; the unavailable default before a first outcome.
     const BenchmarkEndState& endState(BenchmarkID id) const { return endStates_[indexOf(id)]; }
@@ -217,6 +219,7 @@ class BenchmarkStore : public QObject {
     LiveProgress liveProgress_;
     std::array<BenchmarkEndState, kBenchmarkCount> endStates_{};
     RunCondition runCondition_;
+    std::vector<BenchmarkID> runIDs_;
     ThrottleWatch throttleWatch_;
     std::vector<ProgressPoint> passSeries_; // the running pass's progress, sampled by the display clock
     bool unstableSeen_ = false;             // a benchmark of this run kept under 90 % of its pace

@@ -22,7 +22,7 @@ TEST(MenuCommands, RunCommandsFollowTheStoreAndCallItsOperations) {
     BenchmarkStore store(fakes.services());
     QMainWindow window;
     int helpRequests = 0;
-    auto* commands = new QuarbelCommands(*window.menuBar(), store, {{}, [&] { ++helpRequests; }, {}});
+    auto* commands = new QuarbelCommands(*window.menuBar(), store, {{}, [&] { ++helpRequests; }, {}, {}});
 
     struct Expected {
         bool runSelected, runAll, stop, accuracyMode;

@@ -1,0 +1,110 @@
+#include "ui/views/comparison_view.h"
+
+#include "ui/views/theme.h"
+
+#include <QPaintEvent>
+#include <QPainter>
+
+namespace quarbel::ui {
+namespace {
+
+constexpr qreal kRowHeight = 30;
+constexpr qreal kHeaderTop = 64;
+
+} // namespace
+
+QColor verdictColor(Verdict verdict) {
+    switch (verdict) {
+    case Verdict::faster: return theme::stateColor(TestRunState::done);
+    case Verdict::slower: return theme::stateColor(TestRunState::failed);
+    case Verdict::withinNoise: return theme::muted();
+    }
+    return theme::muted();
+}
+
+ComparisonView::ComparisonView(QWidget* parent) : QWidget(parent) {
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    setMinimumSize(560, 200);
+}
+
+void ComparisonView::setTable(ComparisonTable table) {
+    table_ = std::move(table);
+    updateGeometry();
+    update();
+}
+
+QSize ComparisonView::sizeHint() const {
+    return {720, int(kHeaderTop + 40 + kRowHeight * qreal(table_.rows.size()) +
+                     24 * qreal(table_.warnings.size()) + 40)};
+}
+
+void ComparisonView::paintEvent(QPaintEvent* event) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.fillRect(event->rect(), theme::background());
+    const QRectF area = QRectF(rect()).adjusted(20, 16, -20, -16);
+
+    painter.setFont(theme::font(12.5));
+    painter.setPen(theme::secondary());
+    painter.drawText(QRectF(area.left(), area.top(), area.width(), 18), Qt::AlignLeft | Qt::AlignVCenter,
+                     table_.beforeLabel);
+    painter.drawText(QRectF(area.left(), area.top() + 20, area.width(), 18), Qt::AlignLeft | Qt::AlignVCenter,
+                     table_.afterLabel);
+    if (table_.rows.empty()) {
+        painter.setFont(theme::font(14));
+        painter.setPen(theme::muted());
+        painter.drawText(area.adjusted(0, kHeaderTop, 0, 0), Qt::AlignLeft | Qt::AlignTop | Qt::TextWordWrap,
+                         table_.emptyText);
+        return;
+    }
+
+    // Title takes what the numbers leave; the verdict pill sits at the right edge.
+    const qreal number = 92, verdict = 112;
+    const qreal titleWidth = std::max<qreal>(140, area.width() - 4 * number - verdict);
+    const qreal columns[] = {area.left(),
+                             area.left() + titleWidth,
+                             area.left() + titleWidth + number,
+                             area.left() + titleWidth + 2 * number,
+                             area.left() + titleWidth + 3 * number,
+                             area.left() + titleWidth + 4 * number};
+    qreal y = area.top() + kHeaderTop;
+    painter.setFont(theme::font(11, QFont::DemiBold));
+    painter.setPen(theme::muted());
+    const QString headers[] = {tr("BENCHMARK"), tr("A"), tr("B"), tr("B / A"), tr("NOISE"), tr("VERDICT")};
+    for (int i = 0; i < 6; ++i)
+        painter.drawText(QRectF(columns[i], y, i == 0 ? titleWidth : number, 18),
+                         Qt::AlignVCenter | (i == 0 ? Qt::AlignLeft : Qt::AlignRight), headers[i]);
+    y += 24;
+    for (std::size_t i = 0; i < table_.rows.size(); ++i) {
+        const auto& row = table_.rows[i];
+        if (i % 2 == 0)
+            painter.fillRect(QRectF(area.left() - 8, y, area.width() + 16, kRowHeight), theme::panelAlt());
+        painter.setFont(theme::font(13, QFont::DemiBold));
+        painter.setPen(theme::text());
+        painter.drawText(
+            QRectF(columns[0], y, titleWidth - 8, kRowHeight), Qt::AlignLeft | Qt::AlignVCenter,
+            QFontMetrics(painter.font()).elidedText(row.title, Qt::ElideRight, int(titleWidth - 8)));
+        painter.setFont(theme::font(13));
+        const QString cells[] = {row.before, row.after, row.ratio, row.band};
+        for (int c = 0; c < 4; ++c)
+            painter.drawText(QRectF(columns[c + 1], y, number, kRowHeight), Qt::AlignRight | Qt::AlignVCenter,
+                             cells[c]);
+        const QString word = theme::qstring(verdictText(row.verdict));
+        const qreal pill = std::min(verdict - 12, theme::pillWidth(word, 22));
+        theme::drawPill(painter, QRectF(columns[5] + verdict - pill, y + 4, pill, 22), word,
+                        verdictColor(row.verdict));
+        y += kRowHeight;
+    }
+    y += 12;
+    painter.setFont(theme::font(12.5));
+    painter.setPen(theme::stateColor(TestRunState::skipped));
+    for (const QString& warning : table_.warnings) {
+        const QRectF box(area.left(), y, area.width(), area.bottom() - y);
+        const QRectF used =
+            painter.boundingRect(box, Qt::AlignLeft | Qt::AlignTop | Qt::TextWordWrap, warning);
+        painter.drawText(box, Qt::AlignLeft | Qt::AlignTop | Qt::TextWordWrap, warning);
+        y = used.bottom() + 6;
+    }
+}
+
+} // namespace quarbel::ui

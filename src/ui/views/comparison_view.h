@@ -1,0 +1,44 @@
+// Two runs side by side, benchmark by benchmark: both scores, their ratio, the noise band
+// and a coloured verdict. Fed with ready-made texts; knows nothing of where runs are kept.
+#pragma once
+
+#include "model/comparison.h"
+
+#include <QStringList>
+#include <QWidget>
+
+#include <vector>
+
+namespace quarbel::ui {
+
+struct ComparisonTable {
+    QString beforeLabel; // "A: 2026-11-23T14:15:02Z, Full Suite, standard"
+    QString afterLabel;
+    struct Row {
+        QString title, before, after, ratio, band;
+        Verdict verdict = Verdict::withinNoise;
+    };
+    std::vector<Row> rows;
+    QStringList warnings;
+    QString emptyText; // shown instead of the table when there are no rows
+};
+
+class ComparisonView : public QWidget {
+    Q_OBJECT
+  public:
+    explicit ComparisonView(QWidget* parent = nullptr);
+    void setTable(ComparisonTable table);
+    const ComparisonTable& table() const { return table_; }
+    QSize sizeHint() const override;
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+
+  private:
+    ComparisonTable table_;
+};
+
+// Green for faster, red for slower, grey for within noise.
+QColor verdictColor(Verdict verdict);
+
+} // namespace quarbel::ui
