@@ -62,6 +62,8 @@ HistoryView::HistoryView(std::string directory, QWidget* parent)
     auto* heading = makeTextLabel(tr("Run History"), 1.5, QFont::Bold, kPrimaryText);
     status_->setPalette(heading->palette());
     status_->setWordWrap(true);
+    list_->setWordWrap(true);
+    list_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     list_->setMinimumWidth(300);
     list_->setMaximumWidth(360);
     list_->setStyleSheet(QStringLiteral("QListWidget { background: #16181d; border: 1px solid #2a2d35; }"
@@ -101,11 +103,14 @@ void HistoryView::reload() {
         if (item->data(Qt::UserRole).toString() == selected) selectRow = int(i);
     }
     list_->blockSignals(false);
-    QString status = history_.runs.empty()
-                         ? tr("No runs kept yet. Every run you make is kept in %1.").arg(q(directory_))
-                         : tr("%n run(s) kept in %1. Select a run to compare it with the newest.", nullptr,
-                              int(history_.runs.size()))
-                               .arg(q(directory_));
+    QString status =
+        history_.runs.empty()
+            ? tr("No runs kept yet. Every run you make is kept in %1.").arg(q(directory_))
+            : (history_.runs.size() == 1 ? tr("1 run kept in %1.").arg(q(directory_))
+                                         : tr("%1 runs kept in %2. Select a run to compare it with "
+                                              "the newest.")
+                                               .arg(history_.runs.size())
+                                               .arg(q(directory_)));
     for (const auto& warning : history_.warnings)
         status += QLatin1Char('\n') + q(warning);
     status_->setText(status);

@@ -41,14 +41,7 @@ double defaultNoiseBandPercent(BenchmarkCategory category) {
 
 ComparedScore compareScores(const ScorePair& pair) {
     ComparedScore result;
-    const std::optional<double> spread =
-        pair.spreadBefore || pair.spreadAfter
-            ? std::optional<double>(std::max(pair.spreadBefore.value_or(0), pair.spreadAfter.value_or(0)))
-            : std::nullopt;
-    if (spread) {
-        result.bandPercent = std::max(*spread, kMinimumNoiseBandPercent);
-        result.bandFromSpread = true;
-    } else if (pair.category) {
+    if (pair.category) {
         result.bandPercent = defaultNoiseBandPercent(*pair.category);
     } else {
         constexpr std::array all{BenchmarkCategory::cpu, BenchmarkCategory::render,
@@ -56,6 +49,11 @@ ComparedScore compareScores(const ScorePair& pair) {
                                  BenchmarkCategory::raw, BenchmarkCategory::system};
         for (const auto category : all)
             result.bandPercent = std::max(result.bandPercent, defaultNoiseBandPercent(category));
+    }
+    const double spread = std::max(pair.spreadBefore.value_or(0), pair.spreadAfter.value_or(0));
+    if (spread > result.bandPercent) {
+        result.bandPercent = spread;
+        result.bandFromSpread = true;
     }
     const bool beforeScored = pair.before > 0, afterScored = pair.after > 0;
     if (!beforeScored || !afterScored) {

@@ -33,21 +33,18 @@ struct ScorePair {
     std::optional<double> spreadAfter;
 };
 
-// Three passes that agree to the last digit still do not make a smaller difference real.
-inline constexpr double kMinimumNoiseBandPercent = 1.0;
-
 struct ComparedScore {
     std::optional<double> ratio; // after / before; absent when either score is zero
     double bandPercent = 0;      // the noise band used
-    bool bandFromSpread = false;
+    bool bandFromSpread = false; // an Accuracy Mode spread widened the default
     Verdict verdict = Verdict::withinNoise;
 };
 
-// The band is the larger Accuracy Mode spread when either run has one (at least
-// kMinimumNoiseBandPercent), else the category's default (the largest default for an
-// unknown title). A difference of exactly the band is still noise. A score of zero (a
-// benchmark that did not complete) against a positive one is "slower" or "faster";
-// zero against zero is "within noise".
+// The band is the category's default (the largest default for an unknown title), widened
+// to the larger Accuracy Mode spread when either run has one: three passes in a row show
+// less of the noise between runs than ten runs do, so a small spread never narrows it. A difference of
+// exactly the band is still noise. A score of zero (a benchmark that did not complete) against a positive one
+// is "slower" or "faster"; zero against zero is "within noise".
 ComparedScore compareScores(const ScorePair& pair);
 
 } // namespace quarbel
