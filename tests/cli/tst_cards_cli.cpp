@@ -2,6 +2,7 @@
 // REPORT.json --out DIR`, with the report read back as it was written.
 #include "cli/json_report.h"
 #include "process.h"
+#include "support/temp_dir.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -19,22 +20,6 @@ namespace fs = std::filesystem;
 namespace {
 
 const std::string kQuarbel = QUARBEL_BINARY;
-
-class TempDir {
-  public:
-    TempDir() {
-        std::string pattern = (fs::temp_directory_path() / "quarbel-cards-test-XXXXXX").string();
-        path_ = mkdtemp(pattern.data());
-    }
-    ~TempDir() {
-        std::error_code ignored;
-        fs::remove_all(path_, ignored);
-    }
-    const fs::path& path() const { return path_; }
-
-  private:
-    fs::path path_;
-};
 
 void writeText(const fs::path& path, const std::string& text) { std::ofstream(path) << text; }
 

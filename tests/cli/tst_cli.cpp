@@ -1,5 +1,6 @@
 // The quarbel binary as a user meets it: arguments, exit codes, output and the report.
 #include "process.h"
+#include "support/temp_dir.h"
 #include "workloads/gpu/gpu_device_name.h"
 
 #include <gtest/gtest.h>
@@ -16,22 +17,6 @@ namespace fs = std::filesystem;
 namespace {
 
 const std::string kQuarbel = QUARBEL_BINARY;
-
-class TempDir {
-  public:
-    TempDir() {
-        std::string pattern = (fs::temp_directory_path() / "quarbel-cli-test-XXXXXX").string();
-        path_ = mkdtemp(pattern.data());
-    }
-    ~TempDir() {
-        std::error_code ignored;
-        fs::remove_all(path_, ignored);
-    }
-    const fs::path& path() const { return path_; }
-
-  private:
-    fs::path path_;
-};
 
 } // namespace
 
