@@ -17,7 +17,7 @@ namespace {
 constexpr int kTileColumns = 16;
 constexpr int kTileRows = 9;
 constexpr int kTileCount = kTileColumns * kTileRows;
-constexpr double kTilesPerSecond = 8.0;
+constexpr double kTilesPerSecond = 12.0;
 // Mosaic: sensor cells and the speed of the demosaic front.
 constexpr int kCellSize = 12;
 constexpr double kMosaicSweepSeconds = 9.0;
