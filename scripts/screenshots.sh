@@ -4,6 +4,10 @@
 #   cpu.png         CPU Multi-Core running on its inline stage
 #   storage.png     SSD Sequential running on its inline stage
 #   suite.png       a finished quick suite with its summary
+#   scene.png       the GPU Visual Tour's Vulkan window mid-run, over the main window
+#   anim-<id>.png   the animation window of cineTile, metalCompute, openCLCompute,
+#                   rawCPUDecode and rawMetalDecode mid-run
+#   poster.png      the main window's poster while CPU Tile Render runs (its window moved aside)
 #   help.png        the help window over the main window
 #   cards-suite/    the result cards of the quick suite (quarbel card on its report)
 #   cards-skipped/  the result cards of a quick run without Vulkan and OpenCL drivers
@@ -61,6 +65,23 @@ stop_gui() {
   GUI_PID=""
 }
 shot() { import -window root "$OUT/$1"; echo "$OUT/$1"; }
+
+# The benchmark windows, mid-run, above the main window.
+start_gui --run metalVisual
+sleep 6
+shot scene.png
+stop_gui
+for id in cineTile metalCompute openCLCompute rawCPUDecode rawMetalDecode; do
+  start_gui --run "$id"
+  sleep 4
+  shot "anim-$id.png"
+  if [[ "$id" == cineTile ]]; then
+    xdotool search --name '^Quarbel - CPU Tile Render$' windowmove 900 640
+    sleep 1
+    shot poster.png
+  fi
+  stop_gui
+done
 
 start_gui
 sleep 1.5

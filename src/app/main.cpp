@@ -3,6 +3,7 @@
 #include "app/app_delegate.h"
 #include "app/app_font.h"
 #include "app/commands.h"
+#include "app/desktop_window_presenter.h"
 #include "app/first_paint_probe.h"
 #include "app/help_window.h"
 #include "app/history_window.h"
@@ -53,7 +54,10 @@ int main(int argc, char** argv) {
     app::useInterFont();
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/io.github.quarbel.Quarbel.svg")));
 
-    BenchmarkStore store;
+    // Declared before the store, so that it outlives the store's last call to it.
+    app::DesktopWindowPresenter presenter;
+    BenchmarkStore store(StoreServices::standard(), &presenter);
+    presenter.observe(store);
     ui::MainWindow window(store);
     new ui::ResultCardSaver(store, window); // the Save Result Card buttons; owned by the window
     app::QuarbelHelpWindowController help;

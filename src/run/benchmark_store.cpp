@@ -1,6 +1,7 @@
 #include "run/benchmark_store.h"
 
 #include "model/accuracy.h"
+#include "model/number_format.h"
 #include "run/background_tasks.h"
 #include "run/window_presenter.h"
 #include "run/workload_dispatch.h"
@@ -22,6 +23,8 @@ constexpr int kLogCapacity = 14;
 constexpr double kIdleThermalInterval = 5.0;
 constexpr double kRunningThermalInterval = 2.0;
 constexpr int kClockIntervalMs = 250;
+constexpr double kVisualSeconds = 20.0;
+constexpr int kVisualWorkload = 2;
 
 QString qs(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
@@ -329,7 +332,7 @@ void BenchmarkStore::runVisibleMetalBenchmark(PassCompletion completion) {
         completion(skippedOutcome("Metal is not available on this machine."));
         return;
     }
-    VisualBenchmarkRequest request{newUUIDText(), 20.0, 2};
+    VisualBenchmarkRequest request{newUUIDText(), kVisualSeconds * budgetScale_, kVisualWorkload};
     visualRunID_ = request.id;
     visualLiveStats_.reset();
     Q_EMIT visualLiveStatsChanged();
@@ -339,6 +342,13 @@ void BenchmarkStore::runVisibleMetalBenchmark(PassCompletion completion) {
     QPointer<BenchmarkStore> self(this);
     const std::string requestID = request.id;
     animationWindowOpen_ = true;
+    // Started before the window opens: a window that fails at once still ends the wait.
+    if (visualWatchdog_ == nullptr) {
+        visualWatchdog_ = new QTimer(this);
+        visualWatchdog_->setSingleShot(true);
+        connect(visualWatchdog_, &QTimer::timeout, this, &BenchmarkStore::visualBenchmarkStalled);
+    }
+    visualWatchdog_->start(static_cast<int>(std::lround(visualStallLimit_ * 1000.0)));
     presenter_->showVisualBenchmark(
         request,
         [self, requestID](const VisualBenchmarkLiveStats& stats) {
@@ -351,6 +361,7 @@ void BenchmarkStore::runVisibleMetalBenchmark(PassCompletion completion) {
 
 void BenchmarkStore::updateVisualLiveStats(const std::string& id, const VisualBenchmarkLiveStats& stats) {
     if (visualRunID_ != id) return;
+    if (visualWatchdog_ != nullptr && visualWatchdog_->isActive()) visualWatchdog_->start();
     visualLiveStats_ = stats;
     Q_EMIT visualLiveStatsChanged();
 }
@@ -361,6 +372,7 @@ void BenchmarkStore::finishVisualBenchmark(const std::optional<std::string>& id,
     if (!visualContinuation_) return;
     PassCompletion continuation = std::move(*visualContinuation_);
     visualContinuation_.reset();
+    if (visualWatchdog_ != nullptr) visualWatchdog_->stop();
     visualRunID_.reset();
     visualRequest_.reset();
     Q_EMIT visualBenchmarkRequestChanged();
@@ -372,6 +384,14 @@ void BenchmarkStore::finishVisualBenchmark(const std::optional<std::string>& id,
     QMetaObject::invokeMethod(
         this, [continuation = std::move(continuation), outcome] { continuation(outcome); },
         Qt::QueuedConnection);
+}
+
+void BenchmarkStore::visualBenchmarkStalled() {
+    const std::string problem = presenter_ != nullptr ? presenter_->visualProblem() : std::string();
+    const std::string detail = problem.empty() ? "The visual benchmark window showed no frame for " +
+                                                     format(visualStallLimit_, 0) + " seconds."
+                                               : "The visual benchmark could not render: " + problem + ".";
+    finishVisualBenchmark(visualRunID_, failedOutcome(detail));
 }
 
 void BenchmarkStore::stop() {

@@ -141,6 +141,12 @@ class BenchmarkStore : public QObject {
     void setBudgetScale(double scale) { budgetScale_ = scale; }
     double budgetScale() const { return budgetScale_; }
 
+    // How long the visual benchmark may go without a frame (no live statistics) before it
+    // counts as failed and the run goes on. A scene whose device or pipeline is missing
+    // never reports, so this bounds the wait.
+    void setVisualStallLimit(double seconds) { visualStallLimit_ = seconds; }
+    static constexpr double kVisualStallLimit = 20.0;
+
   public Q_SLOTS:
     void setSelectedID(quarbel::BenchmarkID id);
     void setAccuracyMode(bool on);
@@ -187,6 +193,7 @@ class BenchmarkStore : public QObject {
     void runVisibleMetalBenchmark(PassCompletion completion);
     void updateVisualLiveStats(const std::string& id, const VisualBenchmarkLiveStats& stats);
     void finishVisualBenchmark(const std::optional<std::string>& id, const BenchmarkOutcome& outcome);
+    void visualBenchmarkStalled();
     void startRealtimeClock(BenchmarkID id, int passes);
     void stopRealtimeClock();
     void onRealtimeTick();
@@ -231,6 +238,8 @@ class BenchmarkStore : public QObject {
     bool thermalStartFailureLogged_ = false; // said once; later failed starts stay quiet
     std::optional<PassCompletion> visualContinuation_;
     std::optional<std::string> visualRunID_;
+    QTimer* visualWatchdog_ = nullptr;
+    double visualStallLimit_ = kVisualStallLimit;
     QTimer* realtimeTimer_ = nullptr;
     QTimer* thermalTimer_ = nullptr;
     double thermalMonitorInterval_ = 0;

@@ -8,6 +8,7 @@
 #include "model/visual.h"
 
 #include <functional>
+#include <string>
 
 namespace quarbel {
 
@@ -30,6 +31,11 @@ class WindowPresenter {
 
     // Closes whichever window is open without it reporting a result of its own.
     virtual void closeWindow() = 0;
+
+    // Why the visual benchmark window draws nothing (a pipeline that failed to build, a device
+    // that stopped answering, a window system without GPU surfaces), or empty when it does not
+    // know. The store asks when the scene has not shown a frame for too long.
+    virtual std::string visualProblem() const { return {}; }
 };
 
 } // namespace quarbel

@@ -281,6 +281,8 @@ class FakePresenter final : public WindowPresenter {
         completion = std::move(done);
     }
     void closeWindow() override { ++closes; }
+    std::string visualProblem() const override { return problem; }
+    std::string problem;
 };
 
 } // namespace
@@ -333,6 +335,32 @@ TEST(BenchmarkStore, VisualBenchmarkIgnoresStaleCallbacksAndResumesOnce) {
     EXPECT_FALSE(store.runSummary());
     const QStringList log = messages(store);
     EXPECT_EQ(log.mid(log.size() - 2), (QStringList{"Run stopped", "Ready"}));
+}
+
+TEST(BenchmarkStore, AVisualBenchmarkThatNeverReportsFailsAfterTheStallLimitAndTheRunGoesOn) {
+    const struct {
+        std::string problem;
+        std::string detail;
+    } cases[] = {
+        {"", "The visual benchmark window showed no frame for 1 seconds."},
+        {"the GPU stopped answering", "The visual benchmark could not render: the GPU stopped answering."}};
+    for (const auto& c : cases) {
+        FakeWorkloads fakes;
+        FakePresenter presenter;
+        presenter.problem = c.problem;
+        BenchmarkStore store(fakes.services(), &presenter);
+        store.setVisualStallLimit(1.0);
+        store.run({BenchmarkID::metalVisual, BenchmarkID::cpuInteger}, false);
+        ASSERT_TRUE(processEventsUntil([&] { return idle(store); }, 10'000));
+        const auto& row = store.rows()[BenchmarkID::metalVisual];
+        EXPECT_EQ(row.state, TestRunState::failed);
+        EXPECT_EQ(row.outcome->detail, c.detail);
+        EXPECT_EQ(store.rows()[BenchmarkID::cpuInteger].state, TestRunState::done);
+        EXPECT_TRUE(store.runSummary());
+        presenter.completion(FakeWorkloads::okOutcome(5)); // too late: ignored
+        processEventsFor(20);
+        EXPECT_EQ(store.rows()[BenchmarkID::metalVisual].state, TestRunState::failed);
+    }
 }
 
 TEST(BenchmarkStore, VisualBenchmarkWithoutADeviceIsSkipped) {

@@ -9,6 +9,7 @@
 #include <QPainterPath>
 
 #include <algorithm>
+#include <cmath>
 
 namespace quarbel::ui {
 namespace {
@@ -44,6 +45,7 @@ StageView::StageView(BenchmarkStore& store, QWidget* parent) : QWidget(parent), 
     connect(&store_, &BenchmarkStore::runningIDChanged, this, [this] {
         rates_.clear();
         lastSample_ = {};
+        poster_.reset();
         update();
     });
     connect(&store_, &BenchmarkStore::visualLiveStatsChanged, this, qOverload<>(&QWidget::update));
@@ -165,35 +167,49 @@ void StageView::paintInlineStage(QPainter& painter, BenchmarkID id, const QRectF
 
 void StageView::paintPoster(QPainter& painter, BenchmarkID id, const QRectF& area) {
     const QColor accent = theme::accent(category(id));
-    // A soft radial glow in the category colour behind a large icon.
-    const QPointF centre(area.center().x(), area.top() + area.height() * 0.36);
-    QRadialGradient glow(centre, area.height() * 0.45);
-    QColor inner = accent;
-    inner.setAlphaF(0.22f);
-    glow.setColorAt(0, inner);
-    glow.setColorAt(1, Qt::transparent);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(glow);
-    painter.drawEllipse(centre, area.height() * 0.45, area.height() * 0.45);
-    const int iconSize = 72;
-    painter.drawPixmap(QPointF(centre.x() - iconSize / 2.0, centre.y() - iconSize / 2.0),
-                       theme::icon(icon(id), iconSize, accent, devicePixelRatioF()));
+    if (!poster_ || poster_->theme() != animationTheme(id)) poster_.emplace(id);
+    // The picture of the workload window, framed, above the title.
+    const QRect picture =
+        QRectF(area.left(), area.top(), area.width(), std::round(area.height() * 0.52)).toAlignedRect();
+    QPainterPath frame;
+    frame.addRoundedRect(QRectF(picture), 10, 10);
+    painter.save();
+    painter.setClipPath(frame);
+    poster_->paint(painter, picture, store_.currentRunElapsed());
+    painter.restore();
+    painter.setPen(QPen(theme::border(), 1));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawPath(frame);
 
+    const qreal textTop = picture.bottom() + 18;
+    painter.drawPixmap(QPointF(area.left(), textTop), theme::icon(icon(id), 26, accent, devicePixelRatioF()));
+    painter.setFont(theme::font(12, QFont::DemiBold));
+    painter.setPen(accent);
+    painter.drawText(
+        QRectF(area.left() + 36, textTop, area.width() - 36, 26), Qt::AlignVCenter | Qt::AlignLeft,
+        tr("%1  ·  IN ITS OWN WINDOW").arg(theme::qstring(categoryTitle(category(id))).toUpper()));
     painter.setFont(theme::font(20, QFont::Bold));
     painter.setPen(theme::text());
-    const qreal textTop = centre.y() + iconSize / 2.0 + 18;
-    painter.drawText(QRectF(area.left(), textTop, area.width(), 28), Qt::AlignCenter,
+    painter.drawText(QRectF(area.left(), textTop + 34, area.width(), 28), Qt::AlignLeft | Qt::AlignVCenter,
                      theme::qstring(title(id)));
     painter.setFont(theme::font(13.5));
     painter.setPen(theme::secondary());
-    painter.drawText(QRectF(area.left() + area.width() * 0.1, textTop + 34, area.width() * 0.8, 64),
-                     Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap,
-                     theme::qstring(runningExplanation(id)));
+    const qreal y =
+        drawWrapped(painter, theme::qstring(runningExplanation(id)),
+                    QRectF(area.left(), textTop + 68, area.width(), area.bottom() - textTop - 68));
+    const qreal barTop = std::min(y + 16, area.bottom() - 36);
+    theme::drawProgressBar(painter, QRectF(area.left(), barTop, area.width(), 8), store_.currentRunProgress(),
+                           accent);
+    painter.setFont(theme::font(13));
+    painter.setPen(theme::secondary());
+    painter.drawText(QRectF(area.left(), barTop + 12, area.width(), 22), Qt::AlignLeft | Qt::AlignVCenter,
+                     elapsedText(store_.currentRunElapsed(), store_.currentRunTargetSeconds()));
     const QString metric = liveMetricText(store_.liveProgress(), store_.visualLiveStats());
     if (!metric.isEmpty()) {
         painter.setFont(theme::font(16, QFont::Bold));
         painter.setPen(theme::text());
-        painter.drawText(QRectF(area.left(), area.bottom() - 26, area.width(), 26), Qt::AlignCenter, metric);
+        painter.drawText(QRectF(area.left(), barTop + 12, area.width(), 22),
+                         Qt::AlignRight | Qt::AlignVCenter, metric);
     }
 }
 

@@ -4,13 +4,57 @@
 #include "workloads/gpu/gpu_device_name.h"
 
 #include <algorithm>
+#include <initializer_list>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 namespace quarbel::gpu {
 namespace {
 
-VkInstance createInstance() {
+// The names in `wanted` that `available` lists, in the order of `wanted`.
+std::vector<const char*> offered(const std::vector<VkExtensionProperties>& available,
+                                 std::initializer_list<const char*> wanted) {
+    std::vector<const char*> names;
+    for (const char* name : wanted) {
+        const bool found =
+            std::any_of(available.begin(), available.end(), [&](const VkExtensionProperties& e) {
+                return std::string_view(e.extensionName) == name;
+            });
+        if (found) names.push_back(name);
+    }
+    return names;
+}
+
+std::vector<VkExtensionProperties> instanceExtensions() {
+    std::uint32_t count = 0;
+    if (vkEnumerateInstanceExtensionProperties(nullptr, &count, nullptr) != VK_SUCCESS) return {};
+    std::vector<VkExtensionProperties> all(count);
+    if (vkEnumerateInstanceExtensionProperties(nullptr, &count, all.data()) < 0) return {};
+    all.resize(count);
+    return all;
+}
+
+std::vector<VkExtensionProperties> deviceExtensions(VkPhysicalDevice device) {
+    std::uint32_t count = 0;
+    if (vkEnumerateDeviceExtensionProperties(device, nullptr, &count, nullptr) != VK_SUCCESS) return {};
+    std::vector<VkExtensionProperties> all(count);
+    if (vkEnumerateDeviceExtensionProperties(device, nullptr, &count, all.data()) < 0) return {};
+    all.resize(count);
+    return all;
+}
+
+// The surface extensions a window needs: the generic one plus whichever window systems the
+// loader knows; empty when it offers no surfaces at all.
+std::vector<const char*> surfaceExtensions() {
+    std::vector<const char*> names =
+        offered(instanceExtensions(),
+                {"VK_KHR_surface", "VK_KHR_xcb_surface", "VK_KHR_xlib_surface", "VK_KHR_wayland_surface"});
+    if (names.empty() || std::string_view(names.front()) != "VK_KHR_surface" || names.size() < 2) return {};
+    return names;
+}
+
+VkInstance createInstance(const std::vector<const char*>& extensions = {}) {
     VkApplicationInfo app{};
     app.sType = VK_STRUCTURE_TYPE_APPLICATION_INFO;
     app.pApplicationName = "Quarbel";
@@ -19,6 +63,8 @@ VkInstance createInstance() {
     VkInstanceCreateInfo info{};
     info.sType = VK_STRUCTURE_TYPE_INSTANCE_CREATE_INFO;
     info.pApplicationInfo = &app;
+    info.enabledExtensionCount = static_cast<std::uint32_t>(extensions.size());
+    info.ppEnabledExtensionNames = extensions.empty() ? nullptr : extensions.data();
     VkInstance instance = VK_NULL_HANDLE;
     if (vkCreateInstance(&info, nullptr, &instance) != VK_SUCCESS) return VK_NULL_HANDLE;
     return instance;
@@ -116,8 +162,10 @@ std::optional<std::string> deviceSelectionWarning() {
     return warning;
 }
 
-std::unique_ptr<Context> Context::openDefault() {
-    InstanceGuard guard{createInstance()};
+std::unique_ptr<Context> Context::openDefault(ContextOptions options) {
+    const std::vector<const char*> surfaces =
+        options.presentation ? surfaceExtensions() : std::vector<const char*>{};
+    InstanceGuard guard{createInstance(surfaces)};
     if (guard.instance == VK_NULL_HANDLE) return nullptr;
     std::string name;
     VkPhysicalDevice physical = chooseDefaultDevice(guard.instance, name);
@@ -131,6 +179,11 @@ std::unique_ptr<Context> Context::openDefault() {
     context->physicalDevice_ = physical;
     context->name_ = std::move(name);
     context->supportsGraphics_ = graphics;
+    context->queueFamily_ = *family;
+    const std::vector<const char*> swapchain =
+        surfaces.empty() ? std::vector<const char*>{}
+                         : offered(deviceExtensions(physical), {"VK_KHR_swapchain"});
+    context->presentable_ = graphics && !swapchain.empty();
 
     VkPhysicalDeviceSubgroupProperties subgroup{};
     subgroup.sType = VK_STRUCTURE_TYPE_PHYSICAL_DEVICE_SUBGROUP_PROPERTIES;
@@ -156,6 +209,8 @@ std::unique_ptr<Context> Context::openDefault() {
     deviceInfo.sType = VK_STRUCTURE_TYPE_DEVICE_CREATE_INFO;
     deviceInfo.queueCreateInfoCount = 1;
     deviceInfo.pQueueCreateInfos = &queueInfo;
+    deviceInfo.enabledExtensionCount = static_cast<std::uint32_t>(swapchain.size());
+    deviceInfo.ppEnabledExtensionNames = swapchain.empty() ? nullptr : swapchain.data();
     if (vkCreateDevice(physical, &deviceInfo, nullptr, &context->device_) != VK_SUCCESS) return nullptr;
     vkGetDeviceQueue(context->device_, *family, 0, &context->queue_);
 

@@ -1,6 +1,6 @@
 // One opened Vulkan device: a queue, a command pool with one reusable command buffer and the
-// device limits the workloads size their dispatches by. Internal to the GPU workloads (and,
-// later, the scene window).
+// device limits the workloads size their dispatches by. Internal to the GPU workloads and the
+// scene window, which presents through the same instance and device.
 #pragma once
 
 #include <vulkan/vulkan.h>
@@ -15,18 +15,31 @@ namespace quarbel::gpu {
 
 // Not thread-safe: one thread at a time uses a context and everything created from it.
 // Buffers and pipelines made from a context must be destroyed before it.
+// What a context is opened for beyond compute and offscreen rendering.
+struct ContextOptions {
+    // Enables the window-system surface extensions the driver offers on the instance and the
+    // swapchain extension on the device, so that a window can present what the device renders.
+    bool presentation = false;
+};
+
 class Context {
   public:
     // Opens the system default device (first discrete, integrated, virtual, then CPU device;
     // QUARBEL_GPU overrides). nullptr when there is no Vulkan driver, no device, or the device
     // offers no compute queue.
-    static std::unique_ptr<Context> openDefault();
+    static std::unique_ptr<Context> openDefault(ContextOptions options = {});
 
     ~Context();
     Context(const Context&) = delete;
     Context& operator=(const Context&) = delete;
 
+    VkInstance instance() const noexcept { return instance_; }
+    VkPhysicalDevice physicalDevice() const noexcept { return physicalDevice_; }
     VkDevice device() const noexcept { return device_; }
+    VkQueue queue() const noexcept { return queue_; }
+    std::uint32_t queueFamily() const noexcept { return queueFamily_; }
+    // Whether the context was opened for presentation and the driver offered it.
+    bool presentable() const noexcept { return presentable_; }
     const std::string& name() const noexcept { return name_; }
     // Whether the queue also runs render passes.
     bool supportsGraphics() const noexcept { return supportsGraphics_; }
@@ -59,12 +72,14 @@ class Context {
     VkPhysicalDevice physicalDevice_ = VK_NULL_HANDLE;
     VkDevice device_ = VK_NULL_HANDLE;
     VkQueue queue_ = VK_NULL_HANDLE;
+    std::uint32_t queueFamily_ = 0;
     VkCommandPool commandPool_ = VK_NULL_HANDLE;
     VkCommandBuffer commandBuffer_ = VK_NULL_HANDLE;
     VkFence fence_ = VK_NULL_HANDLE;
     VkPhysicalDeviceMemoryProperties memory_{};
     std::string name_;
     bool supportsGraphics_ = false;
+    bool presentable_ = false;
     // A submission outlived its timeout: the device may still hold the command buffer, so
     // nothing waits for it or destroys it any more (it is left to the process's end).
     bool lost_ = false;

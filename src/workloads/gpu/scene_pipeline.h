@@ -3,6 +3,7 @@
 
 #include "workloads/gpu/gpu_context.h"
 #include "workloads/gpu/render_pipeline.h"
+#include "workloads/gpu/scene_uniforms.h"
 
 #include <memory>
 #include <optional>
@@ -10,15 +11,6 @@
 #include <string_view>
 
 namespace quarbel::gpu {
-
-// Fragment arguments of suite_fragment.frag, 16 bytes, uploaded inline before each draw.
-struct SceneUniforms {
-    float time;   // seconds of scene time
-    float aspect; // target width / height
-    float detail; // workload level; not read by the shader
-    float mode;   // pass index; not read by the shader
-};
-static_assert(sizeof(SceneUniforms) == 16);
 
 struct ScenePipeline {
     std::unique_ptr<RenderPipeline> pipeline; // set on success

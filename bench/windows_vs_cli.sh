@@ -1,0 +1,57 @@
+#!/usr/bin/env bash
+# What the benchmark windows cost the measurement, in the real programs under Xvfb:
+#   1. cineTile and rawCPUDecode scores with their animation window open in quarbel-gui
+#      against the command line's, alternating, median of the per-round ratios   (target >= 0.98)
+#   2. metalVisual: the scene window's average FPS at 960 x 540 (6 draws per frame) next
+#      to the command line's offscreen FPS at 1600 x 900 (1 draw per frame), per round
+# Usage: bench/windows_vs_cli.sh [rounds, default 3] [build dir, default build/dev]
+set -euo pipefail
+
+ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+ROUNDS="${1:-3}"
+BUILD="${2:-$ROOT/build/dev}"
+cmake --build "$BUILD" -j 2 --target quarbel quarbel-gui >/dev/null
+CLI="$BUILD/src/cli/quarbel"
+GUI="$BUILD/src/app/quarbel-gui"
+
+PRIVATE="$(mktemp -d)"
+export XDG_CONFIG_HOME="$PRIVATE/config" XDG_RUNTIME_DIR="$PRIVATE/runtime"
+mkdir -p "$XDG_RUNTIME_DIR" && chmod 700 "$XDG_RUNTIME_DIR"
+export DISPLAY=":$((240 + RANDOM % 50))"
+Xvfb "$DISPLAY" -screen 0 1280x880x24 -nolisten tcp >/dev/null 2>&1 &
+XVFB=$!
+trap 'kill $XVFB 2>/dev/null; rm -rf "$PRIVATE"' EXIT
+sleep 1
+
+median() { sort -g | awk '{ v[NR] = $1 } END { print (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
+field() { python3 -c 'import json, sys; r = json.load(open(sys.argv[1]))["results"][0]; print(eval(sys.argv[2]))' "$1" "$2"; }
+
+echo "$(nproc) CPUs; $ROUNDS rounds; load average $(cut -d' ' -f1-3 /proc/loadavg)"
+gui_run() { "$GUI" --run "$1" --json "$PRIVATE/gui.json" --quit-when-done >/dev/null 2>&1; }
+cli_run() { "$CLI" run "$1" --json "$PRIVATE/cli.json" >/dev/null; }
+# Alternate which side goes first, so that neither always meets a warmer machine.
+both() {
+  if (($2 % 2 == 0)); then
+    cli_run "$1"
+    gui_run "$1"
+  else
+    gui_run "$1"
+    cli_run "$1"
+  fi
+}
+
+for id in cineTile rawCPUDecode; do
+  ratios=()
+  for ((round = 0; round < ROUNDS; ++round)); do
+    both "$id" "$round"
+    ratios+=("$(awk -v a="$(field "$PRIVATE/gui.json" 'r["score"]')" -v b="$(field "$PRIVATE/cli.json" 'r["score"]')" 'BEGIN { printf "%.3f", a / b }')")
+  done
+  echo "$id window / command line: median $(printf '%s\n' "${ratios[@]}" | median) (${ratios[*]})"
+done
+
+for ((round = 0; round < ROUNDS; ++round)); do
+  both metalVisual "$round"
+  echo "metalVisual round $((round + 1)): scene window $(field "$PRIVATE/gui.json" 'r["primary"]["value"]') FPS" \
+    "(min/max $(field "$PRIVATE/gui.json" 'r["secondary"]["value"]'); $(field "$PRIVATE/gui.json" 'r["detail"]'))" \
+    "| offscreen 1600x900 $(field "$PRIVATE/cli.json" 'r["primary"]["value"]') FPS"
+done

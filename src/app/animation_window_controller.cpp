@@ -1,0 +1,92 @@
+#include "app/animation_window_controller.h"
+
+#include "app/scene_window.h"
+
+#include <QCloseEvent>
+#include <QGuiApplication>
+#include <QScreen>
+
+namespace quarbel::app {
+namespace {
+
+QString windowTitle(BenchmarkID id) {
+    return QStringLiteral("Quarbel - ") + QString::fromUtf8(title(id).data(), qsizetype(title(id).size()));
+}
+
+QRect centredOnScreen(QScreen* screen) {
+    if (screen == nullptr) screen = QGuiApplication::primaryScreen();
+    QRect frame(QPoint(0, 0), kBenchmarkWindowSize);
+    if (screen != nullptr) frame.moveCenter(screen->availableGeometry().center());
+    return frame;
+}
+
+} // namespace
+
+BenchmarkAnimationWindowController::BenchmarkAnimationWindowController(BenchmarkID id,
+                                                                       VisualBenchmarkRequest request,
+                                                                       std::unique_ptr<QWidget> window)
+    : benchmarkID_(id), request_(std::move(request)), widget_(std::move(window)) {
+    widget_->installEventFilter(this);
+}
+
+BenchmarkAnimationWindowController::BenchmarkAnimationWindowController(
+    VisualBenchmarkRequest request, std::unique_ptr<MetalBenchmarkSceneWindow> window, Completion completion)
+    : benchmarkID_(BenchmarkID::metalVisual), request_(std::move(request)), scene_(std::move(window)),
+      completion_(std::move(completion)) {
+    connect(scene_.get(), &MetalBenchmarkSceneWindow::closing, this,
+            &BenchmarkAnimationWindowController::windowWillClose);
+}
+
+BenchmarkAnimationWindowController::~BenchmarkAnimationWindowController() {
+    completed_ = true;
+    if (widget_) widget_->removeEventFilter(this);
+}
+
+void BenchmarkAnimationWindowController::showWindow() {
+    const Qt::WindowFlags flags = Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
+                                  Qt::WindowMinMaxButtonsHint | Qt::WindowCloseButtonHint |
+                                  Qt::WindowStaysOnTopHint;
+    if (widget_) {
+        widget_->setWindowFlags(flags);
+        widget_->setWindowTitle(windowTitle(benchmarkID_));
+        widget_->setMinimumSize(kBenchmarkWindowMinimumSize);
+        widget_->setGeometry(centredOnScreen(widget_->screen()));
+        widget_->show();
+        widget_->raise();
+        widget_->activateWindow();
+        return;
+    }
+    scene_->setFlags(flags);
+    scene_->setTitle(windowTitle(benchmarkID_));
+    scene_->setMinimumSize(kBenchmarkWindowMinimumSize);
+    scene_->setGeometry(centredOnScreen(scene_->screen()));
+    scene_->show();
+    scene_->raise();
+    scene_->requestActivate();
+}
+
+void BenchmarkAnimationWindowController::close() {
+    completed_ = true;
+    if (closing_) return; // already on its way out
+    if (widget_) widget_->close();
+    if (scene_) scene_->close();
+}
+
+void BenchmarkAnimationWindowController::windowWillClose() {
+    if (completed_) return;
+    completed_ = true;
+    if (benchmarkID_ != BenchmarkID::metalVisual || !completion_) return;
+    closing_ = true;
+    BenchmarkOutcome outcome =
+        failedOutcome("The visual benchmark window was closed before the run completed.");
+    // The completion may close and drop this controller; keep nothing of it alive here.
+    const Completion completion = completion_;
+    completion(outcome);
+}
+
+bool BenchmarkAnimationWindowController::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == widget_.get() && event->type() == QEvent::Close) windowWillClose();
+    return QObject::eventFilter(watched, event);
+}
+
+} // namespace quarbel::app

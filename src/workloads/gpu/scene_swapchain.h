@@ -1,0 +1,71 @@
+// The scene drawn into a window: a swapchain on a surface the window system made, in
+// B8G8R8A8 UNORM with FIFO presentation (one image per display refresh), and the scene
+// pipeline for it. One frame is in flight at a time; each waits for the device.
+#pragma once
+
+#include "workloads/gpu/gpu_context.h"
+#include "workloads/gpu/render_pipeline.h"
+#include "workloads/gpu/scene_coordinator.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quarbel::gpu {
+
+class SceneSwapchain final : public SceneFrameTarget {
+  public:
+    // The surface must belong to the context's instance and outlive the swapchain; `context`
+    // must be presentable and outlive it too. nullptr with the reason in `error` when the
+    // queue cannot present to the surface or the pipeline cannot be built (a shader source
+    // given here replaces the built-in fragment stage).
+    static std::unique_ptr<SceneSwapchain>
+    create(Context& context, VkSurfaceKHR surface, std::string& error,
+           std::optional<std::string_view> fragmentSource = std::nullopt);
+    ~SceneSwapchain() override;
+    SceneSwapchain(const SceneSwapchain&) = delete;
+    SceneSwapchain& operator=(const SceneSwapchain&) = delete;
+
+    // The window's new size in pixels; the images are made again before the next frame.
+    void resize(std::uint32_t width, std::uint32_t height);
+
+    bool beginFrame() override;
+    Size drawableSize() const override { return extent_; }
+    void drawPass(const SceneUniforms& uniforms) override;
+    bool finishFrame() override;
+
+    // Set once the device stopped answering or the swapchain cannot be made; no frame is
+    // drawn after that.
+    const std::optional<std::string>& problem() const { return problem_; }
+
+    // Longest a frame may take on the device before it counts as lost.
+    static constexpr double kFrameTimeoutSeconds = 10;
+
+  private:
+    SceneSwapchain() = default;
+    bool recreate();
+    void releaseImages();
+
+    Context* context_ = nullptr;
+    VkDevice device_ = VK_NULL_HANDLE;
+    VkSurfaceKHR surface_ = VK_NULL_HANDLE;
+    std::unique_ptr<ColorPass> pass_;
+    std::unique_ptr<RenderPipeline> pipeline_;
+    VkSwapchainKHR swapchain_ = VK_NULL_HANDLE;
+    std::vector<VkImageView> views_;
+    std::vector<VkFramebuffer> framebuffers_;
+    std::vector<VkSemaphore> renderedSemaphores_; // one per image: presentation may still hold one
+    VkSemaphore acquiredSemaphore_ = VK_NULL_HANDLE;
+    VkCommandPool commandPool_ = VK_NULL_HANDLE;
+    VkCommandBuffer commands_ = VK_NULL_HANDLE;
+    VkFence fence_ = VK_NULL_HANDLE;
+    Size extent_;
+    Size requested_;
+    bool stale_ = true; // the images need making (again) before the next frame
+    std::uint32_t imageIndex_ = 0;
+    std::optional<std::string> problem_;
+};
+
+} // namespace quarbel::gpu

@@ -1,0 +1,195 @@
+// The benchmark windows for real: the visual benchmark's Vulkan scene on Xvfb with the
+// system's Vulkan driver, and the workload animation windows around their benchmarks.
+#include "app/animation_window_controller.h"
+#include "app/desktop_window_presenter.h"
+#include "app/scene_window.h"
+#include "fake_workloads.h"
+#include "support/event_loop.h"
+
+#include <QApplication>
+#include <QGuiApplication>
+
+#include <gtest/gtest.h>
+
+#include <condition_variable>
+#include <mutex>
+#include <regex>
+
+using namespace quarbel;
+using namespace quarbel::app;
+using namespace quarbel::test;
+
+namespace {
+
+// Skips the calling test unless a scene window can really be shown.
+#define REQUIRE_SCENE_WINDOW(presenter)                                                                      \
+    do {                                                                                                     \
+        if (QGuiApplication::platformName() != QStringLiteral("xcb"))                                        \
+            GTEST_SKIP() << "no X display: Xvfb could not be started";                                       \
+        if (!(presenter).hasVisualDevice()) GTEST_SKIP() << "no Vulkan device with graphics";                \
+    } while (false)
+
+QStringList messages(const BenchmarkStore& store) {
+    QStringList result;
+    for (const QString& line : store.logLines())
+        result << (line.startsWith('[') ? line.mid(11) : line);
+    return result;
+}
+
+bool idle(const BenchmarkStore& store) { return !store.busy(); }
+
+struct SceneCallbacks {
+    int liveUpdates = 0;
+    std::vector<BenchmarkOutcome> outcomes;
+    std::function<void(const VisualBenchmarkLiveStats&)> live() {
+        return [this](const VisualBenchmarkLiveStats&) { ++liveUpdates; };
+    }
+    std::function<void(const BenchmarkOutcome&)> completion() {
+        return [this](const BenchmarkOutcome& outcome) { outcomes.push_back(outcome); };
+    }
+};
+
+} // namespace
+
+TEST(SceneWindow, AOneSecondRequestIsMeasuredInAWindowOfItsOwn) {
+    DesktopWindowPresenter presenter;
+    REQUIRE_SCENE_WINDOW(presenter);
+    SceneCallbacks callbacks;
+    presenter.showVisualBenchmark({"ONE", 1.0, 0}, callbacks.live(), callbacks.completion());
+    MetalBenchmarkSceneWindow* window = presenter.controller()->sceneWindow();
+    ASSERT_NE(window, nullptr);
+    EXPECT_EQ(window->title(), "Quarbel - GPU Visual Tour");
+    EXPECT_EQ(window->size(), QSize(960, 540));
+    EXPECT_EQ(window->minimumSize(), QSize(720, 405));
+    EXPECT_TRUE(window->flags().testFlag(Qt::WindowStaysOnTopHint));
+
+    ASSERT_TRUE(processEventsUntil([&] { return !callbacks.outcomes.empty(); }, 60'000)) << window->problem();
+    const BenchmarkOutcome& outcome = callbacks.outcomes.front();
+    ASSERT_EQ(outcome.status, OutcomeStatus::ok) << outcome.detail;
+    std::smatch frames;
+    ASSERT_TRUE(std::regex_search(outcome.detail, frames, std::regex("with ([0-9]+) visible frames and 1x")))
+        << outcome.detail;
+    EXPECT_GT(std::stoi(frames[1].str()), 0);
+    EXPECT_GE(callbacks.liveUpdates, 3);
+    EXPECT_GE(outcome.duration, 1.0);
+
+    presenter.closeWindow();
+    processEventsFor(100);
+    EXPECT_EQ(callbacks.outcomes.size(), 1u) << "a close after the outcome reports nothing";
+}
+
+TEST(SceneWindow, ClosingItEarlyFailsTheRunOnceAndTheRunGoesOn) {
+    FakeWorkloads fakes;
+    DesktopWindowPresenter presenter;
+    REQUIRE_SCENE_WINDOW(presenter);
+    BenchmarkStore store(fakes.services(), &presenter);
+    presenter.observe(store);
+    store.setBudgetScale(0.05); // a one-second scene
+    store.run({BenchmarkID::metalVisual, BenchmarkID::cpuInteger}, false);
+    ASSERT_TRUE(processEventsUntil([&] { return store.visualBenchmarkRequest().has_value(); }));
+    EXPECT_DOUBLE_EQ(store.visualBenchmarkRequest()->seconds, 1.0);
+    processEventsFor(300);
+    presenter.controller()->sceneWindow()->close(); // as the user does
+
+    ASSERT_TRUE(processEventsUntil([&] { return idle(store); }, 30'000));
+    const auto& row = store.rows()[BenchmarkID::metalVisual];
+    EXPECT_EQ(row.state, TestRunState::failed);
+    EXPECT_EQ(row.outcome->detail, "The visual benchmark window was closed before the run completed.");
+    EXPECT_EQ(store.rows()[BenchmarkID::cpuInteger].state, TestRunState::done);
+    processEventsFor(1200); // past the request's end: nothing more arrives
+    EXPECT_EQ(messages(store).filter("GPU Visual Tour: failed").size(), 1);
+    EXPECT_EQ(store.rows()[BenchmarkID::metalVisual].outcome->detail, row.outcome->detail);
+}
+
+TEST(SceneWindow, StopDuringTheSceneEndsTheRunWithoutASummary) {
+    FakeWorkloads fakes;
+    DesktopWindowPresenter presenter;
+    REQUIRE_SCENE_WINDOW(presenter);
+    BenchmarkStore store(fakes.services(), &presenter);
+    presenter.observe(store);
+    store.run({BenchmarkID::metalVisual, BenchmarkID::cpuInteger}, false);
+    ASSERT_TRUE(processEventsUntil([&] { return store.visualLiveStats().has_value(); }, 30'000));
+    store.stop();
+    ASSERT_TRUE(processEventsUntil([&] { return idle(store); }));
+    EXPECT_EQ(presenter.controller(), nullptr);
+    EXPECT_EQ(store.rows()[BenchmarkID::metalVisual].state, TestRunState::idle);
+    EXPECT_EQ(fakes.calls(BenchmarkID::cpuInteger), 0);
+    EXPECT_FALSE(store.runSummary());
+    const QStringList log = messages(store);
+    EXPECT_EQ(log.mid(log.size() - 2), (QStringList{"Run stopped", "Ready"}));
+    EXPECT_EQ(log.filter("GPU Visual Tour").size(), 0) << "the stop outcome is discarded";
+}
+
+TEST(SceneWindow, APipelineThatFailsEndsTheSceneAsFailedAfterABoundedWait) {
+    FakeWorkloads fakes;
+    DesktopWindowPresenter presenter;
+    REQUIRE_SCENE_WINDOW(presenter);
+    presenter.setSceneFragmentSource(
+        "#version 450\nlayout(location = 0) out vec4 c;\nvoid main() { c = nope; }\n");
+    BenchmarkStore store(fakes.services(), &presenter);
+    presenter.observe(store);
+    store.setVisualStallLimit(1.0);
+    store.run({BenchmarkID::metalVisual, BenchmarkID::cpuInteger}, false);
+    ASSERT_TRUE(processEventsUntil([&] { return idle(store); }, 30'000));
+    const auto& row = store.rows()[BenchmarkID::metalVisual];
+    EXPECT_EQ(row.state, TestRunState::failed);
+    EXPECT_EQ(
+        row.outcome->detail.rfind(
+            "The visual benchmark could not render: Metal pipeline failed: suite_fragment.frag:3: error:", 0),
+        0u)
+        << row.outcome->detail;
+    EXPECT_EQ(store.rows()[BenchmarkID::cpuInteger].state, TestRunState::done);
+    EXPECT_TRUE(store.runSummary());
+}
+
+TEST(AnimationWindows, OneOpensAroundEachOfTheFiveBenchmarksAndClosesAfterIt) {
+    // Each pass waits for the test's permit, so the windows can be looked at mid-pass.
+    std::mutex mutex;
+    std::condition_variable changed;
+    int permits = 0;
+    std::atomic<bool> waiting{false};
+    StoreServices services = FakeWorkloads().services();
+    services.runWorkload = [&](BenchmarkID, const WorkloadContext& context) {
+        std::unique_lock lock(mutex);
+        waiting = true;
+        while (permits == 0 && !context.cancelled())
+            changed.wait_for(lock, std::chrono::milliseconds(2));
+        --permits;
+        waiting = false;
+        return FakeWorkloads::okOutcome(10);
+    };
+    DesktopWindowPresenter presenter;
+    BenchmarkStore store(services, &presenter);
+    presenter.observe(store);
+    const auto openWindows = [] {
+        QStringList titles;
+        for (QWidget* widget : QApplication::topLevelWidgets())
+            if (widget->isVisible() && widget->windowTitle().startsWith("Quarbel - "))
+                titles << widget->windowTitle();
+        return titles;
+    };
+    const std::vector<BenchmarkID> ids{BenchmarkID::cpuInteger,   BenchmarkID::cineTile,
+                                       BenchmarkID::metalCompute, BenchmarkID::openCLCompute,
+                                       BenchmarkID::rawCPUDecode, BenchmarkID::rawMetalDecode};
+    store.run(ids, false);
+    for (BenchmarkID id : ids) {
+        ASSERT_TRUE(processEventsUntil([&] { return store.runningID() == id && waiting.load(); }));
+        processEventsFor(50);
+        const QStringList expected = id == BenchmarkID::cpuInteger
+                                         ? QStringList{}
+                                         : QStringList{"Quarbel - " + QString::fromUtf8(title(id).data())};
+        EXPECT_EQ(openWindows(), expected) << title(id);
+        if (id == BenchmarkID::cineTile) {
+            QWidget* window = presenter.controller()->animationWindow();
+            EXPECT_EQ(window->size(), QSize(960, 540));
+            EXPECT_EQ(window->minimumSize(), QSize(720, 405));
+        }
+        {
+            std::lock_guard lock(mutex);
+            ++permits;
+        }
+        changed.notify_all();
+    }
+    ASSERT_TRUE(processEventsUntil([&] { return idle(store); }));
+    EXPECT_EQ(openWindows(), QStringList{});
+}
