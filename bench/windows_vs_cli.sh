@@ -15,7 +15,7 @@ CLI="$BUILD/src/cli/quarbel"
 GUI="$BUILD/src/app/quarbel-gui"
 
 PRIVATE="$(mktemp -d)"
-export XDG_CONFIG_HOME="$PRIVATE/config" XDG_RUNTIME_DIR="$PRIVATE/runtime"
+export XDG_CONFIG_HOME="$PRIVATE/config" XDG_RUNTIME_DIR="$PRIVATE/runtime" XDG_DATA_HOME="$PRIVATE/data"
 mkdir -p "$XDG_RUNTIME_DIR" && chmod 700 "$XDG_RUNTIME_DIR"
 export DISPLAY=":$((240 + RANDOM % 50))"
 Xvfb "$DISPLAY" -screen 0 1280x880x24 -nolisten tcp >/dev/null 2>&1 &

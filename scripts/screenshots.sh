@@ -9,6 +9,7 @@
 #                   rawCPUDecode and rawMetalDecode mid-run
 #   poster.png      the main window's poster while CPU Tile Render runs (its window moved aside)
 #   help.png        the help window over the main window
+#   history.png     the run history window comparing the quick suite with a later run
 #   cards-suite/    the result cards of the quick suite (quarbel card on its report)
 #   cards-skipped/  the result cards of a quick run without Vulkan and OpenCL drivers
 # Usage: scripts/screenshots.sh [output dir, default build/screenshots]
@@ -32,7 +33,8 @@ fi
 GUI="$ROOT/build/dev/src/app/quarbel-gui"
 
 PRIVATE="$(mktemp -d)"
-export XDG_CONFIG_HOME="$PRIVATE/config" TMPDIR="$PRIVATE/tmp" XDG_RUNTIME_DIR="$PRIVATE/runtime"
+export XDG_CONFIG_HOME="$PRIVATE/config" TMPDIR="$PRIVATE/tmp" XDG_RUNTIME_DIR="$PRIVATE/runtime" \
+  XDG_DATA_HOME="$PRIVATE/data"
 mkdir -p "$TMPDIR" "$XDG_RUNTIME_DIR" && chmod 700 "$XDG_RUNTIME_DIR"
 DISPLAY_NUMBER=$((90 + RANDOM % 100))
 export DISPLAY=":$DISPLAY_NUMBER"
@@ -109,6 +111,14 @@ for _ in $(seq 600); do
 done
 sleep 1.5
 shot suite.png
+stop_gui
+
+# A second, shorter run, then the history comparing the suite with it.
+"$GUI" --run cpuInteger,cpuCrypto,memoryStream,cineTile --quick --quit-when-done >/dev/null 2>&1
+start_gui
+xdotool windowfocus --sync "$(xdotool search --name '^Quarbel$' | head -1)" key ctrl+h
+sleep 1.5
+shot history.png
 stop_gui
 
 leftovers="$(find "$TMPDIR" -mindepth 1 -maxdepth 1 | wc -l)"
