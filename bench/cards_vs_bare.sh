@@ -15,7 +15,7 @@ CLI="$BUILD/src/cli/quarbel"
 
 PRIVATE="$(mktemp -d)"
 trap 'rm -rf "$PRIVATE"' EXIT
-"$CLI" run cpuInteger --quick --json "$PRIVATE/report.json" >/dev/null
+"$CLI" run cpuInteger --quick --no-history --json "$PRIVATE/report.json" >/dev/null
 python3 - "$PRIVATE/report.json" "$PRIVATE/bare.json" <<'PY'
 import json, sys
 report = json.load(open(sys.argv[1]))
