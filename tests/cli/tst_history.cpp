@@ -91,7 +91,7 @@ TEST(RunHistory, ComparesByTitleAndWarnsWhenRunsAreNotLikeForLike) {
                                     {{"CPU Single-Core", 1000}, {"SSD Random", 500}, {"Only In A", 10}}));
     tree.write("b.json",
                reportText("2026-11-24T10:00:00Z", "1.1", true,
-                          {{"SSD Random", 400, 30.0}, {"CPU Single-Core", 1100}, {"Only In B", 10}}));
+                          {{"SSD Random", 400, 120.0}, {"CPU Single-Core", 1100}, {"Only In B", 10}}));
     HistoryListing history;
     const auto a = std::get<SavedRun>(resolveSavedRun(tree.path("a.json"), history));
     history.runs = {a};
@@ -109,7 +109,7 @@ TEST(RunHistory, ComparesByTitleAndWarnsWhenRunsAreNotLikeForLike) {
     EXPECT_EQ(comparison.rows[0].title, "CPU Single-Core");
     EXPECT_EQ(comparison.rows[0].compared.verdict, Verdict::faster);
     EXPECT_EQ(comparison.rows[1].compared.verdict, Verdict::withinNoise)
-        << "B's Accuracy Mode spread of 30 %";
+        << "B's Accuracy Mode spread of 120 %";
     ASSERT_EQ(comparison.warnings.size(), 2u);
     EXPECT_NE(comparison.warnings[0].find("different Quarbel versions (1.0 and 1.1)"), std::string::npos);
     EXPECT_NE(comparison.warnings[1].find("quick"), std::string::npos);
