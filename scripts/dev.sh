@@ -66,7 +66,7 @@ case "$ACTION" in
     ;;
   sanitize)
     configure_and_build "$ROOT/build/asan" -DCMAKE_BUILD_TYPE=Debug "-DQUARBEL_SANITIZE=address;undefined"
-    ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
+    ASAN_OPTIONS=detect_leaks=1 LSAN_OPTIONS="suppressions=$ROOT/tests/lsan.supp" UBSAN_OPTIONS=print_stacktrace=1 \
       ctest --test-dir "$ROOT/build/asan" --output-on-failure --no-tests=error -j "$(nproc)" "$@"
     configure_and_build "$ROOT/build/tsan" -DCMAKE_BUILD_TYPE=Debug -DQUARBEL_SANITIZE=thread
     TSAN_OPTIONS="halt_on_error=1 suppressions=$ROOT/tests/tsan.supp" \

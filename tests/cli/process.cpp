@@ -14,18 +14,27 @@ extern char** environ;
 namespace quarbel::test {
 namespace {
 
-// Children keep their run history here, never in the home directory of whoever runs the tests.
-const std::string& privateDataHome() {
-    static const std::string path = [] {
+// Children keep their run history here, never in the home directory of whoever runs the
+// tests; the folder goes when the test program ends.
+class PrivateDataHome {
+  public:
+    PrivateDataHome() {
         std::string pattern = std::filesystem::temp_directory_path() / "quarbel-test-data-XXXXXX";
-        if (::mkdtemp(pattern.data()) == nullptr) return std::string("/nonexistent/quarbel-test-data");
-        std::atexit([] {
-            std::error_code ignored;
-            std::filesystem::remove_all(privateDataHome(), ignored);
-        });
-        return pattern;
-    }();
-    return path;
+        path_ = ::mkdtemp(pattern.data()) != nullptr ? pattern : "/nonexistent/quarbel-test-data";
+    }
+    ~PrivateDataHome() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+    const std::string& path() const { return path_; }
+
+  private:
+    std::string path_;
+};
+
+const std::string& privateDataHome() {
+    static const PrivateDataHome home;
+    return home.path();
 }
 
 } // namespace
