@@ -300,9 +300,11 @@ void BenchmarkStore::runBenchmarkPass(BenchmarkID id, PassCompletion completion)
     const auto problem = background_->start(
         // The thread keeps the token and sink alive even after the store lets go of them.
         [runWorkload, id, context, token, progress] { return runWorkload(id, context); },
-        [this, token, progress, pending](BenchmarkOutcome outcome) {
+        [this, id, token, progress, pending](BenchmarkOutcome outcome) {
             sampleProgress(progress->latest());
-            if (task_ && outcome.status == OutcomeStatus::ok) {
+            // The storage benchmarks change pace by design (writes, then reads), so a slower
+            // last fifth says nothing about throttling there.
+            if (task_ && outcome.status == OutcomeStatus::ok && category(id) != BenchmarkCategory::storage) {
                 if (const auto stability = stabilityPercent(passSeries_))
                     task_->stability = std::min(task_->stability.value_or(*stability), *stability);
             }

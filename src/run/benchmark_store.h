@@ -47,7 +47,8 @@ struct BenchmarkEndState {
     TemperatureSnapshot temperature; // read when it ended; all absent: unavailable
     bool accuracyMode = false;       // the outcome is the median of Accuracy Mode's passes
     // The last fifth's rate over the first fifth's, in percent: the lowest of its passes.
-    // Absent for a workload that reported its progress fewer than five times.
+    // Absent for a workload that reported its progress fewer than five times, and for the
+    // storage benchmarks, whose phases run at different rates by design.
     std::optional<double> stabilityPercent;
     std::optional<double> spreadPercent; // Accuracy Mode's spread of the pass scores
     bool operator==(const BenchmarkEndState&) const = default;
