@@ -102,14 +102,20 @@ qreal pillWidth(const QString& text, qreal height) {
 }
 
 void drawPill(QPainter& painter, const QRectF& rect, const QString& text, const QColor& color) {
+    drawPillInFont(painter, rect, text, color, pillFont(rect.height()));
+}
+
+void drawPillInFont(QPainter& painter, const QRectF& rect, const QString& text, const QColor& color,
+                    const QFont& font) {
     painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
     QColor fill = color;
     fill.setAlphaF(0.16f);
     painter.setPen(Qt::NoPen);
     painter.setBrush(fill);
     const qreal radius = rect.height() / 2;
     painter.drawRoundedRect(rect, radius, radius);
-    painter.setFont(pillFont(rect.height()));
+    painter.setFont(font);
     painter.setPen(color);
     painter.drawText(rect, Qt::AlignCenter, elided(painter, text, rect.width() - radius));
     painter.restore();

@@ -33,6 +33,9 @@ void drawSectionTitle(QPainter& painter, const QRectF& rect, const QString& titl
 qreal pillWidth(const QString& text, qreal height);
 // A rounded label tinted in `color` (ResultStatusPill).
 void drawPill(QPainter& painter, const QRectF& rect, const QString& text, const QColor& color);
+// The same pill in `font`: the window draws its pills with this, in its own font.
+void drawPillInFont(QPainter& painter, const QRectF& rect, const QString& text, const QColor& color,
+                    const QFont& font);
 // Pills laid right to left, ending at `right`; returns the left edge of the last one.
 qreal drawPillsRightAligned(QPainter& painter, qreal right, qreal top, qreal height,
                             const std::vector<std::pair<QString, QColor>>& pills);

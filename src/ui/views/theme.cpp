@@ -1,5 +1,6 @@
 #include "ui/views/theme.h"
 
+#include "ui/cards/card_parts.h"
 #include "ui/cards/result_card_palette.h"
 
 #include <QFile>
@@ -72,20 +73,7 @@ qreal pillWidth(const QString& label, qreal height) {
 }
 
 void drawPill(QPainter& painter, const QRectF& rect, const QString& label, const QColor& color) {
-    painter.save();
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setFont(pillFont(rect.height()));
-    QColor fill = color;
-    fill.setAlphaF(0.16f);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(fill);
-    const qreal radius = rect.height() / 2;
-    painter.drawRoundedRect(rect, radius, radius);
-    painter.setPen(color);
-    painter.drawText(
-        rect, Qt::AlignCenter,
-        QFontMetrics(painter.font()).elidedText(label, Qt::ElideRight, int(rect.width() - radius)));
-    painter.restore();
+    cards::parts::drawPillInFont(painter, rect, label, color, pillFont(rect.height()));
 }
 
 QPixmap icon(std::string_view symbol, int size, const QColor& tint, qreal devicePixelRatio) {
