@@ -38,7 +38,8 @@ BenchmarkCardContent single() {
             false,
             std::chrono::system_clock::now(),
             kHardware,
-            "0.1.0"};
+            "0.1.0",
+            98.5};
 }
 
 SummaryCardContent global() {

@@ -123,5 +123,8 @@ int main(int argc, char** argv) {
     const int exitCode = QApplication::exec();
     setScratchNoticeSink({});
     placement.cleanup();
+    // A requested run that never reported its end (quit before it began, or its stopped
+    // pass outlived the wait) was interrupted all the same.
+    if (options.run && !runExitCode) return 130;
     return runExitCode.value_or(exitCode);
 }

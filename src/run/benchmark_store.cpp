@@ -303,8 +303,10 @@ void BenchmarkStore::runBenchmarkPass(BenchmarkID id, PassCompletion completion)
         [this, id, token, progress, pending](BenchmarkOutcome outcome) {
             sampleProgress(progress->latest());
             // The storage benchmarks change pace by design (writes, then reads), so a slower
-            // last fifth says nothing about throttling there.
-            if (task_ && outcome.status == OutcomeStatus::ok && category(id) != BenchmarkCategory::storage) {
+            // last fifth says nothing about throttling there. In a quick run a fifth lasts a
+            // fraction of a second, short enough for one preempted tick to look like heat.
+            const bool measurable = budgetScale_ >= 1.0 && category(id) != BenchmarkCategory::storage;
+            if (task_ && outcome.status == OutcomeStatus::ok && measurable) {
                 if (const auto stability = stabilityPercent(passSeries_))
                     task_->stability = std::min(task_->stability.value_or(*stability), *stability);
             }

@@ -10,16 +10,18 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace quarbel::ui {
 namespace {
 
-// Draws wrapped text from `top`; returns the y below it.
-qreal drawWrapped(QPainter& painter, const QString& text, const QRectF& box) {
-    const QRectF used = painter.boundingRect(box, Qt::TextWordWrap | Qt::AlignLeft | Qt::AlignTop, text);
-    painter.drawText(box, Qt::TextWordWrap | Qt::AlignLeft | Qt::AlignTop, text);
-    return used.bottom();
-}
+constexpr qreal kPanelRadius = 14;
+constexpr int kPanelPaddingX = 24;
+constexpr int kPanelPaddingY = 20;
+constexpr int kTextFlags = Qt::TextWordWrap | Qt::AlignLeft | Qt::AlignTop;
+
+QFont explanationFont(bool inlineStage) { return theme::font(inlineStage ? 15 : 13.5); }
+QFont statusFont() { return theme::font(14, QFont::DemiBold); }
 
 } // namespace
 
@@ -38,17 +40,72 @@ bool hasInlineStage(BenchmarkID id) {
 StageView::StageView(BenchmarkStore& store, QWidget* parent) : QWidget(parent), store_(store) {
     setAttribute(Qt::WA_OpaquePaintEvent);
     // Repaints follow the store's 0.25 s clock, not every progress report of the workload.
-    connect(&store_, &BenchmarkStore::currentRunTickChanged, this, [this] {
-        sampleRate();
-        update();
-    });
+    connect(&store_, &BenchmarkStore::currentRunTickChanged, this, &StageView::onTick);
     connect(&store_, &BenchmarkStore::runningIDChanged, this, [this] {
         rates_.clear();
         lastSample_ = {};
         poster_.reset();
+        painted_.reset();
         update();
     });
-    connect(&store_, &BenchmarkStore::visualLiveStatsChanged, this, qOverload<>(&QWidget::update));
+    connect(&store_, &BenchmarkStore::visualLiveStatsChanged, this, [this] {
+        if (painted_)
+            update(painted_->progress.toAlignedRect().adjusted(-2, -2, 2, 2));
+        else
+            update();
+    });
+}
+
+StageView::Layout StageView::layout(BenchmarkID id) const {
+    Layout parts;
+    parts.area =
+        QRectF(rect()).adjusted(kPanelPaddingX, kPanelPaddingY, -kPanelPaddingX - 1, -kPanelPaddingY - 1);
+    const QRectF& area = parts.area;
+    const bool inlineStage = hasInlineStage(id);
+    const auto wrappedHeight = [this](const QFont& font, const QRectF& box, const QString& text) {
+        return QFontMetricsF(font, this).boundingRect(box, kTextFlags, text).height();
+    };
+    const QString explanation = theme::qstring(runningExplanation(id));
+    if (inlineStage) {
+        const QRectF box(area.left(), area.top() + 42, area.width(), area.height());
+        parts.explanation = QRectF(
+            box.topLeft(), QSizeF(box.width(), wrappedHeight(explanationFont(true), box, explanation)));
+        const qreal y = parts.explanation.bottom();
+        const QRectF textBox(area.left() + 30, y + 18, area.width() - 42, 200);
+        const qreal textHeight = wrappedHeight(statusFont(), textBox, statusLine());
+        parts.strip = QRectF(area.left(), y + 18, area.width(), std::max<qreal>(40, textHeight + 20));
+        const qreal barTop = parts.strip.bottom() + 22;
+        parts.progress = QRectF(area.left(), barTop, area.width(), 40);
+        parts.trace = QRectF(area.left(), barTop + 56, area.width(), area.bottom() - barTop - 56);
+        return parts;
+    }
+    parts.picture =
+        QRectF(area.left(), area.top(), area.width(), std::round(area.height() * 0.52)).toAlignedRect();
+    const qreal textTop = parts.picture.bottom() + 18;
+    const QRectF box(area.left(), textTop + 68, area.width(), area.bottom() - textTop - 68);
+    parts.explanation =
+        QRectF(box.topLeft(), QSizeF(box.width(), wrappedHeight(explanationFont(false), box, explanation)));
+    const qreal barTop = std::min(parts.explanation.bottom() + 16, area.bottom() - 36);
+    parts.progress = QRectF(area.left(), barTop, area.width(), 34);
+    return parts;
+}
+
+void StageView::onTick() {
+    sampleRate();
+    const auto running = store_.runningID();
+    const Layout parts = running ? layout(*running) : Layout{};
+    const double shownSeconds = std::exchange(posterSeconds_, store_.currentRunElapsed());
+    // A status line that wraps differently moves what lies below it: repaint it all.
+    if (!running || !painted_ || !(*painted_ == parts)) {
+        update();
+        return;
+    }
+    QRegion moved;
+    for (const QRectF& live : {parts.strip, parts.progress, parts.trace})
+        if (!live.isEmpty()) moved += live.toAlignedRect().adjusted(-2, -2, 2, 2);
+    if (poster_ && !parts.picture.isEmpty())
+        moved += poster_->changed(parts.picture, shownSeconds, posterSeconds_).intersected(parts.picture);
+    update(moved);
 }
 
 void StageView::sampleRate() {
@@ -107,108 +164,121 @@ void StageView::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.fillRect(event->rect(), theme::background());
-    const QRectF panel = QRectF(rect()).adjusted(0, 0, -1, -1);
-    theme::drawPanel(painter, panel, 14);
+    theme::drawPanel(painter, QRectF(rect()).adjusted(0, 0, -1, -1), kPanelRadius);
     const auto running = store_.runningID();
     if (!running) return;
-    const QRectF area = panel.adjusted(24, 20, -24, -20);
+    const Layout parts = layout(*running);
+    painted_ = parts;
     if (hasInlineStage(*running))
-        paintInlineStage(painter, *running, area);
+        paintInlineStage(painter, *running, parts, event->region());
     else
-        paintPoster(painter, *running, area);
+        paintPoster(painter, *running, parts, event->region());
 }
 
-void StageView::paintInlineStage(QPainter& painter, BenchmarkID id, const QRectF& area) {
+void StageView::paintInlineStage(QPainter& painter, BenchmarkID id, const Layout& parts,
+                                 const QRegion& dirty) {
     const QColor accent = theme::accent(category(id));
-    painter.drawPixmap(QPointF(area.left(), area.top()),
-                       theme::icon(icon(id), 26, accent, devicePixelRatioF()));
-    painter.setFont(theme::font(12, QFont::DemiBold));
-    painter.setPen(accent);
-    painter.drawText(QRectF(area.left() + 36, area.top(), area.width() - 36, 26),
-                     Qt::AlignVCenter | Qt::AlignLeft,
-                     tr("LIVE STAGE  ·  %1").arg(theme::qstring(categoryTitle(category(id)))));
-
-    painter.setFont(theme::font(15));
-    painter.setPen(theme::text());
-    qreal y = drawWrapped(painter, theme::qstring(runningExplanation(id)),
-                          QRectF(area.left(), area.top() + 42, area.width(), area.height()));
+    const QRectF& area = parts.area;
+    if (dirty.intersects(
+            QRectF(area.left(), area.top(), area.width(), parts.explanation.bottom() - area.top() + 1)
+                .toAlignedRect())) {
+        painter.drawPixmap(QPointF(area.left(), area.top()),
+                           theme::icon(icon(id), 26, accent, devicePixelRatioF()));
+        painter.setFont(theme::font(12, QFont::DemiBold));
+        painter.setPen(accent);
+        painter.drawText(QRectF(area.left() + 36, area.top(), area.width() - 36, 26),
+                         Qt::AlignVCenter | Qt::AlignLeft,
+                         tr("LIVE STAGE  ·  %1").arg(theme::qstring(categoryTitle(category(id)))));
+        painter.setFont(explanationFont(true));
+        painter.setPen(theme::text());
+        painter.drawText(parts.explanation, kTextFlags, theme::qstring(runningExplanation(id)));
+    }
 
     // The status line in a tinted strip, so the eye finds what changes; it wraps rather
     // than run past the panel.
-    painter.setFont(theme::font(14, QFont::DemiBold));
-    const QRectF textBox(area.left() + 30, y + 18, area.width() - 42, 200);
-    const qreal textHeight =
-        painter.boundingRect(textBox, Qt::TextWordWrap | Qt::AlignLeft | Qt::AlignTop, statusLine()).height();
-    const QRectF strip(area.left(), y + 18, area.width(), std::max<qreal>(40, textHeight + 20));
-    QColor fill = accent;
-    fill.setAlphaF(0.10f);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(fill);
-    painter.drawRoundedRect(strip, 10, 10);
-    painter.setBrush(accent);
-    painter.drawEllipse(QPointF(strip.left() + 16, strip.center().y()), 4, 4);
-    painter.setPen(theme::text());
-    painter.drawText(strip.adjusted(30, 0, -12, 0), Qt::AlignVCenter | Qt::AlignLeft | Qt::TextWordWrap,
-                     statusLine());
+    const QRectF& strip = parts.strip;
+    if (dirty.intersects(strip.toAlignedRect())) {
+        QColor fill = accent;
+        fill.setAlphaF(0.10f);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(fill);
+        painter.drawRoundedRect(strip, 10, 10);
+        painter.setBrush(accent);
+        painter.drawEllipse(QPointF(strip.left() + 16, strip.center().y()), 4, 4);
+        painter.setFont(statusFont());
+        painter.setPen(theme::text());
+        painter.drawText(strip.adjusted(30, 0, -12, 0), Qt::AlignVCenter | Qt::AlignLeft | Qt::TextWordWrap,
+                         statusLine());
+    }
 
-    y = strip.bottom() + 22;
-    theme::drawProgressBar(painter, QRectF(area.left(), y, area.width(), 10), store_.currentRunProgress(),
-                           accent);
-    painter.setFont(theme::font(13));
-    painter.setPen(theme::secondary());
-    painter.drawText(QRectF(area.left(), y + 16, area.width(), 20), Qt::AlignLeft | Qt::AlignVCenter,
-                     elapsedText(store_.currentRunElapsed(), store_.currentRunTargetSeconds()));
-    painter.setFont(theme::font(20, QFont::Bold));
-    painter.setPen(theme::text());
-    painter.drawText(QRectF(area.left(), y + 12, area.width(), 28), Qt::AlignRight | Qt::AlignVCenter,
-                     liveMetricText(store_.liveProgress(), store_.visualLiveStats()));
-    paintRateTrace(painter, QRectF(area.left(), y + 56, area.width(), area.bottom() - y - 56), accent);
+    const QRectF& row = parts.progress;
+    if (dirty.intersects(row.toAlignedRect())) {
+        theme::drawProgressBar(painter, QRectF(row.left(), row.top(), row.width(), 10),
+                               store_.currentRunProgress(), accent);
+        painter.setFont(theme::font(13));
+        painter.setPen(theme::secondary());
+        painter.drawText(QRectF(row.left(), row.top() + 16, row.width(), 20),
+                         Qt::AlignLeft | Qt::AlignVCenter,
+                         elapsedText(store_.currentRunElapsed(), store_.currentRunTargetSeconds()));
+        painter.setFont(theme::font(20, QFont::Bold));
+        painter.setPen(theme::text());
+        painter.drawText(QRectF(row.left(), row.top() + 12, row.width(), 28),
+                         Qt::AlignRight | Qt::AlignVCenter,
+                         liveMetricText(store_.liveProgress(), store_.visualLiveStats()));
+    }
+    if (dirty.intersects(parts.trace.toAlignedRect())) paintRateTrace(painter, parts.trace, accent);
 }
 
-void StageView::paintPoster(QPainter& painter, BenchmarkID id, const QRectF& area) {
+void StageView::paintPoster(QPainter& painter, BenchmarkID id, const Layout& parts, const QRegion& dirty) {
     const QColor accent = theme::accent(category(id));
+    const QRectF& area = parts.area;
     if (!poster_ || poster_->theme() != animationTheme(id)) poster_.emplace(id);
     // The picture of the workload window, framed, above the title.
-    const QRect picture =
-        QRectF(area.left(), area.top(), area.width(), std::round(area.height() * 0.52)).toAlignedRect();
-    QPainterPath frame;
-    frame.addRoundedRect(QRectF(picture), 10, 10);
-    painter.save();
-    painter.setClipPath(frame);
-    poster_->paint(painter, picture, store_.currentRunElapsed());
-    painter.restore();
-    painter.setPen(QPen(theme::border(), 1));
-    painter.setBrush(Qt::NoBrush);
-    painter.drawPath(frame);
+    const QRect& picture = parts.picture;
+    if (dirty.intersects(picture.adjusted(-1, -1, 1, 1))) {
+        QPainterPath frame;
+        frame.addRoundedRect(QRectF(picture), 10, 10);
+        painter.save();
+        painter.setClipPath(frame, Qt::IntersectClip);
+        poster_->paint(painter, picture, store_.currentRunElapsed(), dirty);
+        painter.restore();
+        painter.setPen(QPen(theme::border(), 1));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawPath(frame);
+    }
 
     const qreal textTop = picture.bottom() + 18;
-    painter.drawPixmap(QPointF(area.left(), textTop), theme::icon(icon(id), 26, accent, devicePixelRatioF()));
-    painter.setFont(theme::font(12, QFont::DemiBold));
-    painter.setPen(accent);
-    painter.drawText(
-        QRectF(area.left() + 36, textTop, area.width() - 36, 26), Qt::AlignVCenter | Qt::AlignLeft,
-        tr("%1  ·  IN ITS OWN WINDOW").arg(theme::qstring(categoryTitle(category(id))).toUpper()));
-    painter.setFont(theme::font(20, QFont::Bold));
-    painter.setPen(theme::text());
-    painter.drawText(QRectF(area.left(), textTop + 34, area.width(), 28), Qt::AlignLeft | Qt::AlignVCenter,
-                     theme::qstring(title(id)));
-    painter.setFont(theme::font(13.5));
-    painter.setPen(theme::secondary());
-    const qreal y =
-        drawWrapped(painter, theme::qstring(runningExplanation(id)),
-                    QRectF(area.left(), textTop + 68, area.width(), area.bottom() - textTop - 68));
-    const qreal barTop = std::min(y + 16, area.bottom() - 36);
-    theme::drawProgressBar(painter, QRectF(area.left(), barTop, area.width(), 8), store_.currentRunProgress(),
-                           accent);
+    if (dirty.intersects(QRectF(area.left(), textTop, area.width(), parts.explanation.bottom() - textTop + 1)
+                             .toAlignedRect())) {
+        painter.drawPixmap(QPointF(area.left(), textTop),
+                           theme::icon(icon(id), 26, accent, devicePixelRatioF()));
+        painter.setFont(theme::font(12, QFont::DemiBold));
+        painter.setPen(accent);
+        painter.drawText(
+            QRectF(area.left() + 36, textTop, area.width() - 36, 26), Qt::AlignVCenter | Qt::AlignLeft,
+            tr("%1  ·  IN ITS OWN WINDOW").arg(theme::qstring(categoryTitle(category(id))).toUpper()));
+        painter.setFont(theme::font(20, QFont::Bold));
+        painter.setPen(theme::text());
+        painter.drawText(QRectF(area.left(), textTop + 34, area.width(), 28),
+                         Qt::AlignLeft | Qt::AlignVCenter, theme::qstring(title(id)));
+        painter.setFont(explanationFont(false));
+        painter.setPen(theme::secondary());
+        painter.drawText(parts.explanation, kTextFlags, theme::qstring(runningExplanation(id)));
+    }
+
+    const QRectF& row = parts.progress;
+    if (!dirty.intersects(row.toAlignedRect())) return;
+    theme::drawProgressBar(painter, QRectF(row.left(), row.top(), row.width(), 8),
+                           store_.currentRunProgress(), accent);
     painter.setFont(theme::font(13));
     painter.setPen(theme::secondary());
-    painter.drawText(QRectF(area.left(), barTop + 12, area.width(), 22), Qt::AlignLeft | Qt::AlignVCenter,
+    painter.drawText(QRectF(row.left(), row.top() + 12, row.width(), 22), Qt::AlignLeft | Qt::AlignVCenter,
                      elapsedText(store_.currentRunElapsed(), store_.currentRunTargetSeconds()));
     const QString metric = liveMetricText(store_.liveProgress(), store_.visualLiveStats());
     if (!metric.isEmpty()) {
         painter.setFont(theme::font(16, QFont::Bold));
         painter.setPen(theme::text());
-        painter.drawText(QRectF(area.left(), barTop + 12, area.width(), 22),
+        painter.drawText(QRectF(row.left(), row.top() + 12, row.width(), 22),
                          Qt::AlignRight | Qt::AlignVCenter, metric);
     }
 }

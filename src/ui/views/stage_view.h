@@ -2,7 +2,9 @@
 // inline stage: their explanation, the live status line (a new line every two seconds),
 // a growing progress bar and the live rate. The others run in a window of their own
 // and show a poster of their workload here: the same themed animation as their window,
-// advanced at the store's quarter-second clock.
+// advanced at the store's quarter-second clock. Each tick repaints only what moved (the
+// status strip, the progress row, the trace, the changed part of the poster): whole-stage
+// repaints would take CPU time from the benchmark that the stage is showing.
 #pragma once
 
 #include "run/benchmark_store.h"
@@ -30,16 +32,30 @@ class StageView : public QWidget {
     void paintEvent(QPaintEvent* event) override;
 
   private:
+    // Where the stage of the running benchmark puts its parts.
+    struct Layout {
+        QRectF area;        // inside the panel's margins
+        QRectF explanation; // the wrapped explanation
+        QRect picture;      // the poster's animation (posters only)
+        QRectF strip;       // the status line (inline stages only)
+        QRectF progress;    // bar, elapsed time and live rate
+        QRectF trace;       // the rate over time (inline stages only)
+        bool operator==(const Layout&) const = default;
+    };
+    Layout layout(BenchmarkID id) const;
+    void onTick();
     void sampleRate();
     void paintRateTrace(QPainter& painter, const QRectF& area, const QColor& color);
-    void paintInlineStage(QPainter& painter, BenchmarkID id, const QRectF& area);
-    void paintPoster(QPainter& painter, BenchmarkID id, const QRectF& area);
+    void paintInlineStage(QPainter& painter, BenchmarkID id, const Layout& parts, const QRegion& dirty);
+    void paintPoster(QPainter& painter, BenchmarkID id, const Layout& parts, const QRegion& dirty);
 
     BenchmarkStore& store_;
     // The rate between successive clock ticks of the pass now running, for the trace.
     std::vector<double> rates_;
     LiveProgress lastSample_;
     std::optional<WorkloadAnimation> poster_; // of the benchmark now running
+    double posterSeconds_ = 0;                // the run time of the last tick
+    std::optional<Layout> painted_;           // the layout of the last paint
 };
 
 } // namespace quarbel::ui

@@ -25,6 +25,10 @@ constexpr int kFrontCells = 3; // the width of the demosaic kernel's band
 // Lanes: rows of work items moving through a kernel stage in the middle.
 constexpr int kLaneCount = 8;
 constexpr int kItemsPerLane = 5;
+// Qt's raster engine hands a fill taller than about a hundred rows to its thread pool and
+// waits for it. While a benchmark keeps every core busy, that wakes threads onto those
+// cores hundreds of times a second; bands of 64 rows keep each fill on the painting thread.
+constexpr int kBandRows = 64;
 
 QColor shade(double r, double g, double b, double a = 1.0) {
     return QColor::fromRgbF(float(r), float(g), float(b), float(a));
@@ -46,6 +50,39 @@ QRect tileRect(const QRectF& area, int index) {
     const auto x = [&](int c) { return int(std::lround(area.left() + area.width() * c / kTileColumns)); };
     const auto y = [&](int r) { return int(std::lround(area.top() + area.height() * r / kTileRows)); };
     return QRect(QPoint(x(column), y(row)), QPoint(x(column + 1) - 1, y(row + 1) - 1));
+}
+
+qreal laneItemWidth(const QRectF& area) { return std::max<qreal>(18, area.width() * 0.05); }
+
+// Where work item `item` of lane `lane` is at `seconds`; each lane runs at its own pace,
+// like work groups that finish at different times.
+QRectF laneItemBox(const QRectF& area, int lane, int item, double seconds) {
+    const qreal laneHeight = area.height() / kLaneCount;
+    const qreal itemWidth = laneItemWidth(area);
+    const double speed = 0.16 + 0.045 * ((lane * 5) % kLaneCount);
+    const double u = cyclePosition(seconds * speed + double(item) / kItemsPerLane + lane * 0.13, 1.0);
+    const qreal x = area.left() - itemWidth + u * (area.width() + itemWidth);
+    return QRectF(x, area.top() + lane * laneHeight + laneHeight * 0.26, itemWidth, laneHeight * 0.48);
+}
+
+// The kernel stage in the middle of the lanes.
+QRectF laneKernel(const QRectF& area) {
+    return QRectF(area.left() + area.width() * 0.42, area.top(), area.width() * 0.16, area.height());
+}
+
+// The lanes without their items: the same on every frame.
+void paintEmptyLanes(QPainter& painter, const QSize& size, const QColor& accent) {
+    const QRectF area(QPointF(0, 0), QSizeF(size));
+    painter.fillRect(area, shade(0.045, 0.052, 0.060));
+    const QRectF kernel = laneKernel(area);
+    painter.fillRect(kernel, withAlpha(accent, 0.08));
+    painter.setPen(QPen(withAlpha(accent, 0.45), 1, Qt::DashLine));
+    painter.drawLine(kernel.topLeft(), kernel.bottomLeft());
+    painter.drawLine(kernel.topRight(), kernel.bottomRight());
+    const qreal laneHeight = area.height() / kLaneCount;
+    for (int lane = 0; lane < kLaneCount; ++lane)
+        painter.fillRect(QRectF(area.left(), lane * laneHeight + laneHeight * 0.5, area.width(), 1),
+                         QColor(255, 255, 255, 18));
 }
 
 int mosaicFront(const QRectF& area, double seconds) {
@@ -146,28 +183,33 @@ void WorkloadAnimation::prepareImages(const QSize& size) {
     finished_ = QImage(size, QImage::Format_RGB32);
     QPainter painter(&finished_);
     painter.setRenderHint(QPainter::Antialiasing);
-    paintFinishedPicture(painter, size, accent_);
+    if (theme_ == AnimationTheme::lanes)
+        paintEmptyLanes(painter, size, accent_);
+    else
+        paintFinishedPicture(painter, size, accent_);
     painter.end();
     mosaic_ = theme_ == AnimationTheme::mosaic ? bayerMosaic(finished_) : QImage();
 }
 
-void WorkloadAnimation::paint(QPainter& painter, const QRectF& area, double seconds) {
+void WorkloadAnimation::paint(QPainter& painter, const QRectF& area, double seconds, const QRegion& dirty) {
     if (area.isEmpty()) return;
-    painter.save();
-    painter.setClipRect(area, Qt::IntersectClip);
-    switch (theme_) {
-    case AnimationTheme::tiles:
-        prepareImages(area.size().toSize());
-        paintTiles(painter, area, seconds);
-        break;
-    case AnimationTheme::mosaic:
-        prepareImages(area.size().toSize());
-        paintMosaic(painter, area, seconds);
-        break;
-    case AnimationTheme::lanes: paintLanes(painter, area, seconds); break;
-    case AnimationTheme::horizon: paintHorizon(painter, area, seconds); break;
+    if (theme_ != AnimationTheme::horizon) prepareImages(area.size().toSize());
+    const QRect whole = area.toAlignedRect();
+    const QRect bounds = dirty.isEmpty() ? whole : dirty.boundingRect().intersected(whole);
+    for (int top = bounds.top(); top <= bounds.bottom(); top += kBandRows) {
+        const QRect band(bounds.left(), top, bounds.width(), std::min(kBandRows, bounds.bottom() - top + 1));
+        if (!dirty.isEmpty() && !dirty.intersects(band)) continue;
+        painter.save();
+        painter.setClipRect(area, Qt::IntersectClip);
+        painter.setClipRect(band, Qt::IntersectClip);
+        switch (theme_) {
+        case AnimationTheme::tiles: paintTiles(painter, area, seconds); break;
+        case AnimationTheme::mosaic: paintMosaic(painter, area, seconds); break;
+        case AnimationTheme::lanes: paintLanes(painter, area, seconds, band); break;
+        case AnimationTheme::horizon: paintHorizon(painter, area, seconds); break;
+        }
+        painter.restore();
     }
-    painter.restore();
 }
 
 QRegion WorkloadAnimation::changed(const QRectF& area, double from, double to) const {
@@ -193,7 +235,18 @@ QRegion WorkloadAnimation::changed(const QRectF& area, double from, double to) c
         return QRegion(QRect(x0 - margin, whole.top(), x1 - x0 + 2 * margin, whole.height()))
             .intersected(whole);
     }
-    case AnimationTheme::lanes:
+    case AnimationTheme::lanes: {
+        // The strips the items move along. One rectangle per strip keeps each row of the
+        // repaint a single span, which the raster engine fills on this thread.
+        QRegion region;
+        for (int lane = 0; lane < kLaneCount; ++lane) {
+            const QRectF box = laneItemBox(area, lane, 0, to);
+            region += QRectF(area.left(), box.top(), area.width(), box.height())
+                          .toAlignedRect()
+                          .adjusted(0, -1, 0, 1);
+        }
+        return region.intersected(whole);
+    }
     case AnimationTheme::horizon: break;
     }
     return whole;
@@ -267,26 +320,16 @@ void WorkloadAnimation::paintMosaic(QPainter& painter, const QRectF& area, doubl
     painter.drawRect(kernel);
 }
 
-void WorkloadAnimation::paintLanes(QPainter& painter, const QRectF& area, double seconds) const {
-    painter.fillRect(area, shade(0.045, 0.052, 0.060));
-    const qreal laneHeight = area.height() / kLaneCount;
-    const QRectF kernel(area.left() + area.width() * 0.42, area.top(), area.width() * 0.16, area.height());
-    painter.fillRect(kernel, withAlpha(accent_, 0.08));
-    painter.setPen(QPen(withAlpha(accent_, 0.45), 1, Qt::DashLine));
-    painter.drawLine(kernel.topLeft(), kernel.bottomLeft());
-    painter.drawLine(kernel.topRight(), kernel.bottomRight());
+void WorkloadAnimation::paintLanes(QPainter& painter, const QRectF& area, double seconds,
+                                   const QRect& band) const {
+    const QPoint origin = area.toAlignedRect().topLeft();
+    painter.drawImage(band, finished_, band.translated(-origin));
+    const QRectF kernel = laneKernel(area);
     painter.setPen(Qt::NoPen);
-    const qreal itemWidth = std::max<qreal>(18, area.width() * 0.05);
     for (int lane = 0; lane < kLaneCount; ++lane) {
-        const qreal top = area.top() + lane * laneHeight;
-        painter.fillRect(QRectF(area.left(), top + laneHeight * 0.5, area.width(), 1),
-                         QColor(255, 255, 255, 18));
-        // Each lane runs at its own pace, like work groups that finish at different times.
-        const double speed = 0.16 + 0.045 * ((lane * 5) % kLaneCount);
         for (int item = 0; item < kItemsPerLane; ++item) {
-            const double u = cyclePosition(seconds * speed + double(item) / kItemsPerLane + lane * 0.13, 1.0);
-            const qreal x = area.left() - itemWidth + u * (area.width() + itemWidth);
-            const QRectF box(x, top + laneHeight * 0.26, itemWidth, laneHeight * 0.48);
+            const QRectF box = laneItemBox(area, lane, item, seconds);
+            if (!box.intersects(band)) continue;
             const bool computing = box.intersects(kernel);
             const bool done = box.left() > kernel.right();
             painter.setBrush(computing ? accent_ : withAlpha(accent_, done ? 0.55 : 0.22));

@@ -25,8 +25,9 @@ class WorkloadAnimation {
 
     AnimationTheme theme() const { return theme_; }
 
-    // Paints the picture at `seconds` into `area` (whole pixels work best).
-    void paint(QPainter& painter, const QRectF& area, double seconds);
+    // Paints the picture at `seconds` into `area` (whole pixels work best), or only the
+    // part of it inside `dirty` when that is given.
+    void paint(QPainter& painter, const QRectF& area, double seconds, const QRegion& dirty = {});
 
     // The part of `area` that differs between the pictures at `from` and at `to`; repainting
     // only that keeps an animation frame cheap.
@@ -36,12 +37,14 @@ class WorkloadAnimation {
     void prepareImages(const QSize& size);
     void paintTiles(QPainter& painter, const QRectF& area, double seconds) const;
     void paintMosaic(QPainter& painter, const QRectF& area, double seconds) const;
-    void paintLanes(QPainter& painter, const QRectF& area, double seconds) const;
+    // Draws the items that reach into `band`, over the empty lanes.
+    void paintLanes(QPainter& painter, const QRectF& area, double seconds, const QRect& band) const;
     void paintHorizon(QPainter& painter, const QRectF& area, double seconds) const;
 
     AnimationTheme theme_;
     QColor accent_;
-    // The finished picture and, for the mosaic, the sensor's view of it, at the area's size.
+    // At the area's size: the finished picture (the empty lanes for the lanes) and, for the
+    // mosaic, the sensor's view of it.
     QImage finished_;
     QImage mosaic_;
 };

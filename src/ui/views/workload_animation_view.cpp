@@ -79,7 +79,7 @@ void WorkloadAnimationView::paintEvent(QPaintEvent* event) {
     const QRect area = animationArea();
     if (dirty.intersects(area)) {
         painter.setRenderHint(QPainter::Antialiasing, false);
-        animation_.paint(painter, area, shownSeconds_);
+        animation_.paint(painter, area, shownSeconds_, dirty);
     }
     const QRect gaps[] = {QRect(0, kHeaderHeight, kMargin, height()),
                           QRect(width() - kMargin, kHeaderHeight, kMargin, height()),
