@@ -4,12 +4,17 @@
 #      against the command line's, alternating, median of the per-round ratios   (target >= 0.98)
 #   2. metalVisual: the scene window's average FPS at 960 x 540 (6 draws per frame) next
 #      to the command line's offscreen FPS at 1600 x 900 (1 draw per frame), per round
-# Usage: bench/windows_vs_cli.sh [rounds, default 3] [build dir, default build/dev]
+# Usage: bench/windows_vs_cli.sh [rounds, default 3] [build dir, default build/dev] [benchmarks...]
+#   benchmarks: any of cineTile rawCPUDecode metalVisual (default all three). Memory-bound
+#   rawCPUDecode varies by several percent from run to run here, so it wants many rounds.
 set -euo pipefail
 
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 ROUNDS="${1:-3}"
 BUILD="${2:-$ROOT/build/dev}"
+WANTED=("${@:3}")
+((${#WANTED[@]})) || WANTED=(cineTile rawCPUDecode metalVisual)
+wanted() { [[ " ${WANTED[*]} " == *" $1 "* ]]; }
 cmake --build "$BUILD" -j 2 --target quarbel quarbel-gui >/dev/null
 CLI="$BUILD/src/cli/quarbel"
 GUI="$BUILD/src/app/quarbel-gui"
@@ -41,6 +46,7 @@ both() {
 }
 
 for id in cineTile rawCPUDecode; do
+  wanted "$id" || continue
   ratios=()
   for ((round = 0; round < ROUNDS; ++round)); do
     both "$id" "$round"
@@ -49,6 +55,7 @@ for id in cineTile rawCPUDecode; do
   echo "$id window / command line: median $(printf '%s\n' "${ratios[@]}" | median) (${ratios[*]})"
 done
 
+wanted metalVisual || exit 0
 for ((round = 0; round < ROUNDS; ++round)); do
   both metalVisual "$round"
   echo "metalVisual round $((round + 1)): scene window $(field "$PRIVATE/gui.json" 'r["primary"]["value"]') FPS" \

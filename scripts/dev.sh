@@ -15,7 +15,7 @@ shift || true
 PACKAGES=(
   cmake ninja-build g++ pkg-config
   libgtest-dev libgmock-dev libbenchmark-dev
-  qt6-base-dev qt6-svg-dev fonts-inter
+  qt6-base-dev qt6-svg-dev fonts-inter libxcb1-dev
   libtbb-dev libsleef-dev libssl-dev
   libcli11-dev nlohmann-json3-dev
   libvulkan-dev libshaderc-dev glslang-tools mesa-vulkan-drivers

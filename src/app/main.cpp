@@ -4,6 +4,7 @@
 #include "app/app_font.h"
 #include "app/commands.h"
 #include "app/desktop_window_presenter.h"
+#include "app/display_check.h"
 #include "app/first_paint_probe.h"
 #include "app/help_window.h"
 #include "app/history_window.h"
@@ -39,6 +40,19 @@ int main(int argc, char** argv) {
     QApplication::setApplicationName(QStringLiteral("Quarbel"));
     QApplication::setApplicationVersion(QStringLiteral(QUARBEL_VERSION));
     QGuiApplication::setDesktopFileName(QStringLiteral("io.github.quarbel.Quarbel"));
+    // Without a display Qt would abort; --help and --version still answer.
+    if (const auto problem = app::missingDisplayProblem(argc, argv)) {
+        const auto early = app::parseLaunchArguments(std::vector<std::string>(argv, argv + argc));
+        if (const auto* exit = std::get_if<app::LaunchExit>(&early); exit && exit->exitCode == 0) {
+            std::fputs(exit->text.c_str(), stdout);
+            return 0;
+        }
+        std::fprintf(stderr,
+                     "quarbel-gui: cannot open a window: %s.\n"
+                     "Start it from a desktop session, or use 'quarbel run' to benchmark without a window.\n",
+                     problem->c_str());
+        return 1;
+    }
     // Qt takes its own options (-platform, -style, ...) out of argv here; ours remain.
     QApplication application(argc, argv);
 

@@ -1,9 +1,12 @@
 // The desktop program's command line.
+#include "app/display_check.h"
 #include "app/launch_arguments.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
+#include <optional>
 
 using namespace quarbel;
 using namespace quarbel::app;
@@ -82,4 +85,47 @@ TEST(LaunchArguments, HelpAndVersionExitWith0) {
     const auto version = parseLaunchArguments({"quarbel-gui", "--version"});
     ASSERT_TRUE(std::holds_alternative<LaunchExit>(version));
     EXPECT_EQ(std::get<LaunchExit>(version).text, std::string("quarbel-gui ") + QUARBEL_VERSION + "\n");
+}
+
+TEST(LaunchArguments, AMissingDisplayIsNamedBeforeQtWouldAbort) {
+    struct Case {
+        const char* name;
+        std::vector<const char*> args;
+        const char* platform; // QT_QPA_PLATFORM; nullptr: unset
+        const char* wayland;  // WAYLAND_DISPLAY
+        const char* display;  // DISPLAY
+        std::optional<std::string> problem;
+    };
+    // No X server listens on display 987 here: nothing creates it.
+    const Case cases[] = {
+        {"no display at all", {}, nullptr, nullptr, nullptr, "no display is set (DISPLAY is empty)"},
+        {"an unreachable X display", {}, nullptr, nullptr, ":987", "the display \":987\" cannot be reached"},
+        {"a platform asked for by name", {"-platform", "offscreen"}, nullptr, nullptr, ":987", std::nullopt},
+        {"a platform set in the environment", {}, "offscreen", nullptr, nullptr, std::nullopt},
+        {"a Wayland session is Qt's to judge", {}, nullptr, "wayland-0", nullptr, std::nullopt},
+    };
+    const auto saved = [](const char* name) -> std::optional<std::string> {
+        const char* value = std::getenv(name);
+        return value ? std::optional<std::string>(value) : std::nullopt;
+    };
+    const std::pair<const char*, std::optional<std::string>> environment[] = {
+        {"QT_QPA_PLATFORM", saved("QT_QPA_PLATFORM")},
+        {"WAYLAND_DISPLAY", saved("WAYLAND_DISPLAY")},
+        {"DISPLAY", saved("DISPLAY")}};
+    const auto set = [](const char* name, const char* value) {
+        if (value)
+            ::setenv(name, value, 1);
+        else
+            ::unsetenv(name);
+    };
+    for (const Case& c : cases) {
+        set("QT_QPA_PLATFORM", c.platform);
+        set("WAYLAND_DISPLAY", c.wayland);
+        set("DISPLAY", c.display);
+        std::vector<const char*> argv{"quarbel-gui"};
+        argv.insert(argv.end(), c.args.begin(), c.args.end());
+        EXPECT_EQ(missingDisplayProblem(static_cast<int>(argv.size()), argv.data()), c.problem) << c.name;
+    }
+    for (const auto& [name, value] : environment)
+        set(name, value ? value->c_str() : nullptr);
 }
