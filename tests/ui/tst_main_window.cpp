@@ -13,6 +13,8 @@
 
 #include <QAbstractButton>
 #include <QPushButton>
+#include <QScreen>
+#include <QSignalSpy>
 #include <QStackedWidget>
 #include <QTest>
 
@@ -103,6 +105,35 @@ TEST(MainWindow, TheLiveStatusLineAdvancesEveryTwoSeconds) {
     EXPECT_EQ(w.window.stage()->statusLine().toStdString(), runningStageLines(BenchmarkID::memoryStream)[1]);
     w.workloads.release();
     ASSERT_TRUE(w.waitIdle());
+}
+
+// The stage repaints only what moved on each tick; what is on the screen after a few ticks
+// must still be what a whole repaint draws, for the inline stage and for a poster.
+TEST(MainWindow, TheStageOnScreenMatchesAWholeRepaintAfterPartialOnes) {
+    for (const BenchmarkID id :
+         {BenchmarkID::cpuInteger, BenchmarkID::rawCPUDecode, BenchmarkID::metalCompute}) {
+        SCOPED_TRACE(title(id));
+        Window w;
+        w.workloads.set(id, FakeBehaviour::gated);
+        w.store.run({id}, false);
+        ASSERT_TRUE(QTest::qWaitFor([&] { return w.store.runningID().has_value(); }, 5000));
+        QSignalSpy ticks(&w.store, &BenchmarkStore::currentRunTickChanged);
+        for (int tick = 0; tick < 5; ++tick)
+            ASSERT_TRUE(ticks.wait(2000));
+        QCoreApplication::processEvents(); // the last tick's repaint reaches the screen
+
+        StageView* stage = w.window.stage();
+        const QImage onScreen = QGuiApplication::primaryScreen()
+                                    ->grabWindow(w.window.winId())
+                                    .toImage()
+                                    .copy(QRect(stage->mapTo(&w.window, QPoint(0, 0)), stage->size()))
+                                    .convertToFormat(QImage::Format_RGB32);
+        const QImage whole = stage->grab().toImage().convertToFormat(QImage::Format_RGB32);
+        ASSERT_EQ(onScreen.size(), whole.size());
+        EXPECT_TRUE(onScreen == whole) << "a part that changed was left out of the tick's repaint";
+        w.workloads.release();
+        ASSERT_TRUE(w.waitIdle());
+    }
 }
 
 TEST(LiveText, RatesInTheWorkloadsOwnUnitAndFrameStatistics) {
