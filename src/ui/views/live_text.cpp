@@ -3,6 +3,8 @@
 #include "model/number_format.h"
 #include "ui/views/theme.h"
 
+#include <QPainter>
+
 namespace quarbel::ui {
 
 QString elapsedText(double elapsedSeconds, double targetSeconds) {
@@ -25,6 +27,21 @@ QString liveMetricText(const LiveProgress& progress, const OptionalVisualLiveSta
         return theme::qstring(format(rate / 1048576.0, 1)) + QStringLiteral(" MB/s");
     return theme::qstring(format(rate, rate < 100 ? 2 : 1)) + QLatin1Char(' ') +
            theme::qstring(progress.unit) + QStringLiteral("/s");
+}
+
+void drawProgressRow(QPainter& painter, const QRectF& row, const BenchmarkStore& store, const QColor& accent,
+                     const ProgressRowStyle& style) {
+    theme::drawProgressBar(painter, QRectF(row.left(), row.top(), row.width(), style.barHeight),
+                           store.currentRunProgress(), accent);
+    const QRectF texts(row.left(), row.top() + style.textTop, row.width(), style.textHeight);
+    painter.setFont(theme::font(style.elapsedPixels));
+    painter.setPen(theme::secondary());
+    painter.drawText(texts, Qt::AlignLeft | Qt::AlignVCenter,
+                     elapsedText(store.currentRunElapsed(), store.currentRunTargetSeconds()));
+    painter.setFont(theme::font(style.metricPixels, QFont::Bold));
+    painter.setPen(theme::text());
+    painter.drawText(texts, Qt::AlignRight | Qt::AlignVCenter,
+                     liveMetricText(store.liveProgress(), store.visualLiveStats()));
 }
 
 } // namespace quarbel::ui

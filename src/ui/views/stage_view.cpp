@@ -211,21 +211,8 @@ void StageView::paintInlineStage(QPainter& painter, BenchmarkID id, const Layout
                          statusLine());
     }
 
-    const QRectF& row = parts.progress;
-    if (dirty.intersects(row.toAlignedRect())) {
-        theme::drawProgressBar(painter, QRectF(row.left(), row.top(), row.width(), 10),
-                               store_.currentRunProgress(), accent);
-        painter.setFont(theme::font(13));
-        painter.setPen(theme::secondary());
-        painter.drawText(QRectF(row.left(), row.top() + 16, row.width(), 20),
-                         Qt::AlignLeft | Qt::AlignVCenter,
-                         elapsedText(store_.currentRunElapsed(), store_.currentRunTargetSeconds()));
-        painter.setFont(theme::font(20, QFont::Bold));
-        painter.setPen(theme::text());
-        painter.drawText(QRectF(row.left(), row.top() + 12, row.width(), 28),
-                         Qt::AlignRight | Qt::AlignVCenter,
-                         liveMetricText(store_.liveProgress(), store_.visualLiveStats()));
-    }
+    if (dirty.intersects(parts.progress.toAlignedRect()))
+        drawProgressRow(painter, parts.progress, store_, accent, {10, 12, 28, 13, 20});
     if (dirty.intersects(parts.trace.toAlignedRect())) paintRateTrace(painter, parts.trace, accent);
 }
 
@@ -266,21 +253,8 @@ void StageView::paintPoster(QPainter& painter, BenchmarkID id, const Layout& par
         painter.drawText(parts.explanation, kTextFlags, theme::qstring(runningExplanation(id)));
     }
 
-    const QRectF& row = parts.progress;
-    if (!dirty.intersects(row.toAlignedRect())) return;
-    theme::drawProgressBar(painter, QRectF(row.left(), row.top(), row.width(), 8),
-                           store_.currentRunProgress(), accent);
-    painter.setFont(theme::font(13));
-    painter.setPen(theme::secondary());
-    painter.drawText(QRectF(row.left(), row.top() + 12, row.width(), 22), Qt::AlignLeft | Qt::AlignVCenter,
-                     elapsedText(store_.currentRunElapsed(), store_.currentRunTargetSeconds()));
-    const QString metric = liveMetricText(store_.liveProgress(), store_.visualLiveStats());
-    if (!metric.isEmpty()) {
-        painter.setFont(theme::font(16, QFont::Bold));
-        painter.setPen(theme::text());
-        painter.drawText(QRectF(row.left(), row.top() + 12, row.width(), 22),
-                         Qt::AlignRight | Qt::AlignVCenter, metric);
-    }
+    if (dirty.intersects(parts.progress.toAlignedRect()))
+        drawProgressRow(painter, parts.progress, store_, accent, {8, 12, 22, 13, 16});
 }
 
 } // namespace quarbel::ui

@@ -90,18 +90,8 @@ void WorkloadAnimationView::paintEvent(QPaintEvent* event) {
     if (dirty.intersects(QRect(0, status.top(), width(), height() - status.top()))) {
         painter.fillRect(QRect(0, status.top(), width(), height() - status.top()), theme::background());
         painter.setRenderHint(QPainter::Antialiasing);
-        theme::drawProgressBar(painter, QRectF(status.left(), status.top() + 8, status.width(), 8),
-                               store_.currentRunProgress(), accent);
-        painter.setFont(theme::font(14));
-        painter.setPen(theme::secondary());
-        painter.drawText(QRect(status.left(), status.top() + 22, status.width(), 26),
-                         Qt::AlignLeft | Qt::AlignVCenter,
-                         elapsedText(store_.currentRunElapsed(), store_.currentRunTargetSeconds()));
-        painter.setFont(theme::font(18, QFont::Bold));
-        painter.setPen(theme::text());
-        painter.drawText(QRect(status.left(), status.top() + 22, status.width(), 26),
-                         Qt::AlignRight | Qt::AlignVCenter,
-                         liveMetricText(store_.liveProgress(), store_.visualLiveStats()));
+        drawProgressRow(painter, QRectF(status.left(), status.top() + 8, status.width(), status.height() - 8),
+                        store_, accent, {8, 14, 26, 14, 18});
     }
 }
 
