@@ -89,7 +89,8 @@ RunComparison compareRuns(const SavedRun& before, const SavedRun& after) {
                        first.status == "ok" ? first.score : 0.0,
                        second->status == "ok" ? second->score : 0.0,
                        first.spreadPercent,
-                       second->spreadPercent};
+                       second->spreadPercent,
+                       before.quick || after.quick ? RunLength::quick : RunLength::full};
         comparison.rows.push_back({first.title, pair.before, pair.after, compareScores(pair)});
     }
     return comparison;

@@ -7,15 +7,32 @@
 namespace quarbel {
 namespace {
 
-// Three times the largest coefficient of variation over ten quick runs of the category's
-// benchmarks on a quiet two-core machine (bench/run_to_run_noise.sh; the README lists the
-// figures). Quick runs vary more than full ones, so these err on the side of "within noise".
-constexpr double kCpuNoiseBand = 6.6;      // CPU Workflow, CV 2.19 %
-constexpr double kRenderNoiseBand = 15.4;  // CPU Tile Render, CV 5.12 %
-constexpr double kGpuNoiseBand = 9.9;      // GPU Visual Tour, CV 3.30 %
-constexpr double kStorageNoiseBand = 93.1; // SSD Real Speed, CV 31.04 %
-constexpr double kRawNoiseBand = 28.2;     // RAW CPU Decode, CV 9.39 %
-constexpr double kSystemNoiseBand = 43.7;  // Memory Stream, CV 14.58 %
+// Three times the largest coefficient of variation of the category's benchmarks on a quiet
+// two-core machine (bench/run_to_run_noise.sh; the README lists the figures): over ten
+// quick runs, and over five full runs. Full runs are not quieter everywhere: the CPU and
+// GPU benchmarks varied more over the twenty minutes of full runs than over the quick ones.
+struct NoiseBands {
+    double quick;
+    double full;
+};
+constexpr NoiseBands kCpuNoiseBands{6.6, 8.9};
+constexpr NoiseBands kRenderNoiseBands{15.4, 7.3};
+constexpr NoiseBands kGpuNoiseBands{9.9, 18.1};
+constexpr NoiseBands kStorageNoiseBands{93.1, 31.7};
+constexpr NoiseBands kRawNoiseBands{28.2, 28.8};
+constexpr NoiseBands kSystemNoiseBands{43.7, 18.9};
+
+NoiseBands noiseBands(BenchmarkCategory category) {
+    switch (category) {
+    case BenchmarkCategory::cpu: return kCpuNoiseBands;
+    case BenchmarkCategory::render: return kRenderNoiseBands;
+    case BenchmarkCategory::gpu: return kGpuNoiseBands;
+    case BenchmarkCategory::storage: return kStorageNoiseBands;
+    case BenchmarkCategory::raw: return kRawNoiseBands;
+    case BenchmarkCategory::system: return kSystemNoiseBands;
+    }
+    return kStorageNoiseBands;
+}
 
 } // namespace
 
@@ -28,28 +45,21 @@ std::string_view verdictText(Verdict verdict) {
     return "within noise";
 }
 
-double defaultNoiseBandPercent(BenchmarkCategory category) {
-    switch (category) {
-    case BenchmarkCategory::cpu: return kCpuNoiseBand;
-    case BenchmarkCategory::render: return kRenderNoiseBand;
-    case BenchmarkCategory::gpu: return kGpuNoiseBand;
-    case BenchmarkCategory::storage: return kStorageNoiseBand;
-    case BenchmarkCategory::raw: return kRawNoiseBand;
-    case BenchmarkCategory::system: return kSystemNoiseBand;
-    }
-    return kStorageNoiseBand;
+double defaultNoiseBandPercent(BenchmarkCategory category, RunLength length) {
+    const NoiseBands bands = noiseBands(category);
+    return length == RunLength::full ? bands.full : bands.quick;
 }
 
 ComparedScore compareScores(const ScorePair& pair) {
     ComparedScore result;
     if (pair.category) {
-        result.bandPercent = defaultNoiseBandPercent(*pair.category);
+        result.bandPercent = defaultNoiseBandPercent(*pair.category, pair.length);
     } else {
         constexpr std::array all{BenchmarkCategory::cpu, BenchmarkCategory::render,
                                  BenchmarkCategory::gpu, BenchmarkCategory::storage,
                                  BenchmarkCategory::raw, BenchmarkCategory::system};
         for (const auto category : all)
-            result.bandPercent = std::max(result.bandPercent, defaultNoiseBandPercent(category));
+            result.bandPercent = std::max(result.bandPercent, defaultNoiseBandPercent(category, pair.length));
     }
     const double spread = std::max(pair.spreadBefore.value_or(0), pair.spreadAfter.value_or(0));
     if (spread > result.bandPercent) {

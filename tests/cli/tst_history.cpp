@@ -119,6 +119,11 @@ TEST(RunHistory, ComparesByTitleAndWarnsWhenRunsAreNotLikeForLike) {
     const auto document = nlohmann::json::parse(comparisonJson(a, b, comparison));
     EXPECT_EQ(document["results"][1]["noiseBandFrom"], "accuracy spread");
     EXPECT_TRUE(compareRuns(a, a).warnings.empty());
+    EXPECT_DOUBLE_EQ(comparison.rows[0].compared.bandPercent,
+                     defaultNoiseBandPercent(BenchmarkCategory::cpu, RunLength::quick))
+        << "B is quick";
+    EXPECT_DOUBLE_EQ(compareRuns(a, a).rows[0].compared.bandPercent,
+                     defaultNoiseBandPercent(BenchmarkCategory::cpu, RunLength::full));
 }
 
 TEST(RunHistory, TheCommandLineKeepsRunsUnlessToldNotTo) {

@@ -11,10 +11,22 @@ ScorePair cpuScores(double before, double after, std::optional<double> spreadBef
     return {"CPU Single-Core", BenchmarkCategory::cpu, before, after, spreadBefore, spreadAfter};
 }
 
+ScorePair fullRuns(ScorePair pair) {
+    pair.length = RunLength::full;
+    return pair;
+}
+
 } // namespace
 
 TEST(Comparison, VerdictsAtTheEdgesOfTheNoiseBand) {
-    const double cpuBand = defaultNoiseBandPercent(BenchmarkCategory::cpu);
+    const double cpuBand = defaultNoiseBandPercent(BenchmarkCategory::cpu, RunLength::quick);
+    // Storage varies far less over full budgets than over quick ones.
+    const double quickStorage = defaultNoiseBandPercent(BenchmarkCategory::storage, RunLength::quick);
+    const double fullStorage = defaultNoiseBandPercent(BenchmarkCategory::storage, RunLength::full);
+    ASSERT_LT(fullStorage, quickStorage);
+    const double between = 1000 * (1 + (fullStorage + quickStorage) / 200);
+    const ScorePair storage{"SSD Random", BenchmarkCategory::storage, 1000, between, std::nullopt,
+                            std::nullopt};
     struct Case {
         const char* name;
         ScorePair pair;
@@ -35,6 +47,8 @@ TEST(Comparison, VerdictsAtTheEdgesOfTheNoiseBand) {
         {"did not complete before", cpuScores(0, 1000), Verdict::faster, cpuBand},
         {"did not complete after", cpuScores(1000, 0), Verdict::slower, cpuBand},
         {"neither completed", cpuScores(0, 0), Verdict::withinNoise, cpuBand},
+        {"two full runs use the full-run band", fullRuns(storage), Verdict::faster, fullStorage},
+        {"a quick run in the pair takes the quick-run band", storage, Verdict::withinNoise, quickStorage},
     };
     for (const auto& c : cases) {
         const ComparedScore compared = compareScores(c.pair);
@@ -49,7 +63,7 @@ TEST(Comparison, AnUnknownTitleGetsTheWidestDefaultBand) {
     for (const auto category :
          {BenchmarkCategory::cpu, BenchmarkCategory::render, BenchmarkCategory::gpu,
           BenchmarkCategory::storage, BenchmarkCategory::raw, BenchmarkCategory::system})
-        widest = std::max(widest, defaultNoiseBandPercent(category));
+        widest = std::max(widest, defaultNoiseBandPercent(category, RunLength::quick));
     EXPECT_DOUBLE_EQ(
         compareScores({"Something New", std::nullopt, 100, 101, std::nullopt, std::nullopt}).bandPercent,
         widest);
