@@ -8,6 +8,7 @@
 set -euo pipefail
 
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+source "$ROOT/bench/common.sh"
 ROUNDS="${1:-20}"
 BUILD="${2:-$ROOT/build/dev}"
 cmake --build "$BUILD" -j2 --target quarbel >/dev/null
@@ -23,7 +24,6 @@ report["results"], report["summary"] = [], None
 json.dump(report, open(sys.argv[2], "w"))
 PY
 
-median() { sort -g | awk '{ v[NR] = $1 } END { print (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
 milliseconds() {
   local start end
   start=$(date +%s%N)

@@ -9,6 +9,7 @@
 set -euo pipefail
 
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+source "$ROOT/bench/common.sh"
 ROUNDS="${1:-3}"
 SCALE=0.1
 QUICK=(--quick)
@@ -38,7 +39,6 @@ in_process() {
   python3 -c 'import json, sys; print(json.load(open(sys.argv[1]))["results"][0]["score"])' "$REPORT"
 }
 bare() { "$RUNNER" "$1" "$SCALE" | sed -n 's/.*score=\([0-9.]*\).*/\1/p'; }
-median() { sort -g | awk '{ v[NR] = $1 } END { print (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
 
 echo "$(nproc) CPUs; budget scale $SCALE; $ROUNDS alternating rounds; load average $(cut -d' ' -f1-3 /proc/loadavg)"
 printf '%-14s %14s %14s %8s   %s\n' benchmark "in quarbel" bare ratio "ratio per round"

@@ -10,6 +10,7 @@
 set -euo pipefail
 
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+source "$ROOT/bench/common.sh"
 ROUNDS="${1:-3}"
 BUILD="${2:-$ROOT/build/dev}"
 WANTED=("${@:3}")
@@ -19,16 +20,8 @@ cmake --build "$BUILD" -j 2 --target quarbel quarbel-gui >/dev/null
 CLI="$BUILD/src/cli/quarbel"
 GUI="$BUILD/src/app/quarbel-gui"
 
-PRIVATE="$(mktemp -d)"
-export XDG_CONFIG_HOME="$PRIVATE/config" XDG_RUNTIME_DIR="$PRIVATE/runtime" XDG_DATA_HOME="$PRIVATE/data"
-mkdir -p "$XDG_RUNTIME_DIR" && chmod 700 "$XDG_RUNTIME_DIR"
-export DISPLAY=":$((240 + RANDOM % 50))"
-Xvfb "$DISPLAY" -screen 0 1280x880x24 -nolisten tcp >/dev/null 2>&1 &
-XVFB=$!
-trap 'kill $XVFB 2>/dev/null; rm -rf "$PRIVATE"' EXIT
-sleep 1
-
-median() { sort -g | awk '{ v[NR] = $1 } END { print (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
+use_private_folders
+start_display 240
 field() { python3 -c 'import json, sys; r = json.load(open(sys.argv[1]))["results"][0]; print(eval(sys.argv[2]))' "$1" "$2"; }
 
 echo "$(nproc) CPUs; $ROUNDS rounds; load average $(cut -d' ' -f1-3 /proc/loadavg)"

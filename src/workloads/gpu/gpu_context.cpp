@@ -26,22 +26,27 @@ std::vector<const char*> offered(const std::vector<VkExtensionProperties>& avail
     return names;
 }
 
-std::vector<VkExtensionProperties> instanceExtensions() {
+// What a Vulkan "count, then fill" call lists: `list(&count, nullptr)`, then
+// `list(&count, data)`; empty when either call fails (VK_INCOMPLETE keeps what it gave).
+template <typename T, typename List> std::vector<T> listed(List list) {
     std::uint32_t count = 0;
-    if (vkEnumerateInstanceExtensionProperties(nullptr, &count, nullptr) != VK_SUCCESS) return {};
-    std::vector<VkExtensionProperties> all(count);
-    if (vkEnumerateInstanceExtensionProperties(nullptr, &count, all.data()) < 0) return {};
+    if (list(&count, nullptr) != VK_SUCCESS) return {};
+    std::vector<T> all(count);
+    if (list(&count, all.data()) < 0) return {};
     all.resize(count);
     return all;
 }
 
+std::vector<VkExtensionProperties> instanceExtensions() {
+    return listed<VkExtensionProperties>([](std::uint32_t* count, VkExtensionProperties* data) {
+        return vkEnumerateInstanceExtensionProperties(nullptr, count, data);
+    });
+}
+
 std::vector<VkExtensionProperties> deviceExtensions(VkPhysicalDevice device) {
-    std::uint32_t count = 0;
-    if (vkEnumerateDeviceExtensionProperties(device, nullptr, &count, nullptr) != VK_SUCCESS) return {};
-    std::vector<VkExtensionProperties> all(count);
-    if (vkEnumerateDeviceExtensionProperties(device, nullptr, &count, all.data()) < 0) return {};
-    all.resize(count);
-    return all;
+    return listed<VkExtensionProperties>([device](std::uint32_t* count, VkExtensionProperties* data) {
+        return vkEnumerateDeviceExtensionProperties(device, nullptr, count, data);
+    });
 }
 
 // The surface extensions a window needs: the generic one plus whichever window systems the
@@ -97,11 +102,9 @@ struct UsableDevices {
 
 UsableDevices usableDevices(VkInstance instance) {
     UsableDevices usable;
-    std::uint32_t count = 0;
-    if (vkEnumeratePhysicalDevices(instance, &count, nullptr) != VK_SUCCESS || count == 0) return usable;
-    std::vector<VkPhysicalDevice> all(count);
-    if (vkEnumeratePhysicalDevices(instance, &count, all.data()) < 0) return usable;
-    all.resize(count);
+    const auto all = listed<VkPhysicalDevice>([instance](std::uint32_t* count, VkPhysicalDevice* data) {
+        return vkEnumeratePhysicalDevices(instance, count, data);
+    });
     for (VkPhysicalDevice device : all) {
         VkPhysicalDeviceProperties properties{};
         vkGetPhysicalDeviceProperties(device, &properties);

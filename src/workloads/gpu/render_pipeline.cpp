@@ -52,6 +52,47 @@ ColorPass::~ColorPass() {
     if (renderPass_ != VK_NULL_HANDLE) vkDestroyRenderPass(device_, renderPass_, nullptr);
 }
 
+VkResult ColorPass::createView(VkImage image, VkImageView& view) const {
+    VkImageViewCreateInfo viewInfo{};
+    viewInfo.sType = VK_STRUCTURE_TYPE_IMAGE_VIEW_CREATE_INFO;
+    viewInfo.image = image;
+    viewInfo.viewType = VK_IMAGE_VIEW_TYPE_2D;
+    viewInfo.format = format_;
+    viewInfo.subresourceRange = {VK_IMAGE_ASPECT_COLOR_BIT, 0, 1, 0, 1};
+    return vkCreateImageView(device_, &viewInfo, nullptr, &view);
+}
+
+VkResult ColorPass::createFramebuffer(VkImageView view, VkExtent2D extent, VkFramebuffer& framebuffer) const {
+    VkFramebufferCreateInfo framebufferInfo{};
+    framebufferInfo.sType = VK_STRUCTURE_TYPE_FRAMEBUFFER_CREATE_INFO;
+    framebufferInfo.renderPass = renderPass_;
+    framebufferInfo.attachmentCount = 1;
+    framebufferInfo.pAttachments = &view;
+    framebufferInfo.width = extent.width;
+    framebufferInfo.height = extent.height;
+    framebufferInfo.layers = 1;
+    return vkCreateFramebuffer(device_, &framebufferInfo, nullptr, &framebuffer);
+}
+
+void ColorPass::recordBegin(VkCommandBuffer commands, VkFramebuffer framebuffer, VkExtent2D extent,
+                            const VkClearColorValue& clear) const {
+    VkClearValue clearValue{};
+    clearValue.color = clear;
+    VkRenderPassBeginInfo begin{};
+    begin.sType = VK_STRUCTURE_TYPE_RENDER_PASS_BEGIN_INFO;
+    begin.renderPass = renderPass_;
+    begin.framebuffer = framebuffer;
+    begin.renderArea = {{0, 0}, extent};
+    begin.clearValueCount = 1;
+    begin.pClearValues = &clearValue;
+    vkCmdBeginRenderPass(commands, &begin, VK_SUBPASS_CONTENTS_INLINE);
+    const VkViewport viewport{0.0f, 0.0f, static_cast<float>(extent.width), static_cast<float>(extent.height),
+                              0.0f, 1.0f};
+    vkCmdSetViewport(commands, 0, 1, &viewport);
+    const VkRect2D scissor{{0, 0}, extent};
+    vkCmdSetScissor(commands, 0, 1, &scissor);
+}
+
 std::unique_ptr<OffscreenTarget> OffscreenTarget::create(const Context& context, const ColorPass& pass,
                                                          std::uint32_t width, std::uint32_t height,
                                                          std::array<float, 4> clearColor) {
@@ -61,8 +102,9 @@ std::unique_ptr<OffscreenTarget> OffscreenTarget::create(const Context& context,
     target->device_ = device;
     target->width_ = width;
     target->height_ = height;
-    target->clearColor_ = clearColor;
-    target->renderPass_ = pass.handle();
+    for (std::size_t i = 0; i < clearColor.size(); ++i)
+        target->clearColor_.float32[i] = clearColor[i];
+    target->pass_ = &pass;
 
     VkImageCreateInfo imageInfo{};
     imageInfo.sType = VK_STRUCTURE_TYPE_IMAGE_CREATE_INFO;
@@ -92,23 +134,8 @@ std::unique_ptr<OffscreenTarget> OffscreenTarget::create(const Context& context,
     if (vkAllocateMemory(device, &allocate, nullptr, &target->memory_) != VK_SUCCESS) return nullptr;
     if (vkBindImageMemory(device, target->image_, target->memory_, 0) != VK_SUCCESS) return nullptr;
 
-    VkImageViewCreateInfo viewInfo{};
-    viewInfo.sType = VK_STRUCTURE_TYPE_IMAGE_VIEW_CREATE_INFO;
-    viewInfo.image = target->image_;
-    viewInfo.viewType = VK_IMAGE_VIEW_TYPE_2D;
-    viewInfo.format = format;
-    viewInfo.subresourceRange = {VK_IMAGE_ASPECT_COLOR_BIT, 0, 1, 0, 1};
-    if (vkCreateImageView(device, &viewInfo, nullptr, &target->view_) != VK_SUCCESS) return nullptr;
-
-    VkFramebufferCreateInfo framebufferInfo{};
-    framebufferInfo.sType = VK_STRUCTURE_TYPE_FRAMEBUFFER_CREATE_INFO;
-    framebufferInfo.renderPass = target->renderPass_;
-    framebufferInfo.attachmentCount = 1;
-    framebufferInfo.pAttachments = &target->view_;
-    framebufferInfo.width = width;
-    framebufferInfo.height = height;
-    framebufferInfo.layers = 1;
-    if (vkCreateFramebuffer(device, &framebufferInfo, nullptr, &target->framebuffer_) != VK_SUCCESS)
+    if (pass.createView(target->image_, target->view_) != VK_SUCCESS) return nullptr;
+    if (pass.createFramebuffer(target->view_, {width, height}, target->framebuffer_) != VK_SUCCESS)
         return nullptr;
     return target;
 }
@@ -121,22 +148,7 @@ OffscreenTarget::~OffscreenTarget() {
 }
 
 void OffscreenTarget::recordBegin(VkCommandBuffer commands) const {
-    VkClearValue clear{};
-    for (std::size_t i = 0; i < 4; ++i)
-        clear.color.float32[i] = clearColor_[i];
-    VkRenderPassBeginInfo begin{};
-    begin.sType = VK_STRUCTURE_TYPE_RENDER_PASS_BEGIN_INFO;
-    begin.renderPass = renderPass_;
-    begin.framebuffer = framebuffer_;
-    begin.renderArea = {{0, 0}, {width_, height_}};
-    begin.clearValueCount = 1;
-    begin.pClearValues = &clear;
-    vkCmdBeginRenderPass(commands, &begin, VK_SUBPASS_CONTENTS_INLINE);
-    const VkViewport viewport{0.0f, 0.0f, static_cast<float>(width_), static_cast<float>(height_),
-                              0.0f, 1.0f};
-    vkCmdSetViewport(commands, 0, 1, &viewport);
-    const VkRect2D scissor{{0, 0}, {width_, height_}};
-    vkCmdSetScissor(commands, 0, 1, &scissor);
+    pass_->recordBegin(commands, framebuffer_, {width_, height_}, clearColor_);
 }
 
 void OffscreenTarget::recordEnd(VkCommandBuffer commands) const { vkCmdEndRenderPass(commands); }

@@ -27,6 +27,16 @@ class ColorPass {
     VkRenderPass handle() const noexcept { return renderPass_; }
     VkFormat format() const noexcept { return format_; }
 
+    // A 2D view of the whole of `image` (one level, one layer, in this pass's format), and a
+    // framebuffer of such a view at `extent`. The caller destroys what it gets.
+    VkResult createView(VkImage image, VkImageView& view) const;
+    VkResult createFramebuffer(VkImageView view, VkExtent2D extent, VkFramebuffer& framebuffer) const;
+
+    // Begins the pass over the whole of `framebuffer`, clearing it to `clear`, and sets the
+    // viewport and scissor to it.
+    void recordBegin(VkCommandBuffer commands, VkFramebuffer framebuffer, VkExtent2D extent,
+                     const VkClearColorValue& clear) const;
+
   private:
     ColorPass() = default;
 
@@ -62,11 +72,11 @@ class OffscreenTarget {
     VkImage image_ = VK_NULL_HANDLE;
     VkDeviceMemory memory_ = VK_NULL_HANDLE;
     VkImageView view_ = VK_NULL_HANDLE;
-    VkRenderPass renderPass_ = VK_NULL_HANDLE; // not owned
+    const ColorPass* pass_ = nullptr; // not owned
     VkFramebuffer framebuffer_ = VK_NULL_HANDLE;
     std::uint32_t width_ = 0;
     std::uint32_t height_ = 0;
-    std::array<float, 4> clearColor_{};
+    VkClearColorValue clearColor_{};
 };
 
 // Draws with no vertex buffers (the vertex stage makes the corners from the vertex index), no

@@ -59,13 +59,12 @@ void MetalBenchmarkSceneCoordinator::draw(SceneFrameTarget& target) {
     }
     const int passes = passesFor(request_.workload);
     const auto sceneTime = static_cast<float>(now - *startTime_);
+    const SceneFrameTarget::Size frameSize = target.drawableSize();
+    const float aspect =
+        static_cast<float>(frameSize.width) / std::max(1.0f, static_cast<float>(frameSize.height));
     for (int pass = 0; pass < passes; ++pass) {
-        const SceneFrameTarget::Size size = target.drawableSize();
-        const SceneUniforms uniforms{static_cast<float>(pass) * kPassTimeOffset + sceneTime,
-                                     static_cast<float>(size.width) /
-                                         std::max(1.0f, static_cast<float>(size.height)),
-                                     static_cast<float>(request_.workload), static_cast<float>(pass)};
-        target.drawPass(uniforms);
+        target.drawPass({static_cast<float>(pass) * kPassTimeOffset + sceneTime, aspect,
+                         static_cast<float>(request_.workload), static_cast<float>(pass)});
     }
     if (!target.finishFrame()) return;
     const std::int64_t n = ++frames_;

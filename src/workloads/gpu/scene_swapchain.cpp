@@ -177,26 +177,12 @@ bool SceneSwapchain::recreate() {
     std::vector<VkImage> images(count);
     vkGetSwapchainImagesKHR(device_, swapchain_, &count, images.data());
     for (VkImage image : images) {
-        VkImageViewCreateInfo viewInfo{};
-        viewInfo.sType = VK_STRUCTURE_TYPE_IMAGE_VIEW_CREATE_INFO;
-        viewInfo.image = image;
-        viewInfo.viewType = VK_IMAGE_VIEW_TYPE_2D;
-        viewInfo.format = kFormat;
-        viewInfo.subresourceRange = {VK_IMAGE_ASPECT_COLOR_BIT, 0, 1, 0, 1};
         VkImageView view = VK_NULL_HANDLE;
-        result = vkCreateImageView(device_, &viewInfo, nullptr, &view);
+        result = pass_->createView(image, view);
         if (result != VK_SUCCESS) break;
         views_.push_back(view);
-        VkFramebufferCreateInfo framebufferInfo{};
-        framebufferInfo.sType = VK_STRUCTURE_TYPE_FRAMEBUFFER_CREATE_INFO;
-        framebufferInfo.renderPass = pass_->handle();
-        framebufferInfo.attachmentCount = 1;
-        framebufferInfo.pAttachments = &view;
-        framebufferInfo.width = extent.width;
-        framebufferInfo.height = extent.height;
-        framebufferInfo.layers = 1;
         VkFramebuffer framebuffer = VK_NULL_HANDLE;
-        result = vkCreateFramebuffer(device_, &framebufferInfo, nullptr, &framebuffer);
+        result = pass_->createFramebuffer(view, extent, framebuffer);
         if (result != VK_SUCCESS) break;
         framebuffers_.push_back(framebuffer);
         VkSemaphoreCreateInfo semaphoreInfo{};
@@ -238,21 +224,7 @@ bool SceneSwapchain::beginFrame() {
     begin.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_BEGIN_INFO;
     begin.flags = VK_COMMAND_BUFFER_USAGE_ONE_TIME_SUBMIT_BIT;
     vkBeginCommandBuffer(commands_, &begin);
-    VkClearValue clear{};
-    clear.color = kClearColor;
-    VkRenderPassBeginInfo passBegin{};
-    passBegin.sType = VK_STRUCTURE_TYPE_RENDER_PASS_BEGIN_INFO;
-    passBegin.renderPass = pass_->handle();
-    passBegin.framebuffer = framebuffers_[imageIndex_];
-    passBegin.renderArea = {{0, 0}, {extent_.width, extent_.height}};
-    passBegin.clearValueCount = 1;
-    passBegin.pClearValues = &clear;
-    vkCmdBeginRenderPass(commands_, &passBegin, VK_SUBPASS_CONTENTS_INLINE);
-    const VkViewport viewport{
-        0.0f, 0.0f, static_cast<float>(extent_.width), static_cast<float>(extent_.height), 0.0f, 1.0f};
-    vkCmdSetViewport(commands_, 0, 1, &viewport);
-    const VkRect2D scissor{{0, 0}, {extent_.width, extent_.height}};
-    vkCmdSetScissor(commands_, 0, 1, &scissor);
+    pass_->recordBegin(commands_, framebuffers_[imageIndex_], {extent_.width, extent_.height}, kClearColor);
     pipeline_->recordBind(commands_);
     return true;
 }

@@ -1,0 +1,23 @@
+# Sourced by the benchmark scripts: a private folder that also holds the XDG folders (so that
+# no benchmark run lands in the user's history or settings), an Xvfb display for the window
+# benchmarks, and the median of the numbers on standard input.
+
+median() { sort -g | awk '{ v[NR] = $1 } END { print (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
+
+# Sets PRIVATE to a new folder, removed on exit, and points the XDG folders into it.
+use_private_folders() {
+  PRIVATE="$(mktemp -d)"
+  export XDG_CONFIG_HOME="$PRIVATE/config" XDG_RUNTIME_DIR="$PRIVATE/runtime" XDG_DATA_HOME="$PRIVATE/data"
+  mkdir -p "$XDG_RUNTIME_DIR" && chmod 700 "$XDG_RUNTIME_DIR"
+  trap 'rm -rf "$PRIVATE"' EXIT
+}
+
+# After use_private_folders: starts Xvfb on a display picked at random from $1 to $1 + 49
+# and exports DISPLAY; the display stops on exit.
+start_display() {
+  export DISPLAY=":$(($1 + RANDOM % 50))"
+  Xvfb "$DISPLAY" -screen 0 1280x880x24 -nolisten tcp >/dev/null 2>&1 &
+  XVFB=$!
+  trap 'kill $XVFB 2>/dev/null; rm -rf "$PRIVATE"' EXIT
+  sleep 1
+}
