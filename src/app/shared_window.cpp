@@ -13,8 +13,12 @@ void applyDarkPalette(QWidget& widget) {
     palette.setColor(QPalette::PlaceholderText, kSecondaryText);
     widget.setPalette(palette);
     widget.setAutoFillBackground(true);
-    // The default scroll bar is drawn light whatever the palette; a thin dark one fits.
+    // The default scroll bar is drawn light whatever the palette; a thin dark one fits. Once a
+    // style sheet is set, a scroll area's viewport and the page in it take their background
+    // from the sheet, not from the palette, so the sheet names it for them too.
     widget.setStyleSheet(
+        QStringLiteral("#qt_scrollarea_viewport, #qt_scrollarea_viewport > QWidget { background: %1; }")
+            .arg(kWindowBackground.name()) +
         QStringLiteral("QScrollBar:vertical { background: transparent; width: 8px; margin: 2px; }"
                        "QScrollBar::handle:vertical { background: rgba(255,255,255,0.16); border-radius: "
                        "3px; min-height: 30px; }"
