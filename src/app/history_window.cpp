@@ -1,7 +1,7 @@
 #include "app/history_window.h"
 
-#include "cli/compare_command.h"
 #include "model/outcome.h"
+#include "results/run_comparison.h"
 #include "ui/views/theme.h"
 
 #include <QHBoxLayout>
@@ -17,7 +17,7 @@ namespace {
 
 QString q(const std::string& text) { return QString::fromStdString(text); }
 
-QString listText(const cli::SavedRun& run) {
+QString listText(const SavedRun& run) {
     QString text = q(run.startedAt).replace('T', ' ').remove('Z') + QStringLiteral(" UTC\n") + q(run.title) +
                    QStringLiteral(" · ") + q(scoreText(run.globalScore)) + QStringLiteral(" pts");
     if (run.quick) text += QStringLiteral(" · quick");
@@ -25,7 +25,7 @@ QString listText(const cli::SavedRun& run) {
     return text;
 }
 
-QString label(char letter, const cli::SavedRun& run) {
+QString label(char letter, const SavedRun& run) {
     return QStringLiteral("%1: %2 UTC, %3%4%5")
         .arg(QChar(letter), q(run.startedAt).replace('T', ' ').remove('Z'), q(run.title),
              run.quick ? QStringLiteral(", quick") : QString(),
@@ -34,8 +34,8 @@ QString label(char letter, const cli::SavedRun& run) {
 
 } // namespace
 
-ui::ComparisonTable comparisonTable(const cli::SavedRun& before, const cli::SavedRun& after) {
-    const cli::RunComparison comparison = cli::compareRuns(before, after);
+ui::ComparisonTable comparisonTable(const SavedRun& before, const SavedRun& after) {
+    const RunComparison comparison = compareRuns(before, after);
     ui::ComparisonTable table;
     table.beforeLabel = label('A', before);
     table.afterLabel = label('B', after);
@@ -93,7 +93,7 @@ void HistoryView::showEvent(QShowEvent* event) {
 void HistoryView::reload() {
     const QString selected =
         list_->currentItem() ? list_->currentItem()->data(Qt::UserRole).toString() : QString();
-    history_ = cli::listHistory(directory_);
+    history_ = listHistory(directory_);
     list_->blockSignals(true);
     list_->clear();
     int selectRow = history_.runs.size() > 1 ? 1 : 0; // the run before the newest, by default

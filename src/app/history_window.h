@@ -4,7 +4,7 @@
 #pragma once
 
 #include "app/shared_window.h"
-#include "cli/run_history.h"
+#include "results/run_history.h"
 #include "ui/views/comparison_view.h"
 
 #include <QWidget>
@@ -17,7 +17,7 @@ class QListWidget;
 namespace quarbel::app {
 
 // The table of `before` against `after`, as the window shows it.
-ui::ComparisonTable comparisonTable(const cli::SavedRun& before, const cli::SavedRun& after);
+ui::ComparisonTable comparisonTable(const SavedRun& before, const SavedRun& after);
 
 class HistoryView : public QWidget {
     Q_OBJECT
@@ -36,7 +36,7 @@ class HistoryView : public QWidget {
     void showComparison();
 
     std::string directory_;
-    cli::HistoryListing history_;
+    HistoryListing history_;
     QLabel* status_;
     QListWidget* list_;
     ui::ComparisonView* comparison_;

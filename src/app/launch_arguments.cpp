@@ -1,6 +1,6 @@
 #include "app/launch_arguments.h"
 
-#include "cli/run_arguments.h"
+#include "session/run_arguments.h"
 
 #include <CLI/CLI.hpp>
 
@@ -25,7 +25,7 @@ std::variant<LaunchOptions, LaunchExit> parseLaunchArguments(const std::vector<s
     app.set_version_flag("--version", std::string(kProgram) + " " + QUARBEL_VERSION);
 
     std::vector<std::string> names;
-    cli::RunOptions run;
+    session::RunOptions run;
     bool quitWhenDone = false;
     std::string jsonPath;
     app.add_option("--run", names, "Start this run as the window opens: all, or identifiers in order")
@@ -64,12 +64,12 @@ std::variant<LaunchOptions, LaunchExit> parseLaunchArguments(const std::vector<s
     if (all && names.size() > 1)
         return badArgument("--run all runs every benchmark; name identifiers or all");
     if (names.empty()) return badArgument("--run needs all or benchmark identifiers (see 'quarbel list')");
-    auto ids = cli::benchmarksToRun(all ? std::vector<std::string>{} : names, all);
-    if (const auto* error = std::get_if<cli::ArgumentError>(&ids)) return badArgument(error->message);
+    auto ids = session::benchmarksToRun(all ? std::vector<std::string>{} : names, all);
+    if (const auto* error = std::get_if<session::ArgumentError>(&ids)) return badArgument(error->message);
     if (app.count("--json") > 0) {
-        auto target = cli::resolveReportTarget(jsonPath);
+        auto target = resolveReportTarget(jsonPath);
         if (const auto* problem = std::get_if<std::string>(&target)) return badArgument(*problem);
-        run.report = std::get<cli::ReportTarget>(std::move(target));
+        run.report = std::get<ReportTarget>(std::move(target));
     }
     run.ids = std::get<std::vector<BenchmarkID>>(std::move(ids));
     options.run = std::move(run);

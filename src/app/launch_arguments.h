@@ -2,7 +2,7 @@
 //   quarbel-gui [--run all|ID[,ID...]] [--accuracy] [--quick] [--json FILE] [--quit-when-done]
 #pragma once
 
-#include "cli/run_session.h"
+#include "session/run_session.h"
 
 #include <optional>
 #include <string>
@@ -13,7 +13,7 @@ namespace quarbel::app {
 
 struct LaunchOptions {
     // The run to start as the window opens, with its report file; absent: none.
-    std::optional<cli::RunOptions> run;
+    std::optional<session::RunOptions> run;
     bool accuracy = false;     // Accuracy Mode on from the start
     bool quitWhenDone = false; // quit once the run's summary is out
 };

@@ -11,12 +11,12 @@
 #include "app/launch_arguments.h"
 #include "app/main_window_placement.h"
 #include "app/run_history_recorder.h"
-#include "cli/info_command.h"
-#include "cli/run_history.h"
-#include "cli/run_session.h"
-#include "cli/stop_signals.h"
+#include "results/run_history.h"
+#include "results/store_report.h"
 #include "run/benchmark_store.h"
 #include "sensors/system_snapshot.h"
+#include "session/run_session.h"
+#include "session/stop_signals.h"
 #include "ui/views/main_window.h"
 #include "ui/views/result_card_saver.h"
 #include "workloads/gpu/gpu_device_name.h"
@@ -76,8 +76,8 @@ int main(int argc, char** argv) {
     new ui::ResultCardSaver(store, window); // the Save Result Card buttons; owned by the window
     app::QuarbelHelpWindowController help;
     app::QuarbelAboutWindowController about(QStringLiteral(QUARBEL_VERSION));
-    app::HistoryWindowController history(cli::historyDirectory());
-    app::RunHistoryRecorder historyRecorder(store, cli::historyDirectory());
+    app::HistoryWindowController history(historyDirectory());
+    app::RunHistoryRecorder historyRecorder(store, historyDirectory());
     QObject::connect(&historyRecorder, &app::RunHistoryRecorder::runKept, [&history] { history.reload(); });
     app::QuarbelAppDelegate delegate(store);
     new app::QuarbelCommands(*window.menuBar(), store,
@@ -106,8 +106,8 @@ int main(int argc, char** argv) {
 
     // SIGINT and SIGTERM quit as Ctrl+Q does; a second one leaves at once, still taking
     // the scratch files along.
-    cli::StopSignals stopSignals;
-    QObject::connect(&stopSignals, &cli::StopSignals::stopRequested, &delegate, [&](int count) {
+    session::StopSignals stopSignals;
+    QObject::connect(&stopSignals, &session::StopSignals::stopRequested, &delegate, [&](int count) {
         if (count == 1) {
             delegate.terminate();
             return;
@@ -119,19 +119,19 @@ int main(int argc, char** argv) {
 
     // A run asked for on the command line goes through the same session as `quarbel run`:
     // the same log on standard output, the same JSON report, the same exit codes.
-    std::unique_ptr<cli::RunSession> session;
+    std::unique_ptr<session::RunSession> requestedRun;
     std::optional<int> runExitCode;
     if (options.run) {
         store.setSelectedID(options.run->ids.front());
-        session = std::make_unique<cli::RunSession>(store, *options.run, stdout, isatty(STDOUT_FILENO) != 0,
-                                                    cli::systemRowPairs);
-        QObject::connect(session.get(), &cli::RunSession::finished, &delegate, [&](int code) {
+        requestedRun = std::make_unique<session::RunSession>(store, *options.run, stdout,
+                                                             isatty(STDOUT_FILENO) != 0, systemRowPairs);
+        QObject::connect(requestedRun.get(), &session::RunSession::finished, &delegate, [&](int code) {
             // A run stopped from the window or by quitting ends without a summary, like a
             // command-line run stopped with Ctrl-C.
             runExitCode = (code == 0 && !store.runSummary()) ? 130 : code;
             if (options.quitWhenDone) delegate.terminate();
         });
-        QTimer::singleShot(0, session.get(), &cli::RunSession::start);
+        QTimer::singleShot(0, requestedRun.get(), &session::RunSession::start);
     }
 
     const int exitCode = QApplication::exec();

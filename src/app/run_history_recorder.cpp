@@ -1,9 +1,8 @@
 #include "app/run_history_recorder.h"
 
-#include "cli/info_command.h"
-#include "cli/json_report.h"
-#include "cli/run_history.h"
-#include "cli/store_report.h"
+#include "results/json_report.h"
+#include "results/run_history.h"
+#include "results/store_report.h"
 #include "run/benchmark_store.h"
 
 namespace quarbel::app {
@@ -27,10 +26,10 @@ void RunHistoryRecorder::onBusyChanged() {
     std::vector<std::string> log;
     for (const QString& line : store_.logLines())
         log.push_back(line.toStdString());
-    const RunReport report = cli::reportFromStore(
-        store_, {store_.runIDs(), accuracy_, quick_, startedAt_, cli::systemRowPairs(), log});
-    const cli::HistorySave saved =
-        cli::saveToHistory(directory_, isoTimestamp(report.startedAt), cli::jsonReportText(report));
+    const RunReport report =
+        reportFromStore(store_, {store_.runIDs(), accuracy_, quick_, startedAt_, systemRowPairs(), log});
+    const HistorySave saved =
+        saveToHistory(directory_, isoTimestamp(report.startedAt), jsonReportText(report));
     if (!saved.problem.empty()) {
         store_.logNotice(
             QStringLiteral("Run not kept in the history: %1").arg(QString::fromStdString(saved.problem)));

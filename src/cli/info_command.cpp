@@ -42,11 +42,4 @@ std::string infoJson(const std::vector<SystemRow>& rows, const TemperatureSnapsh
     return document.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
 }
 
-std::vector<std::pair<std::string, std::string>> systemRowPairs() {
-    std::vector<std::pair<std::string, std::string>> pairs;
-    for (const auto& row : SystemSnapshot::rows())
-        pairs.emplace_back(row.label, row.value);
-    return pairs;
-}
-
 } // namespace quarbel::cli

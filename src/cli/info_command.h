@@ -15,7 +15,4 @@ std::string infoText(const std::vector<SystemRow>& rows, const TemperatureSnapsh
 // {"schema":1,"system":[{"label","value"}...],"temperatures":{"cpu":n|null,"gpu":n|null,"cpuText","gpuText"}}
 std::string infoJson(const std::vector<SystemRow>& rows, const TemperatureSnapshot& temperatures);
 
-// The system rows as (label, value) pairs, for the run report.
-std::vector<std::pair<std::string, std::string>> systemRowPairs();
-
 } // namespace quarbel::cli

@@ -1,15 +1,17 @@
 // quarbel: the headless command line of the benchmark suite.
 #include "cli/card_command.h"
-#include "cli/cards_directory.h"
-#include "cli/compare_command.h"
 #include "cli/info_command.h"
-#include "cli/output_check.h"
-#include "cli/report_file.h"
-#include "cli/run_arguments.h"
-#include "cli/run_session.h"
-#include "cli/stop_signals.h"
+#include "results/report_file.h"
+#include "results/run_comparison.h"
+#include "results/store_report.h"
 #include "run/benchmark_store.h"
 #include "sensors/system_snapshot.h"
+#include "session/card_writer.h"
+#include "session/cards_directory.h"
+#include "session/output_check.h"
+#include "session/run_arguments.h"
+#include "session/run_session.h"
+#include "session/stop_signals.h"
 #include "workloads/gpu/gpu_device_name.h"
 #include "workloads/storage/storage_workloads.h"
 
@@ -43,49 +45,49 @@ int listBenchmarks() {
                     std::string(title(id)).c_str(), std::string(categoryTitle(category(id))).c_str(),
                     targetSeconds(id));
     }
-    return cli::kExitOk;
+    return session::kExitOk;
 }
 
 // The exit status once everything printed has been flushed: a failed standard output
 // turns success into 1, with a message.
 int afterFlushingOutput(int exitCode) {
-    const std::string problem = cli::flushProblem(stdout, "standard output");
+    const std::string problem = session::flushProblem(stdout, "standard output");
     if (problem.empty()) return exitCode;
     std::fprintf(stderr, "quarbel: %s\n", problem.c_str());
-    return exitCode == cli::kExitOk ? cli::kExitFailed : exitCode;
+    return exitCode == session::kExitOk ? session::kExitFailed : exitCode;
 }
 
-int runBenchmarks(int argc, char** argv, cli::RunOptions options) {
-    const auto application = cli::makeApplication(argc, argv, options.cardsDirectory.has_value());
+int runBenchmarks(int argc, char** argv, session::RunOptions options) {
+    const auto application = session::makeApplication(argc, argv, options.cardsDirectory.has_value());
     QCoreApplication& app = *application;
     BenchmarkStore store;
     // With the report on standard output, everything meant for people goes to standard error.
     std::FILE* out = options.report && options.report->standardOutput ? stderr : stdout;
-    cli::RunSession session(store, std::move(options), out, isatty(fileno(out)) != 0, cli::systemRowPairs);
-    cli::StopSignals stopSignals;
-    QObject::connect(&stopSignals, &cli::StopSignals::stopRequested, [&](int count, int) {
+    session::RunSession run(store, std::move(options), out, isatty(fileno(out)) != 0, systemRowPairs);
+    session::StopSignals stopSignals;
+    QObject::connect(&stopSignals, &session::StopSignals::stopRequested, [&](int count, int) {
         if (count == 1) {
-            session.requestStop();
+            run.requestStop();
             return;
         }
         // A second request leaves at once, still taking the scratch files along.
         std::fputs("\nquarbel: stopped at once\n", stderr);
         removeActiveScratchDirectories();
-        std::_Exit(cli::kExitStopped);
+        std::_Exit(session::kExitStopped);
     });
-    int exitCode = cli::kExitOk;
-    QObject::connect(&session, &cli::RunSession::finished, [&](int code) {
+    int exitCode = session::kExitOk;
+    QObject::connect(&run, &session::RunSession::finished, [&](int code) {
         exitCode = code;
         app.quit();
     });
     // The storage benchmarks first remove scratch directories that interrupted runs left
     // behind, and say so from their own thread: the line is printed on the main thread,
     // between the session's own lines.
-    setScratchNoticeSink([&session](const std::string& text) {
+    setScratchNoticeSink([&run](const std::string& text) {
         QMetaObject::invokeMethod(
-            &session, [&session, text] { session.notice(text); }, Qt::QueuedConnection);
+            &run, [&run, text] { run.notice(text); }, Qt::QueuedConnection);
     });
-    QTimer::singleShot(0, &session, &cli::RunSession::start);
+    QTimer::singleShot(0, &run, &session::RunSession::start);
     app.exec();
     setScratchNoticeSink({});
     return exitCode;
@@ -94,7 +96,7 @@ int runBenchmarks(int argc, char** argv, cli::RunOptions options) {
 } // namespace
 
 int main(int argc, char** argv) {
-    cli::ignoreWriteFaultSignals();
+    session::ignoreWriteFaultSignals();
     // The "Metal GPU" row names the Vulkan device the GPU workloads would choose.
     SystemSnapshot::setGpuNameProvider([] { return gpu::defaultDeviceName().value_or(std::string{}); });
 
@@ -113,7 +115,7 @@ int main(int argc, char** argv) {
     run->footer(kExitStatus);
     std::vector<std::string> names;
     bool all = false;
-    cli::RunOptions options;
+    session::RunOptions options;
     std::string jsonPath;
     run->add_option("ids", names, "Benchmark identifiers to run, in order (see 'quarbel list')");
     run->add_flag("--all", all, "Run the full suite of thirteen benchmarks");
@@ -165,7 +167,7 @@ int main(int argc, char** argv) {
         return afterFlushingOutput(app.exit(e));
     } catch (const CLI::ParseError& e) {
         std::fprintf(stderr, "quarbel: %s\nRun 'quarbel --help' for usage.\n", e.what());
-        return cli::kExitBadInput;
+        return session::kExitBadInput;
     }
 
     if (app.got_subcommand("list")) return afterFlushingOutput(listBenchmarks());
@@ -186,57 +188,56 @@ int main(int argc, char** argv) {
         std::fputs(
             (infoAsJson ? cli::infoJson(rows, temperatures) : cli::infoText(rows, temperatures)).c_str(),
             stdout);
-        return afterFlushingOutput(cli::kExitOk);
+        return afterFlushingOutput(session::kExitOk);
     }
 
     if (app.got_subcommand("history") || app.got_subcommand("compare")) {
-        const cli::HistoryListing history = cli::listHistory(cli::historyDirectory());
+        const HistoryListing history = listHistory(historyDirectory());
         for (const auto& warning : history.warnings)
             std::fprintf(stderr, "quarbel: %s\n", warning.c_str());
         if (app.got_subcommand("history")) {
-            std::fputs(cli::historyText(history).c_str(), stdout);
-            return afterFlushingOutput(cli::kExitOk);
+            std::fputs(historyText(history).c_str(), stdout);
+            return afterFlushingOutput(session::kExitOk);
         }
-        auto before = cli::resolveSavedRun(compareBefore, history);
-        auto after = cli::resolveSavedRun(compareAfter, history);
+        auto before = resolveSavedRun(compareBefore, history);
+        auto after = resolveSavedRun(compareAfter, history);
         for (const auto* resolved : {&before, &after})
             if (const auto* problem = std::get_if<std::string>(resolved)) {
                 std::fprintf(stderr, "quarbel: %s\n", problem->c_str());
-                return cli::kExitBadInput;
+                return session::kExitBadInput;
             }
-        const auto& a = std::get<cli::SavedRun>(before);
-        const auto& b = std::get<cli::SavedRun>(after);
-        const auto comparison = cli::compareRuns(a, b);
+        const auto& a = std::get<SavedRun>(before);
+        const auto& b = std::get<SavedRun>(after);
+        const auto comparison = compareRuns(a, b);
         std::fputs(
-            (compareAsJson ? cli::comparisonJson(a, b, comparison) : cli::comparisonText(a, b, comparison))
-                .c_str(),
+            (compareAsJson ? comparisonJson(a, b, comparison) : comparisonText(a, b, comparison)).c_str(),
             stdout);
-        return afterFlushingOutput(cli::kExitOk);
+        return afterFlushingOutput(session::kExitOk);
     }
 
-    auto ids = cli::benchmarksToRun(names, all);
-    if (auto* error = std::get_if<cli::ArgumentError>(&ids)) {
+    auto ids = session::benchmarksToRun(names, all);
+    if (auto* error = std::get_if<session::ArgumentError>(&ids)) {
         std::fprintf(stderr, "quarbel: %s\n", error->message.c_str());
-        return cli::kExitBadInput;
+        return session::kExitBadInput;
     }
     if (run->count("--json") > 0) {
-        auto target = cli::resolveReportTarget(jsonPath);
+        auto target = resolveReportTarget(jsonPath);
         if (const auto* problem = std::get_if<std::string>(&target)) {
             std::fprintf(stderr, "quarbel: %s\n", problem->c_str());
-            return cli::kExitBadInput;
+            return session::kExitBadInput;
         }
-        options.report = std::get<cli::ReportTarget>(std::move(target));
+        options.report = std::get<ReportTarget>(std::move(target));
     }
     if (run->count("--cards") > 0) {
-        auto directory = cli::prepareCardsDirectory("--cards", cardsArgument);
+        auto directory = session::prepareCardsDirectory("--cards", cardsArgument);
         if (const auto* problem = std::get_if<std::string>(&directory)) {
             std::fprintf(stderr, "quarbel: %s\n", problem->c_str());
-            return cli::kExitBadInput;
+            return session::kExitBadInput;
         }
-        options.cardsDirectory = std::get<cli::CardsDirectory>(std::move(directory)).path;
+        options.cardsDirectory = std::get<session::CardsDirectory>(std::move(directory)).path;
     }
     options.ids = std::get<std::vector<BenchmarkID>>(std::move(ids));
-    if (!noHistory) options.historyDirectory = cli::historyDirectory();
+    if (!noHistory) options.historyDirectory = historyDirectory();
     warnAboutDeviceChoice();
     return runBenchmarks(argc, argv, std::move(options));
 }

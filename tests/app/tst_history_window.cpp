@@ -35,7 +35,7 @@ TEST(RunHistoryWindow, WindowRunsAreKeptAndTheSelectedRunIsComparedWithTheNewest
     ASSERT_TRUE(test::processEventsUntil([&] { return !store.busy(); }));
     ASSERT_EQ(kept.size(), 3);
 
-    const cli::HistoryListing history = cli::listHistory(directory);
+    const HistoryListing history = listHistory(directory);
     ASSERT_EQ(history.runs.size(), 3u);
     EXPECT_TRUE(history.runs[0].stopped) << "the newest run is the stopped one";
     EXPECT_FALSE(history.runs[1].stopped);

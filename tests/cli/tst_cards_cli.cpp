@@ -1,7 +1,7 @@
 // Result cards from the command line: `quarbel run --cards DIR` and `quarbel card
 // REPORT.json --out DIR`, with the report read back as it was written.
-#include "cli/json_report.h"
 #include "process.h"
+#include "results/json_report.h"
 #include "support/temp_dir.h"
 
 #include <gtest/gtest.h>
@@ -77,7 +77,7 @@ RunReport suiteReport() {
 
 TEST(JsonReport, ReadsBackWhatItWroteIncludingTheCardFields) {
     const RunReport written = suiteReport();
-    auto parsed = cli::parseJsonReport(cli::jsonReportText(written));
+    auto parsed = parseJsonReport(jsonReportText(written));
     ASSERT_TRUE(std::holds_alternative<RunReport>(parsed)) << std::get<std::string>(parsed);
     const RunReport& read = std::get<RunReport>(parsed);
     ASSERT_EQ(read.results.size(), written.results.size());
@@ -96,7 +96,7 @@ TEST(JsonReport, ReadsBackWhatItWroteIncludingTheCardFields) {
 
 TEST(CardCommand, RendersTheGlobalCardAndOneCardPerBenchmarkOfAFullReport) {
     TempDir dir;
-    writeText(dir.path() / "suite.json", cli::jsonReportText(suiteReport()));
+    writeText(dir.path() / "suite.json", jsonReportText(suiteReport()));
     const fs::path out = dir.path() / "new" / "cards";
     const auto result =
         runProcess({kQuarbel, "card", (dir.path() / "suite.json").string(), "--out", out.string()});
@@ -125,7 +125,7 @@ TEST(CardCommand, RendersTheGlobalCardAndOneCardPerBenchmarkOfAFullReport) {
 
 TEST(CardCommand, AcceptsAReportFromBeforeTheCardFields) {
     TempDir dir;
-    auto document = nlohmann::json::parse(cli::jsonReportText(suiteReport()));
+    auto document = nlohmann::json::parse(jsonReportText(suiteReport()));
     for (auto& result : document["results"]) {
         result.erase("accuracyMode");
         result.erase("temperatureAtEnd");
@@ -141,9 +141,9 @@ TEST(CardCommand, AcceptsAReportFromBeforeTheCardFields) {
 
 TEST(CardCommand, RefusesWhatIsNotAReportWithExitCode2AndWritesNothing) {
     TempDir dir;
-    auto wrongId = nlohmann::json::parse(cli::jsonReportText(suiteReport()));
+    auto wrongId = nlohmann::json::parse(jsonReportText(suiteReport()));
     wrongId["results"][2]["id"] = "cpuTurbo";
-    auto wrongType = nlohmann::json::parse(cli::jsonReportText(suiteReport()));
+    auto wrongType = nlohmann::json::parse(jsonReportText(suiteReport()));
     wrongType["summary"]["completed"] = "eleven";
     const std::pair<std::string, std::string> cases[] = {
         {"{\"schema\": 1, \"results\": [", "not valid JSON"},

@@ -1,6 +1,6 @@
-#include "cli/compare_command.h"
-#include "cli/run_history.h"
 #include "process.h"
+#include "results/run_comparison.h"
+#include "results/run_history.h"
 #include "sensors/fake_tree.h"
 
 #include <nlohmann/json.hpp>
@@ -11,7 +11,6 @@
 #include <sys/stat.h>
 
 using namespace quarbel;
-using namespace quarbel::cli;
 using quarbel::testing::FakeTree;
 
 namespace {

@@ -4,8 +4,8 @@
 
 #include "model/catalogue.h"
 #include "model/outcome.h"
+#include "results/run_report.h"
 #include "sensors/temperature.h"
-#include "ui/run_report.h"
 
 #include <optional>
 #include <string>

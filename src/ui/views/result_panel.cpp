@@ -2,8 +2,8 @@
 
 #include "model/number_format.h"
 #include "model/stability.h"
+#include "results/run_report.h"
 #include "run/benchmark_store.h"
-#include "ui/run_report.h"
 #include "ui/views/theme.h"
 
 #include <QPaintEvent>

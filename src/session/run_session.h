@@ -2,9 +2,9 @@
 // log and live progress while it runs, then the table, summary, JSON report and cards.
 #pragma once
 
-#include "cli/report_file.h"
+#include "results/report_file.h"
+#include "results/run_report.h"
 #include "run/benchmark_store.h"
-#include "ui/run_report.h"
 
 #include <QObject>
 
@@ -15,7 +15,7 @@
 #include <string_view>
 #include <vector>
 
-namespace quarbel::cli {
+namespace quarbel::session {
 
 struct RunOptions {
     std::vector<BenchmarkID> ids;
@@ -80,4 +80,4 @@ class RunSession : public QObject {
     std::vector<std::string> log_;
 };
 
-} // namespace quarbel::cli
+} // namespace quarbel::session

@@ -7,7 +7,7 @@
 #include <string>
 #include <variant>
 
-namespace quarbel::cli {
+namespace quarbel {
 
 struct ReportTarget {
     bool standardOutput = false; // "-": the report goes to standard output
@@ -33,4 +33,4 @@ struct ReportWrite {
 // renamed over it. An existing file keeps its permission bits. Not for standardOutput.
 ReportWrite writeReportFile(const ReportTarget& target, const std::string& text);
 
-} // namespace quarbel::cli
+} // namespace quarbel

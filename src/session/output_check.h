@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace quarbel::cli {
+namespace quarbel::session {
 
 // Flushes `stream`: empty when everything written to it so far arrived, else
 // "cannot write to <name>: <reason>".
@@ -16,4 +16,4 @@ std::string flushProblem(std::FILE* stream, std::string_view name);
 // reader closed it or the line hung up. Never blocks.
 bool readerGone(int fd);
 
-} // namespace quarbel::cli
+} // namespace quarbel::session

@@ -6,7 +6,7 @@
 #include <string>
 #include <variant>
 
-namespace quarbel::cli {
+namespace quarbel::session {
 
 struct CardsDirectory {
     std::string path; // absolute
@@ -19,4 +19,4 @@ struct CardsDirectory {
 std::variant<CardsDirectory, std::string> prepareCardsDirectory(const std::string& option,
                                                                 const std::string& argument);
 
-} // namespace quarbel::cli
+} // namespace quarbel::session

@@ -1,10 +1,10 @@
-#include "cli/output_check.h"
+#include "session/output_check.h"
 
 #include <cerrno>
 #include <cstring>
 #include <poll.h>
 
-namespace quarbel::cli {
+namespace quarbel::session {
 
 std::string flushProblem(std::FILE* stream, std::string_view name) {
     errno = 0;
@@ -24,4 +24,4 @@ bool readerGone(int fd) {
     return ::poll(&entry, 1, 0) > 0 && (entry.revents & (POLLERR | POLLHUP)) != 0;
 }
 
-} // namespace quarbel::cli
+} // namespace quarbel::session

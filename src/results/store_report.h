@@ -2,15 +2,15 @@
 // the cards and the history read it.
 #pragma once
 
+#include "results/run_report.h"
 #include "run/benchmark_store.h"
-#include "ui/run_report.h"
 
 #include <span>
 #include <string>
 #include <utility>
 #include <vector>
 
-namespace quarbel::cli {
+namespace quarbel {
 
 struct ReportFrame {
     std::span<const BenchmarkID> ids; // the benchmarks of the run, in run order
@@ -23,4 +23,7 @@ struct ReportFrame {
 
 RunReport reportFromStore(const BenchmarkStore& store, ReportFrame frame);
 
-} // namespace quarbel::cli
+// The machine's system rows as (label, value) pairs, for ReportFrame::system.
+std::vector<std::pair<std::string, std::string>> systemRowPairs();
+
+} // namespace quarbel

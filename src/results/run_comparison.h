@@ -2,15 +2,15 @@
 // benchmark by benchmark with a verdict that knows the benchmarks' noise.
 #pragma once
 
-#include "cli/run_history.h"
 #include "model/comparison.h"
+#include "results/run_history.h"
 
 #include <optional>
 #include <string>
 #include <variant>
 #include <vector>
 
-namespace quarbel::cli {
+namespace quarbel {
 
 // A run named on the command line: "1" is the newest run of the history, "2" the one
 // before, ...; anything else is a report file's path. Returns the one-line problem.
@@ -37,4 +37,4 @@ std::string historyText(const HistoryListing& history);
 std::string comparisonText(const SavedRun& before, const SavedRun& after, const RunComparison& comparison);
 std::string comparisonJson(const SavedRun& before, const SavedRun& after, const RunComparison& comparison);
 
-} // namespace quarbel::cli
+} // namespace quarbel

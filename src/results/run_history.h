@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace quarbel::cli {
+namespace quarbel {
 
 // $XDG_DATA_HOME/quarbel/runs when XDG_DATA_HOME is an absolute path, else
 // $HOME/.local/share/quarbel/runs; empty when neither can be worked out.
@@ -58,4 +58,4 @@ struct HistoryListing {
 // Every report in `directory`; files that do not read as reports are skipped with a warning.
 HistoryListing listHistory(const std::string& directory);
 
-} // namespace quarbel::cli
+} // namespace quarbel

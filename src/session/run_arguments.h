@@ -7,7 +7,7 @@
 #include <variant>
 #include <vector>
 
-namespace quarbel::cli {
+namespace quarbel::session {
 
 struct ArgumentError {
     std::string message; // one line, for standard error
@@ -18,4 +18,4 @@ struct ArgumentError {
 std::variant<std::vector<BenchmarkID>, ArgumentError> benchmarksToRun(const std::vector<std::string>& names,
                                                                       bool all);
 
-} // namespace quarbel::cli
+} // namespace quarbel::session

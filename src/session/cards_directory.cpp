@@ -1,4 +1,4 @@
-#include "cli/cards_directory.h"
+#include "session/cards_directory.h"
 
 #include <cerrno>
 #include <cstring>
@@ -7,7 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace quarbel::cli {
+namespace quarbel::session {
 
 namespace fs = std::filesystem;
 
@@ -40,4 +40,4 @@ std::variant<CardsDirectory, std::string> prepareCardsDirectory(const std::strin
     return CardsDirectory{text};
 }
 
-} // namespace quarbel::cli
+} // namespace quarbel::session

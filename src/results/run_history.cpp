@@ -1,6 +1,6 @@
-#include "cli/run_history.h"
+#include "results/run_history.h"
 
-#include "cli/report_file.h"
+#include "results/report_file.h"
 
 #include <nlohmann/json.hpp>
 
@@ -13,7 +13,7 @@
 #include <sstream>
 #include <sys/stat.h>
 
-namespace quarbel::cli {
+namespace quarbel {
 namespace {
 
 using json = nlohmann::json;
@@ -159,4 +159,4 @@ HistoryListing listHistory(const std::string& directory) {
     return listing;
 }
 
-} // namespace quarbel::cli
+} // namespace quarbel

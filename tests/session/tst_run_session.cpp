@@ -1,10 +1,10 @@
 // A run driven in-process, with fake workloads, through a real SIGINT.
-#include "cli/json_report.h"
-#include "cli/progress_line.h"
-#include "cli/report_file.h"
-#include "cli/run_session.h"
-#include "cli/stop_signals.h"
 #include "fake_workloads.h"
+#include "results/json_report.h"
+#include "results/report_file.h"
+#include "session/progress_line.h"
+#include "session/run_session.h"
+#include "session/stop_signals.h"
 #include "support/event_loop.h"
 
 #include <gtest/gtest.h>
@@ -41,21 +41,21 @@ TEST(RunSession, InterruptStopsTheRunWithoutSummaryAndExit130) {
     std::FILE* out = std::tmpfile();
     const auto report =
         std::filesystem::temp_directory_path() / ("quarbel-session-" + std::to_string(getpid()) + ".json");
-    cli::RunSession session(store,
-                            {{BenchmarkID::cpuInteger, BenchmarkID::cpuFloating, BenchmarkID::cpuCrypto},
-                             false,
-                             true,
-                             std::get<cli::ReportTarget>(cli::resolveReportTarget(report.string())),
-                             std::nullopt,
-                             std::string()},
-                            out, false, [] {
-                                return std::vector<std::pair<std::string, std::string>>{{"CPU", "Fake"}};
-                            });
-    cli::StopSignals stopSignals;
-    QObject::connect(&stopSignals, &cli::StopSignals::stopRequested, &session,
+    session::RunSession session(store,
+                                {{BenchmarkID::cpuInteger, BenchmarkID::cpuFloating, BenchmarkID::cpuCrypto},
+                                 false,
+                                 true,
+                                 std::get<ReportTarget>(resolveReportTarget(report.string())),
+                                 std::nullopt,
+                                 std::string()},
+                                out, false, [] {
+                                    return std::vector<std::pair<std::string, std::string>>{{"CPU", "Fake"}};
+                                });
+    session::StopSignals stopSignals;
+    QObject::connect(&stopSignals, &session::StopSignals::stopRequested, &session,
                      [&](int, int) { session.requestStop(); });
     int exitCode = -1;
-    QObject::connect(&session, &cli::RunSession::finished, [&](int code) { exitCode = code; });
+    QObject::connect(&session, &session::RunSession::finished, [&](int code) { exitCode = code; });
 
     session.start();
     EXPECT_EQ(store.budgetScale(), 0.1) << "--quick divides every budget by ten";
@@ -84,15 +84,15 @@ TEST(RunSession, InterruptStopsTheRunWithoutSummaryAndExit130) {
 }
 
 TEST(ProgressLine, ShowsElapsedTargetBarAndRate) {
-    cli::ProgressState state{"CPU Single-Core", 6.0, 15, 0.4, 1234, 2.0, "batches"};
-    EXPECT_EQ(cli::progressLine(state, 10), "CPU Single-Core  6.0/15 s [####......]  617 batches/s");
+    session::ProgressState state{"CPU Single-Core", 6.0, 15, 0.4, 1234, 2.0, "batches"};
+    EXPECT_EQ(session::progressLine(state, 10), "CPU Single-Core  6.0/15 s [####......]  617 batches/s");
     state.unit = "bytes";
     state.unitsDone = 3 * 1048576;
-    EXPECT_EQ(cli::rateText(state), "1.5 MB/s");
+    EXPECT_EQ(session::rateText(state), "1.5 MB/s");
     state.unit = "";
-    EXPECT_EQ(cli::rateText(state), "");
+    EXPECT_EQ(session::rateText(state), "");
     state.fraction = 7; // the bar never overflows
-    EXPECT_EQ(cli::progressLine(state, 4), "CPU Single-Core  6.0/15 s [####]");
+    EXPECT_EQ(session::progressLine(state, 4), "CPU Single-Core  6.0/15 s [####]");
 }
 
 TEST(ReportFile, AFinalWriteThatFailsAfterTheRunKeepsOrReturnsTheReport) {
@@ -109,10 +109,10 @@ TEST(ReportFile, AFinalWriteThatFailsAfterTheRunKeepsOrReturnsTheReport) {
     };
     for (const auto& c : cases) {
         fs::create_directories(dir);
-        const auto target = cli::resolveReportTarget((dir / "r.json").string());
-        ASSERT_TRUE(std::holds_alternative<cli::ReportTarget>(target)) << c.name;
+        const auto target = resolveReportTarget((dir / "r.json").string());
+        ASSERT_TRUE(std::holds_alternative<ReportTarget>(target)) << c.name;
         c.breakIt(dir / "r.json");
-        const cli::ReportWrite written = cli::writeReportFile(std::get<cli::ReportTarget>(target), "{}\n");
+        const ReportWrite written = writeReportFile(std::get<ReportTarget>(target), "{}\n");
         EXPECT_NE(written.problem, "") << c.name;
         EXPECT_EQ(!written.keptAt.empty(), c.copyKept) << c.name;
         if (c.copyKept) {
@@ -130,16 +130,16 @@ TEST(RunSession, EachResultCarriesTheTemperaturesAtItsEndAndItsMode) {
     const auto report = std::filesystem::temp_directory_path() /
                         ("quarbel-session-end-" + std::to_string(getpid()) + ".json");
     std::FILE* out = std::tmpfile();
-    cli::RunSession session(store,
-                            {{BenchmarkID::cpuCrypto},
-                             true,
-                             false,
-                             std::get<cli::ReportTarget>(cli::resolveReportTarget(report.string())),
-                             std::nullopt,
-                             std::string()},
-                            out, false, {});
+    session::RunSession session(store,
+                                {{BenchmarkID::cpuCrypto},
+                                 true,
+                                 false,
+                                 std::get<ReportTarget>(resolveReportTarget(report.string())),
+                                 std::nullopt,
+                                 std::string()},
+                                out, false, {});
     int exitCode = -1;
-    QObject::connect(&session, &cli::RunSession::finished, [&](int code) { exitCode = code; });
+    QObject::connect(&session, &session::RunSession::finished, [&](int code) { exitCode = code; });
     session.start();
     ASSERT_TRUE(processEventsUntil([&] { return exitCode != -1; }));
     EXPECT_EQ(exitCode, 0);

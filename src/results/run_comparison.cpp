@@ -1,4 +1,4 @@
-#include "cli/compare_command.h"
+#include "results/run_comparison.h"
 
 #include "model/catalogue.h"
 #include "model/outcome.h"
@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <cstdio>
 
-namespace quarbel::cli {
+namespace quarbel {
 namespace {
 
 std::string format(const char* pattern, double value) {
@@ -154,4 +154,4 @@ std::string comparisonJson(const SavedRun& before, const SavedRun& after, const 
     return document.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
 }
 
-} // namespace quarbel::cli
+} // namespace quarbel

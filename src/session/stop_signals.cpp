@@ -1,11 +1,11 @@
-#include "cli/stop_signals.h"
+#include "session/stop_signals.h"
 
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
 #include <unistd.h>
 
-namespace quarbel::cli {
+namespace quarbel::session {
 namespace {
 
 int pipeFds[2] = {-1, -1};
@@ -46,4 +46,4 @@ void StopSignals::drain() {
     }
 }
 
-} // namespace quarbel::cli
+} // namespace quarbel::session

@@ -7,7 +7,7 @@
 
 #include <memory>
 
-namespace quarbel::cli {
+namespace quarbel::session {
 
 // SIGPIPE and SIGXFSZ would end the process in the middle of a write and leave the
 // storage scratch files behind. Ignored, the write fails with EPIPE or EFBIG instead and
@@ -34,4 +34,4 @@ class StopSignals : public QObject {
     int received_ = 0;
 };
 
-} // namespace quarbel::cli
+} // namespace quarbel::session

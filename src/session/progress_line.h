@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace quarbel::cli {
+namespace quarbel::session {
 
 struct ProgressState {
     std::string_view title;
@@ -24,4 +24,4 @@ std::string progressLine(const ProgressState& state, int barWidth);
 // The rate text ("412.3 batches/s"), or empty when there is no rate yet.
 std::string rateText(const ProgressState& state);
 
-} // namespace quarbel::cli
+} // namespace quarbel::session

@@ -1,8 +1,8 @@
-#include "cli/run_arguments.h"
+#include "session/run_arguments.h"
 
 #include <algorithm>
 
-namespace quarbel::cli {
+namespace quarbel::session {
 
 std::variant<std::vector<BenchmarkID>, ArgumentError> benchmarksToRun(const std::vector<std::string>& names,
                                                                       bool all) {
@@ -28,4 +28,4 @@ std::variant<std::vector<BenchmarkID>, ArgumentError> benchmarksToRun(const std:
     return ids;
 }
 
-} // namespace quarbel::cli
+} // namespace quarbel::session

@@ -1,8 +1,8 @@
-#include "cli/json_report.h"
+#include "results/json_report.h"
 
 #include <nlohmann/json.hpp>
 
-namespace quarbel::cli {
+namespace quarbel {
 namespace {
 
 using json = nlohmann::ordered_json;
@@ -94,4 +94,4 @@ std::string jsonReportText(const RunReport& report) {
     return document.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
 }
 
-} // namespace quarbel::cli
+} // namespace quarbel

@@ -1,4 +1,4 @@
-#include "cli/report_file.h"
+#include "results/report_file.h"
 
 #include <cerrno>
 #include <climits>
@@ -8,7 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace quarbel::cli {
+namespace quarbel {
 namespace {
 
 constexpr int kMostLinks = 40; // as the kernel's own limit on links in one lookup
@@ -171,4 +171,4 @@ ReportWrite writeReportFile(const ReportTarget& target, const std::string& text)
     return {};
 }
 
-} // namespace quarbel::cli
+} // namespace quarbel

@@ -1,20 +1,20 @@
-#include "cli/run_session.h"
+#include "session/run_session.h"
 
-#include "cli/card_command.h"
-#include "cli/json_report.h"
-#include "cli/output_check.h"
-#include "cli/progress_line.h"
-#include "cli/run_history.h"
-#include "cli/store_report.h"
 #include "model/number_format.h"
+#include "results/json_report.h"
+#include "results/run_history.h"
+#include "results/store_report.h"
 #include "sensors/temperature.h"
+#include "session/card_writer.h"
+#include "session/output_check.h"
+#include "session/progress_line.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <unistd.h>
 
-namespace quarbel::cli {
+namespace quarbel::session {
 namespace {
 
 constexpr int kBarWidth = 24;
@@ -234,4 +234,4 @@ int RunSession::writeReport(const std::string& text) {
     return kExitFailed;
 }
 
-} // namespace quarbel::cli
+} // namespace quarbel::session

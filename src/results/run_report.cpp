@@ -1,4 +1,4 @@
-#include "ui/run_report.h"
+#include "results/run_report.h"
 
 #include "model/number_format.h"
 #include "model/stability.h"

@@ -1,12 +1,12 @@
 // The JSON form of a run report, written after a run and read back by `quarbel card`.
 #pragma once
 
-#include "ui/run_report.h"
+#include "results/run_report.h"
 
 #include <string>
 #include <variant>
 
-namespace quarbel::cli {
+namespace quarbel {
 
 // The report as JSON text (schema 1), pretty-printed.
 std::string jsonReportText(const RunReport& report);
@@ -17,4 +17,4 @@ std::string jsonReportText(const RunReport& report);
 // Returns a one-line description of the first problem for text that is not a report.
 std::variant<RunReport, std::string> parseJsonReport(const std::string& text);
 
-} // namespace quarbel::cli
+} // namespace quarbel

@@ -1,6 +1,8 @@
-#include "cli/store_report.h"
+#include "results/store_report.h"
 
-namespace quarbel::cli {
+#include "sensors/system_snapshot.h"
+
+namespace quarbel {
 
 RunReport reportFromStore(const BenchmarkStore& store, ReportFrame frame) {
     RunReport report;
@@ -29,4 +31,11 @@ RunReport reportFromStore(const BenchmarkStore& store, ReportFrame frame) {
     return report;
 }
 
-} // namespace quarbel::cli
+std::vector<std::pair<std::string, std::string>> systemRowPairs() {
+    std::vector<std::pair<std::string, std::string>> pairs;
+    for (const auto& row : SystemSnapshot::rows())
+        pairs.emplace_back(row.label, row.value);
+    return pairs;
+}
+
+} // namespace quarbel

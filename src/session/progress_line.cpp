@@ -1,11 +1,11 @@
-#include "cli/progress_line.h"
+#include "session/progress_line.h"
 
 #include "model/number_format.h"
 
 #include <algorithm>
 #include <cmath>
 
-namespace quarbel::cli {
+namespace quarbel::session {
 
 std::string rateText(const ProgressState& state) {
     if (state.unit.empty() || state.unitsDone <= 0 || !(state.workSeconds > 0)) return {};
@@ -32,4 +32,4 @@ std::string progressLine(const ProgressState& state, int barWidth) {
     return line;
 }
 
-} // namespace quarbel::cli
+} // namespace quarbel::session

@@ -1,10 +1,10 @@
-#include "cli/json_report.h"
+#include "results/json_report.h"
 
 #include <nlohmann/json.hpp>
 
 #include <ctime>
 
-namespace quarbel::cli {
+namespace quarbel {
 namespace {
 
 using json = nlohmann::json;
@@ -190,4 +190,4 @@ std::variant<RunReport, std::string> parseJsonReport(const std::string& textToPa
     }
 }
 
-} // namespace quarbel::cli
+} // namespace quarbel
