@@ -6,9 +6,21 @@ using namespace quarbel;
 
 namespace {
 
+ScorePair scores(const char* title, std::optional<BenchmarkCategory> category, double before, double after) {
+    ScorePair pair;
+    pair.title = title;
+    pair.category = category;
+    pair.before = before;
+    pair.after = after;
+    return pair;
+}
+
 ScorePair cpuScores(double before, double after, std::optional<double> spreadBefore = std::nullopt,
                     std::optional<double> spreadAfter = std::nullopt) {
-    return {"CPU Single-Core", BenchmarkCategory::cpu, before, after, spreadBefore, spreadAfter};
+    ScorePair pair = scores("CPU Single-Core", BenchmarkCategory::cpu, before, after);
+    pair.spreadBefore = spreadBefore;
+    pair.spreadAfter = spreadAfter;
+    return pair;
 }
 
 ScorePair fullRuns(ScorePair pair) {
@@ -25,8 +37,7 @@ TEST(Comparison, VerdictsAtTheEdgesOfTheNoiseBand) {
     const double fullStorage = defaultNoiseBandPercent(BenchmarkCategory::storage, RunLength::full);
     ASSERT_LT(fullStorage, quickStorage);
     const double between = 1000 * (1 + (fullStorage + quickStorage) / 200);
-    const ScorePair storage{"SSD Random", BenchmarkCategory::storage, 1000, between, std::nullopt,
-                            std::nullopt};
+    const ScorePair storage = scores("SSD Random", BenchmarkCategory::storage, 1000, between);
     struct Case {
         const char* name;
         ScorePair pair;
@@ -47,6 +58,11 @@ TEST(Comparison, VerdictsAtTheEdgesOfTheNoiseBand) {
         {"did not complete before", cpuScores(0, 1000), Verdict::faster, cpuBand},
         {"did not complete after", cpuScores(1000, 0), Verdict::slower, cpuBand},
         {"neither completed", cpuScores(0, 0), Verdict::withinNoise, cpuBand},
+        // A slowdown is as large as the speed-up it undoes: ten times slower is past any band.
+        {"ten times slower", fullRuns(scores("SSD Random", BenchmarkCategory::storage, 1000, 100)),
+         Verdict::slower, fullStorage},
+        {"ten times slower, quick", scores("SSD Random", BenchmarkCategory::storage, 1000, 100),
+         Verdict::slower, quickStorage},
         {"two full runs use the full-run band", fullRuns(storage), Verdict::faster, fullStorage},
         {"a quick run in the pair takes the quick-run band", storage, Verdict::withinNoise, quickStorage},
     };
@@ -64,8 +80,8 @@ TEST(Comparison, AnUnknownTitleGetsTheWidestDefaultBand) {
          {BenchmarkCategory::cpu, BenchmarkCategory::render, BenchmarkCategory::gpu,
           BenchmarkCategory::storage, BenchmarkCategory::raw, BenchmarkCategory::system})
         widest = std::max(widest, defaultNoiseBandPercent(category, RunLength::quick));
-    EXPECT_DOUBLE_EQ(
-        compareScores({"Something New", std::nullopt, 100, 101, std::nullopt, std::nullopt}).bandPercent,
-        widest);
+    EXPECT_DOUBLE_EQ(compareScores(scores("Something New", std::nullopt, 100, 101)).bandPercent, widest);
     EXPECT_EQ(verdictText(Verdict::withinNoise), "within noise");
+    EXPECT_NEAR(symmetricChangePercent(0.5), -100.0, 1e-9);
+    EXPECT_NEAR(symmetricChangePercent(2.0), 100.0, 1e-9);
 }
