@@ -27,8 +27,8 @@ inline constexpr int kMinimumSlices = 3;
 // Groups one pass's reports (in time order, cumulative units, from a start at 0 s and 0
 // units) into at most `maxSlices` consecutive slices of about equal time. Every slice ends
 // at a report (the one nearest its share of the time), so it holds whole units; slices that
-// took no time are dropped. A series
-// that goes back in time or units (a new pass) gives nothing.
+// took no time are dropped. A series that goes back in time or units (a new pass) gives
+// nothing.
 std::vector<RateSlice> sliceProgress(std::span<const ProgressPoint> series, int maxSlices = kMaximumSlices);
 
 struct RateUncertainty {
