@@ -1,6 +1,7 @@
 // quarbel: the headless command line of the benchmark suite.
 #include "cli/card_command.h"
 #include "cli/info_command.h"
+#include "model/number_format.h"
 #include "results/report_file.h"
 #include "results/run_comparison.h"
 #include "results/store_report.h"
@@ -25,6 +26,9 @@
 namespace {
 
 using namespace quarbel;
+
+// `compare --fail-on-slower` found a benchmark slower than allowed.
+constexpr int kExitSlower = 3;
 
 constexpr const char* kDescription =
     "Quarbel benchmarks this machine with thirteen timed, sustained workloads and scores them in "
@@ -145,6 +149,16 @@ int main(int argc, char** argv) {
 
     bool noHistory = false;
     run->add_flag("--no-history", noHistory, "Do not keep this run in the history");
+    std::string untilStablePercent;
+    run->add_option(
+           "--until-stable", untilStablePercent,
+           "Rerun each benchmark until its score's 95 % interval is within PERCENT (default 2) of the "
+           "score, or --max-passes ran; the median pass is kept")
+        ->expected(0, 1)
+        ->type_name("[PERCENT]");
+    std::string maxPasses;
+    run->add_option("--max-passes", maxPasses, "The most passes --until-stable runs (default 5)")
+        ->type_name("N");
 
     app.add_subcommand("history", "List the runs kept in the history, newest first, numbered for 'compare'");
 
@@ -156,6 +170,16 @@ int main(int argc, char** argv) {
         ->required();
     compare->add_option("B", compareAfter, "The run to compare with A, given the same way")->required();
     compare->add_flag("--json", compareAsJson, "Print the comparison as JSON");
+    std::string failOnSlower;
+    compare
+        ->add_option(
+            "--fail-on-slower", failOnSlower,
+            "Exit 3 when a benchmark is significantly slower in B by more than PERCENT (default: the "
+            "noise threshold, 1 %); for CI")
+        ->expected(0, 1)
+        ->type_name("[PERCENT]");
+    compare->footer("Exit status: 0 compared, 2 a run cannot be read or an option is wrong, 3 with "
+                    "--fail-on-slower, a benchmark is slower than allowed");
 
     try {
         app.parse(argc, argv);
@@ -199,6 +223,15 @@ int main(int argc, char** argv) {
             std::fputs(historyText(history).c_str(), stdout);
             return afterFlushingOutput(session::kExitOk);
         }
+        double allowedSlowdown = noiseThresholdPercent(std::nullopt);
+        if (compare->count("--fail-on-slower") > 0 && !failOnSlower.empty()) {
+            const auto percent = session::percentArgument("--fail-on-slower", failOnSlower, false);
+            if (const auto* error = std::get_if<session::ArgumentError>(&percent)) {
+                std::fprintf(stderr, "quarbel: %s\n", error->message.c_str());
+                return session::kExitBadInput;
+            }
+            allowedSlowdown = std::get<double>(percent);
+        }
         auto before = resolveSavedRun(compareBefore, history);
         auto after = resolveSavedRun(compareAfter, history);
         for (const auto* resolved : {&before, &after})
@@ -212,6 +245,17 @@ int main(int argc, char** argv) {
         std::fputs(
             (compareAsJson ? comparisonJson(a, b, comparison) : comparisonText(a, b, comparison)).c_str(),
             stdout);
+        if (compare->count("--fail-on-slower") > 0) {
+            const auto slower = slowerThan(comparison, allowedSlowdown);
+            if (!slower.empty()) {
+                std::string titles;
+                for (const auto& title : slower)
+                    titles += (titles.empty() ? "" : ", ") + title;
+                std::fprintf(stderr, "quarbel: slower than allowed (%s %%): %s\n",
+                             format(allowedSlowdown, 1).c_str(), titles.c_str());
+                return afterFlushingOutput(kExitSlower);
+            }
+        }
         return afterFlushingOutput(session::kExitOk);
     }
 
@@ -220,6 +264,14 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "quarbel: %s\n", error->message.c_str());
         return session::kExitBadInput;
     }
+    const auto untilStable = session::untilStableTarget(
+        {run->count("--until-stable") > 0, untilStablePercent,
+         run->count("--max-passes") > 0 ? std::optional(maxPasses) : std::nullopt, options.accuracy});
+    if (const auto* error = std::get_if<session::ArgumentError>(&untilStable)) {
+        std::fprintf(stderr, "quarbel: %s\n", error->message.c_str());
+        return session::kExitBadInput;
+    }
+    options.untilStable = std::get<std::optional<StabilityTarget>>(untilStable);
     if (run->count("--json") > 0) {
         auto target = resolveReportTarget(jsonPath);
         if (const auto* problem = std::get_if<std::string>(&target)) {

@@ -4,6 +4,7 @@
 
 #include "model/outcome.h"
 
+#include <cstddef>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -25,5 +26,21 @@ BenchmarkOutcome accuracyOutcome(std::span<const BenchmarkOutcome> passes);
 
 // What a run stopped between passes reports.
 BenchmarkOutcome accuracyStoppedOutcome();
+
+// Reruns of one benchmark until its score's 95 % interval is at most `ci95Percent` of the
+// score, or `maxPasses` passes ran: an Accuracy Mode that adapts and never runs forever.
+struct StabilityTarget {
+    double ci95Percent = 2.0;
+    int maxPasses = 5;
+    bool operator==(const StabilityTarget&) const = default;
+};
+
+// The position in run order of the pass that accuracyOutcome keeps; 0 for an empty list.
+std::size_t medianPassIndex(std::span<const BenchmarkOutcome> passes);
+
+// The passes combined as accuracyOutcome does, the detail saying how many passes it took and
+// which interval they reached ("± x %", absent when none could be worked out).
+BenchmarkOutcome untilStableOutcome(std::span<const BenchmarkOutcome> passes,
+                                    std::optional<double> ci95Percent, const StabilityTarget& target);
 
 } // namespace quarbel

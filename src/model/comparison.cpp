@@ -94,8 +94,8 @@ ComparedScore byNoiseBand(const ScorePair& pair, ComparedScore result) {
 
 ComparedScore byStatistics(const ScorePair& pair, ComparedScore result) {
     result.method = ComparisonMethod::statistics;
-    const RateUncertainty before = scoreUncertainty(*pair.uncertaintyBefore, pair.id, pair.length);
-    const RateUncertainty after = scoreUncertainty(*pair.uncertaintyAfter, pair.id, pair.length);
+    const RateUncertainty& before = *pair.uncertaintyBefore;
+    const RateUncertainty& after = *pair.uncertaintyAfter;
     const double varianceBefore = before.relativeStandardError * before.relativeStandardError;
     const double varianceAfter = after.relativeStandardError * after.relativeStandardError;
     const double variance = varianceBefore + varianceAfter;

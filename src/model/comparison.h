@@ -38,8 +38,9 @@ double runToRunNoisePercent(std::optional<BenchmarkID> id, RunLength length);
 // The smallest change that is ever called faster or slower, in percent, however significant.
 double noiseThresholdPercent(std::optional<BenchmarkID> id);
 
-// A score's uncertainty with the run-to-run noise of its benchmark added: what a report
-// shows as "± x %".
+// A single pass's uncertainty with the run-to-run noise of its benchmark added: what a
+// report shows as "± x %". (A result of several passes measures that noise itself, in the
+// spread of its passes, and needs no addition.)
 RateUncertainty scoreUncertainty(const RateUncertainty& withinRun, std::optional<BenchmarkID> id,
                                  RunLength length);
 
@@ -53,7 +54,7 @@ struct ScorePair {
     std::optional<double> spreadAfter;
     RunLength length = RunLength::quick; // full only when both runs were full
     std::optional<BenchmarkID> id;
-    // Each result's own uncertainty from its slices (or passes), without the run-to-run noise.
+    // Each score's uncertainty as its report gives it (scoreUncertainty, or its passes').
     std::optional<RateUncertainty> uncertaintyBefore;
     std::optional<RateUncertainty> uncertaintyAfter;
     bool noisyBefore = false; // measured while other work disturbed the machine

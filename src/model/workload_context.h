@@ -24,6 +24,10 @@ struct ProgressReport {
     std::int64_t unitsDone = 0; // work units finished so far (batches, bytes, frames, ...)
     double elapsedSeconds = 0;  // measured time of the work so far
     std::string_view unit;      // what a unit is, plural ("batches", "bytes"); a literal
+    // Workloads whose score averages the rates of several phases (the storage tests' writes
+    // and reads) number them from 0. The counts and times above run on across phases; the
+    // work and time since the previous report belong to the phase of this one.
+    int phase = 0;
 };
 
 // Receives progress from the workload's thread. Implementations must be cheap and
@@ -49,8 +53,9 @@ struct WorkloadContext {
         return budgetSeconds ? *budgetSeconds : defaultSeconds * budgetScale;
     }
 
-    void reportProgress(std::int64_t unitsDone, double elapsedSeconds, std::string_view unit) const noexcept {
-        if (progress != nullptr) progress->report({unitsDone, elapsedSeconds, unit});
+    void reportProgress(std::int64_t unitsDone, double elapsedSeconds, std::string_view unit,
+                        int phase = 0) const noexcept {
+        if (progress != nullptr) progress->report({unitsDone, elapsedSeconds, unit, phase});
     }
 };
 

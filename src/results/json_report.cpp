@@ -75,6 +75,7 @@ std::string jsonReportText(const RunReport& report) {
                            {"temperatureAtEnd", temperatureJson(entry.temperatureAtEnd)},
                            {"stabilityPercent", optionalNumber(entry.stabilityPercent)},
                            {"spreadPercent", optionalNumber(entry.spreadPercent)}});
+        writeStatistics(results.back(), entry.statistics);
     }
     const json document = {
         {"schema", 1},

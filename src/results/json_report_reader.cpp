@@ -112,6 +112,7 @@ ReportEntry entry(const json& result, const std::string& where, bool accuracyRun
     if (result.contains("stabilityPercent"))
         e.stabilityPercent = optionalNumber(result, "stabilityPercent", inside);
     if (result.contains("spreadPercent")) e.spreadPercent = optionalNumber(result, "spreadPercent", inside);
+    if (const auto problem = readStatistics(result, e.statistics)) throw NotAReport{inside + *problem};
     return e;
 }
 

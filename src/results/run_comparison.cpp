@@ -79,21 +79,64 @@ RunComparison compareRuns(const SavedRun& before, const SavedRun& after) {
     if (before.quick != after.quick)
         comparison.warnings.push_back("One run is quick and the other full; quick runs measure a tenth of "
                                       "the time and score differently.");
+    if (before.mode != after.mode)
+        comparison.warnings.push_back("One run is in " + before.mode + " mode and the other in " +
+                                      after.mode +
+                                      " mode; their results combine a different number of passes.");
+    if (!before.machine.empty() && !after.machine.empty() && before.machine != after.machine)
+        comparison.warnings.push_back("The runs come from different machines (" + before.machine + " and " +
+                                      after.machine + ").");
     if (before.stopped || after.stopped) comparison.warnings.push_back("A run was stopped before its end.");
+    std::vector<std::string> byBand, noisy;
     for (const auto& first : before.results) {
         const auto second = std::find_if(after.results.begin(), after.results.end(),
                                          [&](const SavedResult& r) { return r.title == first.title; });
         if (second == after.results.end()) continue;
-        ScorePair pair{first.title,
-                       categoryOfTitle(first.title),
-                       first.status == "ok" ? first.score : 0.0,
-                       second->status == "ok" ? second->score : 0.0,
-                       first.spreadPercent,
-                       second->spreadPercent,
-                       before.quick || after.quick ? RunLength::quick : RunLength::full};
-        comparison.rows.push_back({first.title, pair.before, pair.after, compareScores(pair)});
+        ScorePair pair;
+        pair.title = first.title;
+        pair.category = categoryOfTitle(first.title);
+        pair.before = first.status == "ok" ? first.score : 0.0;
+        pair.after = second->status == "ok" ? second->score : 0.0;
+        pair.spreadBefore = first.spreadPercent;
+        pair.spreadAfter = second->spreadPercent;
+        pair.length = before.quick || after.quick ? RunLength::quick : RunLength::full;
+        pair.id = benchmarkFromRawValue(first.id);
+        pair.uncertaintyBefore = first.statistics.uncertainty;
+        pair.uncertaintyAfter = second->statistics.uncertainty;
+        pair.noisyBefore = first.statistics.noisy;
+        pair.noisyAfter = second->statistics.noisy;
+        const ComparedScore compared = compareScores(pair);
+        if (compared.ratio && compared.method == ComparisonMethod::noiseBand) byBand.push_back(first.title);
+        if (compared.verdict == Verdict::inconclusive) noisy.push_back(first.title);
+        comparison.rows.push_back(
+            {first.title, pair.before, pair.after, compared, pair.uncertaintyBefore, pair.uncertaintyAfter});
     }
+    const auto listed = [](const std::vector<std::string>& titles) {
+        std::string text;
+        for (const auto& title : titles)
+            text += (text.empty() ? "" : ", ") + title;
+        return text;
+    };
+    if (!byBand.empty())
+        comparison.warnings.push_back(
+            "No slice rates for " + listed(byBand) +
+            " (a report from an older Quarbel, or too few slices): compared the old way, against the fixed "
+            "noise band of the category.");
+    if (!noisy.empty())
+        comparison.warnings.push_back("Inconclusive for " + listed(noisy) +
+                                      ": other work disturbed the machine while it ran (noisy machine).");
     return comparison;
+}
+
+std::vector<std::string> slowerThan(const RunComparison& comparison, double percent) {
+    std::vector<std::string> titles;
+    for (const auto& row : comparison.rows) {
+        if (row.compared.verdict != Verdict::slower) continue;
+        // A benchmark that no longer completes is as slow as it gets.
+        if (!row.compared.ratio || -symmetricChangePercent(*row.compared.ratio) > percent)
+            titles.push_back(row.title);
+    }
+    return titles;
 }
 
 std::string historyText(const HistoryListing& history) {
@@ -111,16 +154,32 @@ std::string historyText(const HistoryListing& history) {
 
 std::string comparisonText(const SavedRun& before, const SavedRun& after, const RunComparison& comparison) {
     std::string text = "A: " + runLabel(before) + "\nB: " + runLabel(after) + "\n\n";
-    std::vector<std::vector<std::string>> cells{{"Benchmark", "A", "B", "B / A", "Noise band", "Verdict"}};
+    std::vector<std::vector<std::string>> cells{
+        {"Benchmark", "A", "B", "B / A", "95 % interval", "Change", "Verdict"}};
     for (const auto& row : comparison.rows) {
-        const auto score = [](double value) { return value > 0 ? scoreText(value) : std::string("-"); };
-        cells.push_back({row.title, score(row.before), score(row.after),
-                         row.compared.ratio ? format("%.3f", *row.compared.ratio) : std::string("-"),
-                         format("%.1f %%", row.compared.bandPercent) +
-                             (row.compared.bandFromSpread ? " (Accuracy Mode)" : ""),
-                         std::string(verdictText(row.compared.verdict))});
+        const auto score = [](double value, const std::optional<RateUncertainty>& uncertainty) {
+            if (!(value > 0)) return std::string("-");
+            const std::string interval = uncertaintyText(uncertainty);
+            return interval.empty() ? scoreText(value) : scoreText(value) + " " + interval;
+        };
+        const ComparedScore& c = row.compared;
+        std::string interval = "-";
+        if (c.ratioLow && c.ratioHigh)
+            interval = format("%.3f", *c.ratioLow) + " to " + format("%.3f", *c.ratioHigh);
+        else if (c.ratio)
+            interval =
+                "band " + format("%.1f %%", c.bandPercent) + (c.bandFromSpread ? " (Accuracy Mode)" : "");
+        cells.push_back({row.title, score(row.before, row.uncertaintyBefore),
+                         score(row.after, row.uncertaintyAfter),
+                         c.ratio ? format("%.3f", *c.ratio) : std::string("-"), interval,
+                         c.ratio ? format("%+.1f %%", symmetricChangePercent(*c.ratio)) : std::string("-"),
+                         std::string(verdictText(c.verdict))});
     }
     text += comparison.rows.empty() ? "The two runs have no benchmark in common.\n" : aligned(cells);
+    if (!comparison.rows.empty())
+        text += "Verdicts: a Welch test on the log of the slice rates, significance 0.05, changes under " +
+                format("%.1f %%", noiseThresholdPercent(std::nullopt)) +
+                " never called. Changes are symmetric: +100 % is twice the speed, -100 % half of it.\n";
     for (const auto& warning : comparison.warnings)
         text += "Warning: " + warning + "\n";
     return text;
@@ -138,14 +197,33 @@ std::string comparisonJson(const SavedRun& before, const SavedRun& after, const 
                     {"globalScore", run.globalScore}};
     };
     json rows = json::array();
-    for (const auto& row : comparison.rows)
+    const auto number = [](const std::optional<double>& value) {
+        return value ? json(*value) : json(nullptr);
+    };
+    const auto interval = [](const std::optional<RateUncertainty>& u) {
+        return u ? json(u->ci95Percent()) : json(nullptr);
+    };
+    for (const auto& row : comparison.rows) {
+        const ComparedScore& c = row.compared;
+        const bool statistics = c.method == ComparisonMethod::statistics;
         rows.push_back({{"title", row.title},
                         {"a", row.before},
                         {"b", row.after},
-                        {"ratio", row.compared.ratio ? json(*row.compared.ratio) : json(nullptr)},
-                        {"noiseBandPercent", row.compared.bandPercent},
-                        {"noiseBandFrom", row.compared.bandFromSpread ? "accuracy spread" : "default"},
-                        {"verdict", std::string(verdictText(row.compared.verdict))}});
+                        {"ci95PercentA", interval(row.uncertaintyBefore)},
+                        {"ci95PercentB", interval(row.uncertaintyAfter)},
+                        {"ratio", number(c.ratio)},
+                        {"changePercent", c.ratio ? json(symmetricChangePercent(*c.ratio)) : json(nullptr)},
+                        {"method", statistics ? "statistics" : "noise band"},
+                        {"ratioLow", number(c.ratioLow)},
+                        {"ratioHigh", number(c.ratioHigh)},
+                        {"pValue", number(c.pValue)},
+                        {"thresholdPercent", statistics ? json(c.thresholdPercent) : json(nullptr)},
+                        {"noiseBandPercent", statistics ? json(nullptr) : json(c.bandPercent)},
+                        {"noiseBandFrom", statistics         ? json(nullptr)
+                                          : c.bandFromSpread ? json("accuracy spread")
+                                                             : json("default")},
+                        {"verdict", std::string(verdictText(c.verdict))}});
+    }
     const json document{{"schema", 1},
                         {"a", runJson(before)},
                         {"b", runJson(after)},

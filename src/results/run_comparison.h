@@ -22,6 +22,8 @@ struct ComparisonRow {
     double before = 0; // 0 when the benchmark did not complete in that run
     double after = 0;
     ComparedScore compared;
+    std::optional<RateUncertainty> uncertaintyBefore; // each score's interval, as its report gave it
+    std::optional<RateUncertainty> uncertaintyAfter;
 };
 
 struct RunComparison {
@@ -30,6 +32,10 @@ struct RunComparison {
 };
 
 RunComparison compareRuns(const SavedRun& before, const SavedRun& after);
+
+// The benchmarks judged slower whose slowdown is larger than `percent` (for
+// `compare --fail-on-slower`), in the comparison's order.
+std::vector<std::string> slowerThan(const RunComparison& comparison, double percent);
 
 // The history as an aligned table, numbered for `compare`.
 std::string historyText(const HistoryListing& history);

@@ -120,6 +120,8 @@ std::optional<SavedRun> readSavedRun(const std::string& path, std::string* probl
         if (result.contains("spreadPercent") && result["spreadPercent"].is_number())
             saved.spreadPercent = result["spreadPercent"].get<double>();
         if (saved.title.empty()) return fail("has a result without a title");
+        // A result whose statistics do not read is compared the way older reports are.
+        if (readStatistics(result, saved.statistics)) saved.statistics = {};
         run.results.push_back(std::move(saved));
     }
     return run;

@@ -2,6 +2,8 @@
 // XDG data directory, for `quarbel history`, `quarbel compare` and the window's history.
 #pragma once
 
+#include "results/result_statistics.h"
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -30,6 +32,7 @@ struct SavedResult {
     std::string status; // "ok", "skipped", "failed"
     double score = 0;
     std::optional<double> spreadPercent; // Accuracy Mode's spread, when the report has it
+    ResultStatistics statistics;         // empty for reports from before results carried it
 };
 
 // What `history` lists and `compare` reads from one report file.

@@ -23,8 +23,12 @@ std::string lineText(const MeasurementLine& line) { return line.label + " " + ca
 ReportEntry makeReportEntry(BenchmarkID id, BenchmarkOutcome outcome) {
     std::string score = outcome.status == OutcomeStatus::ok ? scoreText(outcome.score) : "";
     std::string duration = format(outcome.duration, 2) + " s";
-    return {id,    std::move(outcome), std::move(score), std::move(duration), {},
-            false, std::nullopt,       std::nullopt};
+    ReportEntry entry;
+    entry.id = id;
+    entry.outcome = std::move(outcome);
+    entry.scoreText = std::move(score);
+    entry.durationText = std::move(duration);
+    return entry;
 }
 
 std::vector<ReportEntry> reportEntries(const BenchmarkRows& rows, std::span<const BenchmarkID> ids) {
@@ -56,8 +60,13 @@ std::vector<std::vector<std::string>> resultTableCells(const RunReport& report) 
     for (const auto& entry : report.results) {
         std::string name(title(entry.id));
         if (report.quick) name += " (quick)";
-        cells.push_back({std::move(name), std::string(rawValue(entry.outcome.status)),
-                         entry.scoreText.empty() ? "-" : entry.scoreText, lineText(entry.outcome.primary),
+        if (entry.statistics.noisy) name += " (noisy machine)";
+        std::string score = entry.scoreText.empty() ? "-" : entry.scoreText;
+        if (const std::string interval = uncertaintyText(entry.statistics.uncertainty);
+            !interval.empty() && !entry.scoreText.empty())
+            score += " " + interval;
+        cells.push_back({std::move(name), std::string(rawValue(entry.outcome.status)), std::move(score),
+                         lineText(entry.outcome.primary),
                          entry.outcome.secondary ? lineText(*entry.outcome.secondary) : "-",
                          entry.durationText});
     }

@@ -5,6 +5,7 @@
 
 #include "model/catalogue.h"
 #include "model/outcome.h"
+#include "results/result_statistics.h"
 #include "sensors/machine_condition.h"
 #include "sensors/temperature.h"
 
@@ -25,6 +26,7 @@ struct ReportEntry {
     bool accuracyMode = false;              // the outcome is the median pass of Accuracy Mode
     std::optional<double> stabilityPercent; // last fifth's rate over the first fifth's
     std::optional<double> spreadPercent;    // Accuracy Mode's spread of pass scores
+    ResultStatistics statistics;            // the score's interval, its slices and the interference
 };
 
 struct RunReport {

@@ -1,6 +1,7 @@
 #include "run/benchmark_store.h"
 
 #include "model/accuracy.h"
+#include "model/comparison.h"
 #include "model/number_format.h"
 #include "run/background_tasks.h"
 #include "run/window_presenter.h"
@@ -50,8 +51,11 @@ std::string newUUIDText() {
 
 StoreServices StoreServices::standard() {
     return {[](BenchmarkID id, const WorkloadContext& context) { return quarbel::runWorkload(id, context); },
-            [] { return QuarbelReadTemperatures(); }, [] { return QDateTime::currentDateTime(); },
-            [] { return sampleMachineCondition(); }, [] { return readThrottleSample(); }};
+            [] { return QuarbelReadTemperatures(); },
+            [] { return QDateTime::currentDateTime(); },
+            [] { return sampleMachineCondition(); },
+            [] { return readThrottleSample(); },
+            [] { return readCpuTickSample(); }};
 }
 
 // The state of one run, owned by the store while the run is active.
@@ -65,6 +69,12 @@ struct BenchmarkStore::RunTask {
     std::vector<BenchmarkOutcome> passOutcomes; // Accuracy Mode passes so far
     std::optional<double> stability;            // the running benchmark's lowest pass stability
     std::optional<double> spread;               // its Accuracy Mode spread, once all passes ended
+    std::optional<StabilityTarget> untilStable; // rerun each benchmark until its interval is narrow
+    // The slices of each pass of the running benchmark, in run order (empty for a pass that
+    // reported no progress), and what its combined result's interval became.
+    std::vector<std::vector<PhaseSlice>> passSlices;
+    std::optional<RateUncertainty> uncertainty;
+    std::optional<CpuTickSample> startTicks; // as the running benchmark started
 };
 
 // Written by the workload's thread after each unit, read by the display clock.
@@ -73,15 +83,22 @@ class BenchmarkStore::PassProgress final : public ProgressSink {
     void report(const ProgressReport& progress) noexcept override {
         std::lock_guard lock(mutex_);
         latest_ = progress;
+        series_.add(progress);
     }
     ProgressReport latest() const {
         std::lock_guard lock(mutex_);
         return latest_;
     }
+    // Once the pass has ended: its reports, sliced.
+    std::vector<PhaseSlice> slices() const {
+        std::lock_guard lock(mutex_);
+        return slicePhases(series_);
+    }
 
   private:
     mutable std::mutex mutex_;
     ProgressReport latest_;
+    ProgressSeries series_;
 };
 
 BenchmarkStore::BenchmarkStore(StoreServices services, WindowPresenter* presenter, QObject* parent)
@@ -92,6 +109,7 @@ BenchmarkStore::BenchmarkStore(StoreServices services, WindowPresenter* presente
     if (!services_.now) services_.now = StoreServices::standard().now;
     if (!services_.readCondition) services_.readCondition = StoreServices::standard().readCondition;
     if (!services_.readThrottle) services_.readThrottle = StoreServices::standard().readThrottle;
+    if (!services_.readCpuTicks) services_.readCpuTicks = StoreServices::standard().readCpuTicks;
     logLines_ = {QStringLiteral("Quarbel ready")};
     currentRunTick_ = services_.now();
     startThermalMonitor(kIdleThermalInterval);
@@ -144,6 +162,10 @@ void BenchmarkStore::run(const std::vector<BenchmarkID>& ids, bool followsActive
     task_->followsActiveTest = followsActiveTest;
     task_->accuracyMode = accuracyMode_;
     task_->passes = accuracyMode_ ? kAccuracyPasses : 1;
+    if (!accuracyMode_ && untilStable_) {
+        task_->untilStable = untilStable_;
+        task_->passes = std::max(untilStable_->maxPasses, 1);
+    }
     Q_EMIT busyChanged();
 
     // The task body starts from the event loop, so run() returns at once.
@@ -187,6 +209,9 @@ void BenchmarkStore::beginNextBenchmark() {
     setRow(id, {TestRunState::running, std::nullopt});
     task.stability.reset();
     task.spread.reset();
+    task.passSlices.clear();
+    task.uncertainty.reset();
+    task.startTicks = services_.readCpuTicks();
     throttleWatch_.beginBenchmark();
     startRealtimeClock(id, task.passes);
     if (hasAnimationWindow(id)) presentAnimationWindow(id, task.passes);
@@ -194,32 +219,83 @@ void BenchmarkStore::beginNextBenchmark() {
 }
 
 void BenchmarkStore::runBenchmark(BenchmarkID id, int passes) {
-    if (passes < 2) {
-        runBenchmarkPass(id, [this](BenchmarkOutcome outcome) { benchmarkFinished(std::move(outcome)); });
+    if (passes < 2 && !task_->untilStable) {
+        runBenchmarkPass(id, [this](BenchmarkOutcome outcome) {
+            combinePasses();
+            benchmarkFinished(std::move(outcome));
+        });
         return;
     }
     task_->passOutcomes.clear();
-    appendLog(QStringLiteral("%1: Accuracy Mode %2x median").arg(qs(title(id))).arg(passes));
+    if (task_->untilStable)
+        appendLog(QStringLiteral("%1: rerun until stable (\u00b1 %2 %, at most %3 passes)")
+                      .arg(qs(title(id)), qs(format(task_->untilStable->ci95Percent, 1)))
+                      .arg(passes));
+    else
+        appendLog(QStringLiteral("%1: Accuracy Mode %2x median").arg(qs(title(id))).arg(passes));
     runNextAccuracyPass();
+}
+
+bool BenchmarkStore::passesDone() const {
+    const RunTask& task = *task_;
+    const auto done = static_cast<int>(task.passOutcomes.size());
+    if (done >= task.passes) return true;
+    if (!task.untilStable || done == 0) return false;
+    // Another pass of a benchmark that failed or could not run would only fail again.
+    if (task.passOutcomes.back().status != OutcomeStatus::ok) return true;
+    return task.uncertainty && task.uncertainty->ci95Percent() <= task.untilStable->ci95Percent;
 }
 
 void BenchmarkStore::runNextAccuracyPass() {
     RunTask& task = *task_;
     const BenchmarkID id = task.ids[task.index];
     const auto done = static_cast<int>(task.passOutcomes.size());
-    if (task.cancelled || done >= task.passes) {
-        BenchmarkOutcome outcome =
-            done == task.passes ? accuracyOutcome(task.passOutcomes) : accuracyStoppedOutcome();
-        if (done == task.passes) task.spread = accuracySpreadPercent(task.passOutcomes);
-        task.passOutcomes.clear();
+    if (task.cancelled || passesDone()) {
+        BenchmarkOutcome outcome = accuracyStoppedOutcome();
+        if (!task.cancelled && task.untilStable) {
+            outcome = untilStableOutcome(task.passOutcomes,
+                                         task.uncertainty ? std::optional(task.uncertainty->ci95Percent())
+                                                          : std::nullopt,
+                                         *task.untilStable);
+        } else if (done == task.passes) {
+            outcome = accuracyOutcome(task.passOutcomes);
+            task.spread = accuracySpreadPercent(task.passOutcomes);
+        }
         benchmarkFinished(std::move(outcome));
         return;
     }
-    appendLog(QStringLiteral("%1: pass %2/%3").arg(qs(title(id))).arg(done + 1).arg(task.passes));
+    const QString total =
+        task.untilStable ? QStringLiteral("%1 at most").arg(task.passes) : QString::number(task.passes);
+    appendLog(QStringLiteral("%1: pass %2/%3").arg(qs(title(id))).arg(done + 1).arg(total));
     runBenchmarkPass(id, [this](BenchmarkOutcome outcome) {
         task_->passOutcomes.push_back(std::move(outcome));
+        combinePasses();
         runNextAccuracyPass();
     });
+}
+
+void BenchmarkStore::combinePasses() {
+    RunTask& task = *task_;
+    const BenchmarkID id = task.ids[task.index];
+    const RunLength length = budgetScale_ < 1.0 ? RunLength::quick : RunLength::full;
+    task.uncertainty.reset();
+    if (task.passOutcomes.size() < 2) {
+        // One pass: its slices, with the run-to-run noise it cannot see added.
+        if (task.passSlices.empty()) return;
+        if (const auto own = passRateUncertainty(task.passSlices.back()))
+            task.uncertainty = scoreUncertainty(*own, id, length);
+        return;
+    }
+    // Several passes: their spread shows the variation between runs directly.
+    std::vector<double> scores;
+    std::vector<RateUncertainty> own;
+    for (std::size_t pass = 0; pass < task.passOutcomes.size(); ++pass) {
+        if (task.passOutcomes[pass].status != OutcomeStatus::ok) return;
+        scores.push_back(task.passOutcomes[pass].score);
+        if (pass < task.passSlices.size())
+            if (const auto measured = passRateUncertainty(task.passSlices[pass])) own.push_back(*measured);
+    }
+    task.uncertainty = passUncertainty(scores, own);
 }
 
 void BenchmarkStore::benchmarkFinished(BenchmarkOutcome outcome) {
@@ -242,7 +318,26 @@ void BenchmarkStore::benchmarkFinished(BenchmarkOutcome outcome) {
         }
         return QStringLiteral("%1: unavailable").arg(qs(title(id)));
     }();
-    endStates_[indexOf(id)] = {temperatureSnapshot_, task.accuracyMode, task.stability, task.spread};
+    BenchmarkEndState end;
+    end.temperature = temperatureSnapshot_;
+    end.accuracyMode = task.accuracyMode;
+    end.stabilityPercent = task.stability;
+    end.spreadPercent = task.spread;
+    end.passes = std::max<int>(1, static_cast<int>(task.passOutcomes.size()));
+    if (status == OutcomeStatus::ok) {
+        end.uncertainty = task.uncertainty;
+        const std::size_t kept = medianPassIndex(task.passOutcomes);
+        if (kept < task.passSlices.size()) end.slices = task.passSlices[kept];
+        if (task.passOutcomes.size() > 1)
+            for (const auto& pass : task.passOutcomes)
+                end.passScores.push_back(pass.score);
+    }
+    if (const auto endTicks = services_.readCpuTicks(); task.startTicks && endTicks)
+        end.interference = interferenceBetween(*task.startTicks, *endTicks);
+    end.frequencyDropPercent = throttleWatch_.frequencyDropPercent();
+    end.noisy = end.interference && isNoisy(*end.interference);
+    endStates_[indexOf(id)] = std::move(end);
+    task.passOutcomes.clear();
     if (task.stability && *task.stability < kThrottlingStabilityPercent) {
         unstableSeen_ = true;
         updateConditionBadges();
@@ -302,6 +397,7 @@ void BenchmarkStore::runBenchmarkPass(BenchmarkID id, PassCompletion completion)
         [runWorkload, id, context, token, progress] { return runWorkload(id, context); },
         [this, id, token, progress, pending](BenchmarkOutcome outcome) {
             sampleProgress(progress->latest());
+            if (task_) task_->passSlices.push_back(progress->slices());
             // The storage benchmarks change pace by design (writes, then reads), so a slower
             // last fifth says nothing about throttling there. In a quick run a fifth lasts a
             // fraction of a second, short enough for one preempted tick to look like heat.
@@ -319,6 +415,7 @@ void BenchmarkStore::runBenchmarkPass(BenchmarkID id, PassCompletion completion)
             (*pending)(std::move(outcome));
         });
     if (!problem) return;
+    if (task_) task_->passSlices.emplace_back();
     workerToken_.reset();
     workerProgress_.reset();
     // The benchmark fails and the run goes on; the outcome arrives from the event loop,
@@ -332,6 +429,8 @@ void BenchmarkStore::runBenchmarkPass(BenchmarkID id, PassCompletion completion)
 }
 
 void BenchmarkStore::runVisibleMetalBenchmark(PassCompletion completion) {
+    // The window's scene reports frame statistics, not slices.
+    if (task_) task_->passSlices.emplace_back();
     if (!presenter_->hasVisualDevice()) {
         completion(skippedOutcome("Metal is not available on this machine."));
         return;

@@ -4,11 +4,14 @@
 // their outcome back to the main thread before any property changes.
 #pragma once
 
+#include "model/accuracy.h"
 #include "model/catalogue.h"
 #include "model/outcome.h"
+#include "model/progress_series.h"
 #include "model/stability.h"
 #include "model/visual.h"
 #include "model/workload_context.h"
+#include "sensors/interference.h"
 #include "sensors/machine_condition.h"
 #include "sensors/temperature.h"
 
@@ -51,6 +54,16 @@ struct BenchmarkEndState {
     // storage benchmarks, whose phases run at different rates by design.
     std::optional<double> stabilityPercent;
     std::optional<double> spreadPercent; // Accuracy Mode's spread of the pass scores
+    int passes = 1;                      // passes the result combines
+    // The score's uncertainty: one pass's slices with its benchmark's run-to-run noise added,
+    // or the spread of several passes. Absent when too few slices or passes were measured.
+    std::optional<RateUncertainty> uncertainty;
+    std::vector<PhaseSlice> slices; // of the pass whose outcome is kept
+    std::vector<double> passScores; // in run order, when the result combines several passes
+    // What the rest of the machine took while the benchmark ran; absent where unreadable.
+    std::optional<Interference> interference;
+    std::optional<double> frequencyDropPercent; // the fastest CPU's lowest frequency below its highest
+    bool noisy = false;                         // interference above the thresholds of isNoisy
     bool operator==(const BenchmarkEndState&) const = default;
 };
 
@@ -74,6 +87,8 @@ struct StoreServices {
     std::function<MachineCondition()> readCondition;
     // Frequencies and critical sensors, read with the temperatures while a run is active.
     std::function<ThrottleSample()> readThrottle;
+    // The machine's and this process's CPU ticks, read as each benchmark starts and ends.
+    std::function<std::optional<CpuTickSample>()> readCpuTicks;
 
     static StoreServices standard();
 };
@@ -142,6 +157,12 @@ class BenchmarkStore : public QObject {
     void setBudgetScale(double scale) { budgetScale_ = scale; }
     double budgetScale() const { return budgetScale_; }
 
+    // Reruns each benchmark until its 95 % interval is within the target or the passes run
+    // out (absent: off). Read when a run starts; Accuracy Mode's three passes win when both
+    // are on.
+    void setUntilStable(std::optional<StabilityTarget> target) { untilStable_ = target; }
+    std::optional<StabilityTarget> untilStable() const { return untilStable_; }
+
     // How long the visual benchmark may go without a frame (no live statistics) before it
     // counts as failed and the run goes on. A scene whose device or pipeline is missing
     // never reports, so this bounds the wait.
@@ -188,6 +209,8 @@ class BenchmarkStore : public QObject {
     void beginNextBenchmark();
     void runBenchmark(BenchmarkID id, int passes);
     void runNextAccuracyPass();
+    bool passesDone() const;
+    void combinePasses();
     void benchmarkFinished(BenchmarkOutcome outcome);
     void finishRunTask();
     void runBenchmarkPass(BenchmarkID id, PassCompletion completion);
@@ -249,6 +272,7 @@ class BenchmarkStore : public QObject {
     std::optional<double> peakCPU_;
     std::optional<double> peakGPU_;
     double budgetScale_ = 1.0;
+    std::optional<StabilityTarget> untilStable_;
 
     // Declared last so it is destroyed first: its destructor joins the threads that
     // may still post results to this object.

@@ -190,6 +190,13 @@ void ThrottleWatch::observe(const ThrottleSample& sample) {
                          " GHz");
     }
     highestKHz_ = std::max(highestKHz_.value_or(0), now);
+    lowestKHz_ = lowestKHz_ ? std::min(*lowestKHz_, now) : now;
+    ++frequencySamples_;
+}
+
+std::optional<double> ThrottleWatch::frequencyDropPercent() const {
+    if (frequencySamples_ < 2 || !highestKHz_ || !lowestKHz_ || *highestKHz_ <= 0) return std::nullopt;
+    return 100.0 * (1.0 - static_cast<double>(*lowestKHz_) / static_cast<double>(*highestKHz_));
 }
 
 std::vector<std::string> conditionBadges(const MachineCondition& condition, bool throttlingSeen) {

@@ -75,8 +75,16 @@ class ThrottleWatch {
   public:
     // A new benchmark starts: frequencies are compared within one benchmark only, since
     // an idle gap between benchmarks lowers them legitimately.
-    void beginBenchmark() { highestKHz_.reset(); }
+    void beginBenchmark() {
+        highestKHz_.reset();
+        lowestKHz_.reset();
+        frequencySamples_ = 0;
+    }
     void observe(const ThrottleSample& sample);
+
+    // How far the fastest CPU's frequency fell below its highest within the benchmark, in
+    // percent; absent before two samples with a frequency.
+    std::optional<double> frequencyDropPercent() const;
 
     // Short notes such as "k10temp temp1 at its critical temperature", "CPU frequency fell
     // from 3.50 to 2.10 GHz"; each kind of sign is noted once.
@@ -84,6 +92,8 @@ class ThrottleWatch {
 
   private:
     std::optional<long long> highestKHz_;
+    std::optional<long long> lowestKHz_;
+    int frequencySamples_ = 0;
     bool frequencyNoted_ = false;
     std::vector<std::string> criticalNoted_;
     std::vector<std::string> signs_;

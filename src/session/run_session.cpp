@@ -81,6 +81,7 @@ RunSession::RunSession(BenchmarkStore& store, RunOptions options, std::FILE* out
 void RunSession::start() {
     store_.setAccuracyMode(options_.accuracy);
     store_.setBudgetScale(options_.quick ? 0.1 : 1.0);
+    store_.setUntilStable(options_.untilStable);
     startedAt_ = std::chrono::system_clock::now();
     started_ = true;
     if (stopRequested_ || !outputProblem_.empty()) {

@@ -2,6 +2,7 @@
 // log and live progress while it runs, then the table, summary, JSON report and cards.
 #pragma once
 
+#include "model/accuracy.h"
 #include "results/report_file.h"
 #include "results/run_report.h"
 #include "run/benchmark_store.h"
@@ -21,9 +22,10 @@ struct RunOptions {
     std::vector<BenchmarkID> ids;
     bool accuracy = false;
     bool quick = false;
-    std::optional<ReportTarget> report;        // absent: no JSON report
-    std::optional<std::string> cardsDirectory; // absent: no result cards; else checked, absolute
-    std::string historyDirectory;              // where the report is also kept; empty: not kept
+    std::optional<ReportTarget> report;         // absent: no JSON report
+    std::optional<std::string> cardsDirectory;  // absent: no result cards; else checked, absolute
+    std::string historyDirectory;               // where the report is also kept; empty: not kept
+    std::optional<StabilityTarget> untilStable; // rerun each benchmark until its interval is narrow
 };
 
 // The process exit status of a run.

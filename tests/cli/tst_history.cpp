@@ -109,15 +109,17 @@ TEST(RunHistory, ComparesByTitleAndWarnsWhenRunsAreNotLikeForLike) {
     EXPECT_EQ(comparison.rows[0].compared.verdict, Verdict::faster);
     EXPECT_EQ(comparison.rows[1].compared.verdict, Verdict::withinNoise)
         << "B's Accuracy Mode spread of 120 %";
-    ASSERT_EQ(comparison.warnings.size(), 2u);
+    ASSERT_EQ(comparison.warnings.size(), 3u);
     EXPECT_NE(comparison.warnings[0].find("different Quarbel versions (1.0 and 1.1)"), std::string::npos);
     EXPECT_NE(comparison.warnings[1].find("quick"), std::string::npos);
+    // Reports without slice rates are judged the old way, and the user is told.
+    EXPECT_NE(comparison.warnings[2].find("No slice rates for CPU Single-Core, SSD Random"), std::string::npos);
 
     const std::string text = comparisonText(a, b, comparison);
     EXPECT_NE(text.find("CPU Single-Core  1000.0  1100.0  1.100"), std::string::npos) << text;
     const auto document = nlohmann::json::parse(comparisonJson(a, b, comparison));
     EXPECT_EQ(document["results"][1]["noiseBandFrom"], "accuracy spread");
-    EXPECT_TRUE(compareRuns(a, a).warnings.empty());
+    EXPECT_EQ(compareRuns(a, a).warnings.size(), 1u);
     EXPECT_DOUBLE_EQ(comparison.rows[0].compared.bandPercent,
                      defaultNoiseBandPercent(BenchmarkCategory::cpu, RunLength::quick))
         << "B is quick";

@@ -132,8 +132,8 @@ TEST(Comparison, StatisticalVerdictsHoldAnAATestAndSeeARealChange) {
         pair.after = rateOf(b);
         pair.id = BenchmarkID::cpuInteger;
         pair.length = RunLength::full;
-        pair.uncertaintyBefore = rateUncertainty(sliceProgress(a));
-        pair.uncertaintyAfter = rateUncertainty(sliceProgress(b));
+        pair.uncertaintyBefore = scoreUncertainty(*rateUncertainty(sliceProgress(a)), pair.id, pair.length);
+        pair.uncertaintyAfter = scoreUncertainty(*rateUncertainty(sliceProgress(b)), pair.id, pair.length);
         pair.noisyAfter = noisy;
         return compareScores(pair);
     };

@@ -47,7 +47,8 @@ TEST(RunSession, InterruptStopsTheRunWithoutSummaryAndExit130) {
                                  true,
                                  std::get<ReportTarget>(resolveReportTarget(report.string())),
                                  std::nullopt,
-                                 std::string()},
+                                 std::string(),
+                                 std::nullopt},
                                 out, false, [] {
                                     return std::vector<std::pair<std::string, std::string>>{{"CPU", "Fake"}};
                                 });
@@ -136,7 +137,8 @@ TEST(RunSession, EachResultCarriesTheTemperaturesAtItsEndAndItsMode) {
                                  false,
                                  std::get<ReportTarget>(resolveReportTarget(report.string())),
                                  std::nullopt,
-                                 std::string()},
+                                 std::string(),
+                                 std::nullopt},
                                 out, false, {});
     int exitCode = -1;
     QObject::connect(&session, &session::RunSession::finished, [&](int code) { exitCode = code; });

@@ -17,7 +17,8 @@ QColor verdictColor(Verdict verdict) {
     switch (verdict) {
     case Verdict::faster: return theme::stateColor(TestRunState::done);
     case Verdict::slower: return theme::stateColor(TestRunState::failed);
-    case Verdict::withinNoise: return theme::muted();
+    case Verdict::withinNoise:
+    case Verdict::inconclusive: return theme::muted();
     }
     return theme::muted();
 }

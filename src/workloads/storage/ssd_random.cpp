@@ -93,7 +93,8 @@ BenchmarkOutcome runSSDRandom(const WorkloadContext& context, const SSDRandomPar
         const double readEnd = monotonicSeconds();
         readOperations += parameters.readsPerRound;
         readSeconds += std::max(kMinimumElapsed, readEnd - readStart);
-        context.reportProgress(readOperations + writeOperations, readSeconds + writeSeconds, "operations");
+        context.reportProgress(readOperations + writeOperations, readSeconds + writeSeconds, "operations",
+                               kReadPhase);
 
         const double writeStart = monotonicSeconds();
         {
@@ -109,7 +110,8 @@ BenchmarkOutcome runSSDRandom(const WorkloadContext& context, const SSDRandomPar
         const double writeEnd = monotonicSeconds();
         writeOperations += parameters.writesPerRound;
         writeSeconds += std::max(kMinimumElapsed, writeEnd - writeStart);
-        context.reportProgress(readOperations + writeOperations, readSeconds + writeSeconds, "operations");
+        context.reportProgress(readOperations + writeOperations, readSeconds + writeSeconds, "operations",
+                               kWritePhase);
 
         if (monotonicSeconds() - measurementStart >= budgetSeconds) break;
         if (context.cancelled()) break; // a stop ends the test with the rounds done so far

@@ -17,6 +17,11 @@ inline constexpr unsigned kSequentialPatternShift = 23;
 inline constexpr std::uint64_t kRealSpeedPatternSeed = 0x51D55EEDCAFEF00D;
 inline constexpr unsigned kRealSpeedPatternShift = 29;
 
+// The phases of the write-then-read tests in their progress reports: their score averages
+// the two phases' rates, so each phase's uncertainty is worked out on its own.
+inline constexpr int kWritePhase = 0;
+inline constexpr int kReadPhase = 1;
+
 // Fills `bytes` from a 64-bit LCG started at `seed`: the state advances before each byte,
 // and the byte is (state >> shift) & 0xFF. Incompressible enough that no layer below can
 // shortcut the writes.
