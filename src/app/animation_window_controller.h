@@ -38,8 +38,9 @@ class BenchmarkAnimationWindowController : public QObject {
                                        Completion completion);
     ~BenchmarkAnimationWindowController() override;
 
-    // Sizes, titles, centres and shows the window above the others.
-    void showWindow();
+    // Sizes, titles, centres and shows the window as a transient child of `parent` (the main
+    // window, or none): it stays above its parent and never keeps the program alive.
+    void showWindow(QWindow* parent);
     // Closes the window without it reporting anything.
     void close();
 
