@@ -61,7 +61,7 @@ void BenchmarkAnimationWindowController::showWindow(QWindow* parent) {
     scene_->setFlags(flags);
     scene_->setTransientParent(parent);
     scene_->setTitle(windowTitle(benchmarkID_));
-    scene_->setMinimumSize(kBenchmarkWindowMinimumSize);
+    scene_->setMinimumSize(kSceneWindowMinimumSize);
     scene_->setGeometry(centredOnScreen(scene_->screen()));
     scene_->show();
     scene_->raise();
