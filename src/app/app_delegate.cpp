@@ -66,8 +66,8 @@ void QuarbelAppDelegate::applicationWillTerminate() {
         qApp->removeEventFilter(commandQMonitor_.get());
         commandQMonitor_.reset();
     }
-    // The run stops before its windows close: a scene window closed under a running
-    // benchmark would fail it, and the run would go on to the next one.
+    // The run stops first, which closes its benchmark window as the program's own close: no
+    // window is then reported as closed by the user under a running benchmark.
     stopRun();
     closeAllWindows();
     waitUntilIdle(store_, stopWaitLimit_);
