@@ -21,7 +21,7 @@ PACKAGES=(
   libvulkan-dev libshaderc-dev glslang-tools mesa-vulkan-drivers
   ocl-icd-opencl-dev opencl-headers pocl-opencl-icd
   hyperfine fio clpeak
-  xvfb xauth desktop-file-utils appstream
+  xvfb xauth xdotool desktop-file-utils appstream
 )
 
 install_missing_packages() {

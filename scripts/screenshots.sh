@@ -135,3 +135,29 @@ rm -rf "$OUT/cards-suite" "$OUT/cards-skipped"
 "$CLI" card "$PRIVATE/report.json" --out "$OUT/cards-suite"
 VK_ICD_FILENAMES=/nonexistent.json OCL_ICD_VENDORS=/nonexistent "$CLI" run cpuInteger memoryStream metalVisual \
   metalCompute openCLCompute rawMetalDecode --quick --cards "$OUT/cards-skipped" | grep '^Result card:'
+
+# ---- Small and scaled screens ---------------------------------------------------------
+#   laptop.png        the main window at its default size on a 1366 x 768 screen: the menu
+#                     bar and the footer are on screen
+#   scene-scaled.png  the GPU Visual Tour's window mid-run at QT_SCALE_FACTOR=2, over the
+#                     main window (the scene is measured at 960 x 540 pixels all the same)
+# with_screen WIDTHxHEIGHT: a fresh Xvfb of that size, on the same display, for what follows.
+with_screen() {
+  kill "$XVFB" 2>/dev/null || true
+  wait "$XVFB" 2>/dev/null || true
+  Xvfb "$DISPLAY" -screen 0 "$1x24" -nolisten tcp >/dev/null 2>&1 &
+  XVFB=$!
+  sleep 1
+}
+with_screen 1366x768
+rm -rf "$XDG_CONFIG_HOME" # no saved frame: the default size, fitted to the screen
+start_gui
+sleep 1.5
+shot laptop.png
+stop_gui
+with_screen 2600x1800
+rm -rf "$XDG_CONFIG_HOME"
+QT_SCALE_FACTOR=2 start_gui --run metalVisual
+sleep 6
+shot scene-scaled.png
+stop_gui

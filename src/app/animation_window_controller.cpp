@@ -42,23 +42,26 @@ BenchmarkAnimationWindowController::~BenchmarkAnimationWindowController() {
     if (widget_) widget_->removeEventFilter(this);
 }
 
-void BenchmarkAnimationWindowController::showWindow() {
+void BenchmarkAnimationWindowController::showWindow(QWindow* parent) {
     const Qt::WindowFlags flags = Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
-                                  Qt::WindowMinMaxButtonsHint | Qt::WindowCloseButtonHint |
-                                  Qt::WindowStaysOnTopHint;
+                                  Qt::WindowMinMaxButtonsHint | Qt::WindowCloseButtonHint;
     if (widget_) {
         widget_->setWindowFlags(flags);
+        widget_->setAttribute(Qt::WA_QuitOnClose, false);
         widget_->setWindowTitle(windowTitle(benchmarkID_));
         widget_->setMinimumSize(kBenchmarkWindowMinimumSize);
         widget_->setGeometry(centredOnScreen(widget_->screen()));
+        widget_->winId(); // the native window, to hang it under its parent before it is shown
+        widget_->windowHandle()->setTransientParent(parent);
         widget_->show();
         widget_->raise();
         widget_->activateWindow();
         return;
     }
     scene_->setFlags(flags);
+    scene_->setTransientParent(parent);
     scene_->setTitle(windowTitle(benchmarkID_));
-    scene_->setMinimumSize(kBenchmarkWindowMinimumSize);
+    scene_->setMinimumSize(kSceneWindowMinimumSize);
     scene_->setGeometry(centredOnScreen(scene_->screen()));
     scene_->show();
     scene_->raise();

@@ -21,8 +21,10 @@ namespace quarbel::app {
 class MetalBenchmarkSceneWindow;
 
 // Content 960 x 540, at least 720 x 405, centred on the screen and kept above the main window.
+// The scene's view takes no less than its full 960 x 540.
 inline constexpr QSize kBenchmarkWindowSize{960, 540};
 inline constexpr QSize kBenchmarkWindowMinimumSize{720, 405};
+inline constexpr QSize kSceneWindowMinimumSize = kBenchmarkWindowSize;
 
 class BenchmarkAnimationWindowController : public QObject {
     Q_OBJECT
@@ -38,8 +40,9 @@ class BenchmarkAnimationWindowController : public QObject {
                                        Completion completion);
     ~BenchmarkAnimationWindowController() override;
 
-    // Sizes, titles, centres and shows the window above the others.
-    void showWindow();
+    // Sizes, titles, centres and shows the window as a transient child of `parent` (the main
+    // window, or none): it stays above its parent and never keeps the program alive.
+    void showWindow(QWindow* parent);
     // Closes the window without it reporting anything.
     void close();
 

@@ -27,10 +27,8 @@ bool QuitShortcutFilter::eventFilter(QObject* watched, QEvent* event) {
     return QObject::eventFilter(watched, event);
 }
 
-bool stopRunAndWait(BenchmarkStore& store, std::chrono::milliseconds limit) {
-    store.stop();
+bool waitUntilIdle(BenchmarkStore& store, std::chrono::milliseconds limit) {
     if (!store.busy()) return true;
-    // The stopped pass hands its outcome back through the event loop, so keep it turning.
     QEventLoop loop;
     QObject::connect(&store, &BenchmarkStore::busyChanged, &loop, [&] {
         if (!store.busy()) loop.quit();
@@ -58,7 +56,7 @@ void QuarbelAppDelegate::applicationDidFinishLaunching() {
 }
 
 void QuarbelAppDelegate::terminate() {
-    store_.stop();
+    stopRun();
     closeAllWindows();
     QCoreApplication::quit();
 }
@@ -68,8 +66,17 @@ void QuarbelAppDelegate::applicationWillTerminate() {
         qApp->removeEventFilter(commandQMonitor_.get());
         commandQMonitor_.reset();
     }
+    // The run stops first, which closes its benchmark window as the program's own close: no
+    // window is then reported as closed by the user under a running benchmark.
+    stopRun();
     closeAllWindows();
-    stopRunAndWait(store_, stopWaitLimit_);
+    waitUntilIdle(store_, stopWaitLimit_);
+}
+
+void QuarbelAppDelegate::stopRun() {
+    if (runStopped_) return;
+    runStopped_ = true;
+    store_.stop();
 }
 
 void QuarbelAppDelegate::closeAllWindows() {

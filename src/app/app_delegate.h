@@ -34,9 +34,9 @@ class QuitShortcutFilter : public QObject {
     std::function<void()> quit_;
 };
 
-// Stops a run of `store`, if any, and processes events until the store is idle or
-// `limit` has passed. Returns whether the store is idle. Main thread only.
-bool stopRunAndWait(BenchmarkStore& store, std::chrono::milliseconds limit);
+// Processes events until `store` is idle (a stopped pass hands its outcome back through the
+// event loop) or `limit` has passed. Returns whether the store is idle. Main thread only.
+bool waitUntilIdle(BenchmarkStore& store, std::chrono::milliseconds limit);
 
 class QuarbelAppDelegate : public QObject {
     Q_OBJECT
@@ -59,13 +59,17 @@ class QuarbelAppDelegate : public QObject {
     bool monitorsQuitShortcut() const { return commandQMonitor_ != nullptr; }
 
   private:
-    // On aboutToQuit: removes the monitor, closes what is still open, waits for the run.
+    // On aboutToQuit: removes the monitor, stops the run, closes what is still open, waits
+    // for the run.
     void applicationWillTerminate();
+    // Stops the run once per quit: Ctrl+Q and the end of the event loop both ask.
+    void stopRun();
     void closeAllWindows();
 
     BenchmarkStore& store_;
     std::chrono::milliseconds stopWaitLimit_;
     std::unique_ptr<QuitShortcutFilter> commandQMonitor_;
+    bool runStopped_ = false;
 };
 
 } // namespace app

@@ -7,6 +7,7 @@
 #include "workloads/gpu/gpu_context.h"
 
 #include <QUuid>
+#include <QWindow>
 
 namespace quarbel::app {
 
@@ -29,7 +30,7 @@ void DesktopWindowPresenter::showAnimationWindow(BenchmarkID id, int passes) {
         static_cast<double>(targetSeconds(id) * std::max(passes, 1)), 1};
     controller_ = std::make_unique<BenchmarkAnimationWindowController>(
         id, request, std::make_unique<ui::WorkloadAnimationView>(*store_, id));
-    controller_->showWindow();
+    controller_->showWindow(mainWindowHandle());
 }
 
 void DesktopWindowPresenter::showVisualBenchmark(
@@ -42,7 +43,7 @@ void DesktopWindowPresenter::showVisualBenchmark(
                                                               completion, fragmentSource_);
     controller_ =
         std::make_unique<BenchmarkAnimationWindowController>(request, std::move(window), completion);
-    controller_->showWindow();
+    controller_->showWindow(mainWindowHandle());
 }
 
 void DesktopWindowPresenter::closeWindow() {
@@ -51,6 +52,10 @@ void DesktopWindowPresenter::closeWindow() {
     controller_->close();
     // The window may be inside its own event handling (a close, a frame); it goes afterwards.
     controller_.release()->deleteLater();
+}
+
+QWindow* DesktopWindowPresenter::mainWindowHandle() const {
+    return mainWindow_ ? mainWindow_->windowHandle() : nullptr;
 }
 
 std::string DesktopWindowPresenter::visualProblem() const {

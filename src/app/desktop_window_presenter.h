@@ -4,6 +4,9 @@
 
 #include "run/window_presenter.h"
 
+#include <QPointer>
+#include <QWidget>
+
 #include <memory>
 #include <optional>
 #include <string>
@@ -29,6 +32,9 @@ class DesktopWindowPresenter final : public WindowPresenter {
 
     // The store whose live state the animation windows show; without one they stay closed.
     void observe(BenchmarkStore& store) { store_ = &store; }
+    // The benchmark windows are transient children of `window`: they stay above it, and
+    // closing it is closing the program, whatever benchmark window is open.
+    void setMainWindow(QWidget* window) { mainWindow_ = window; }
     // Replaces the scene's fragment stage (a broken one makes the pipeline fail).
     void setSceneFragmentSource(std::optional<std::string> source) { fragmentSource_ = std::move(source); }
 
@@ -44,7 +50,10 @@ class DesktopWindowPresenter final : public WindowPresenter {
     BenchmarkAnimationWindowController* controller() const { return controller_.get(); }
 
   private:
+    QWindow* mainWindowHandle() const;
+
     BenchmarkStore* store_ = nullptr;
+    QPointer<QWidget> mainWindow_;
     std::optional<std::string> fragmentSource_;
     // Opened by hasVisualDevice() and handed to the scene window that follows.
     mutable std::unique_ptr<gpu::Context> context_;

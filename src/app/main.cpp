@@ -73,6 +73,7 @@ int main(int argc, char** argv) {
     BenchmarkStore store(StoreServices::standard(), &presenter);
     presenter.observe(store);
     ui::MainWindow window(store);
+    presenter.setMainWindow(&window);
     new ui::ResultCardSaver(store, window); // the Save Result Card buttons; owned by the window
     app::QuarbelHelpWindowController help;
     app::QuarbelAboutWindowController about(QStringLiteral(QUARBEL_VERSION));

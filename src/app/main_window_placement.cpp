@@ -23,6 +23,44 @@ namespace {
 
 constexpr int kSaveDelayMs = 500;
 
+// One axis of fittedFrame: content of `length` at `position`, `decoration` around it, in an
+// area of `areaLength` from `areaStart`.
+void fitAxis(int& position, int& length, int decoration, int areaStart, int areaLength, int minimum) {
+    const int available = areaLength - decoration;
+    if (length <= available) return;
+    length = std::max(available, std::min(minimum, areaLength));
+    position = areaStart;
+}
+
+QMargins decorationsOf(const QWidget& window) {
+    const QRect frame = window.frameGeometry();
+    const QRect content = window.geometry();
+    return {content.left() - frame.left(), content.top() - frame.top(), frame.right() - content.right(),
+            frame.bottom() - content.bottom()};
+}
+
+// The screen area that `frame` overlaps most; the first one on a tie.
+QRect areaOverlappedMost(const QRect& frame, const QList<QRect>& screens) {
+    QRect best = screens.front();
+    qint64 bestOverlap = -1;
+    for (const QRect& area : screens) {
+        const QRect overlap = area.intersected(frame);
+        const qint64 size = qint64(overlap.width()) * overlap.height();
+        if (size > bestOverlap) {
+            best = area;
+            bestOverlap = size;
+        }
+    }
+    return best;
+}
+
+void place(QWidget& window, const QRect& frame) {
+    // On a screen smaller than the minimum size, the minimum gives way to the screen.
+    window.setMinimumSize(std::min(kMinimumWidth, frame.width()), std::min(kMinimumHeight, frame.height()));
+    window.move(frame.topLeft());
+    window.resize(frame.size());
+}
+
 } // namespace
 
 QString frameText(const QRect& frame) {
@@ -51,8 +89,19 @@ QList<QRect> screenAreas(const QWidget& window) {
     return areas;
 }
 
+QRect fittedFrame(const QRect& frame, const QRect& area, const QMargins& decorations) {
+    int x = frame.x();
+    int y = frame.y();
+    int width = frame.width();
+    int height = frame.height();
+    fitAxis(x, width, decorations.left() + decorations.right(), area.x(), area.width(), kMinimumWidth);
+    fitAxis(y, height, decorations.top() + decorations.bottom(), area.y(), area.height(), kMinimumHeight);
+    return {x, y, width, height};
+}
+
 void configure(QWidget& window, const FrameSettings& settings, const QList<QRect>& screens) {
     window.setMinimumSize(kMinimumWidth, kMinimumHeight);
+    const QMargins decorations = decorationsOf(window);
 
     std::optional<QRect> saved;
     if (settings.value(QString::fromLatin1(kHasSavedFrameKey)).toBool())
@@ -61,14 +110,17 @@ void configure(QWidget& window, const FrameSettings& settings, const QList<QRect
                         std::any_of(screens.begin(), screens.end(),
                                     [&](const QRect& area) { return area.intersects(*saved); });
     if (usable) {
-        window.move(saved->topLeft());
-        window.resize(saved->size());
+        place(window, fittedFrame(*saved, areaOverlappedMost(*saved, screens), decorations));
         return;
     }
     if (screens.isEmpty()) return;
-    QRect frame = window.frameGeometry();
-    frame.moveCenter(screens.front().center());
-    window.move(frame.topLeft());
+    const QRect area = screens.front();
+    QRect frame = fittedFrame(QRect(window.pos(), window.size()), area, decorations);
+    // Centred as a whole, decorations included.
+    const QSize outer = frame.size().grownBy(decorations);
+    frame.moveTopLeft(area.topLeft() +
+                      QPoint((area.width() - outer.width()) / 2, (area.height() - outer.height()) / 2));
+    place(window, frame);
 }
 
 void save(const QWidget& window, FrameSettings& settings) {

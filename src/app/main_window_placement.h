@@ -4,6 +4,7 @@
 #pragma once
 
 #include <QList>
+#include <QMargins>
 #include <QObject>
 #include <QPointer>
 #include <QRect>
@@ -54,9 +55,17 @@ std::optional<QRect> parseFrame(const QString& text);
 // The available geometry of every connected screen, the window's own screen first.
 QList<QRect> screenAreas(const QWidget& window);
 
+// `frame` (outer position, content size, as frameText writes it) made to fit `area`: along
+// each axis where the window, with its window-manager `decorations`, is larger than the area,
+// it is shrunk to the area (never below the minimum size unless the area itself is smaller)
+// and moved onto it. Along the other axes it stays as it is.
+QRect fittedFrame(const QRect& frame, const QRect& area, const QMargins& decorations = {});
+
 // Sets the minimum size, then restores the saved frame if it is at least the minimum
-// size and intersects one of `screens`; otherwise centres the window at its current size
-// on the first of `screens`. Call before the window is first shown. Main thread only.
+// size and intersects one of `screens`, fitted to the screen it overlaps most; otherwise
+// centres the window at its current size, fitted to the first of `screens`. The minimum
+// size gives way only on a screen smaller than it. Call before the window is first shown
+// (or after: the window manager's decorations are then taken into account). Main thread only.
 void configure(QWidget& window, const FrameSettings& settings, const QList<QRect>& screens);
 
 // Stores the window's current frame and marks it saved.

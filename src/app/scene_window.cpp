@@ -40,7 +40,7 @@ bool MetalBenchmarkSceneWindow::ensureSwapchain() {
         return false;
     }
     std::string error;
-    swapchain_ = gpu::SceneSwapchain::create(*context_, surface, error, fragmentSource_);
+    swapchain_ = gpu::SceneSwapchain::create(*context_, surface, kSceneDrawableSize, error, fragmentSource_);
     if (!swapchain_) problem_ = error;
     return swapchain_ != nullptr;
 }
@@ -48,6 +48,7 @@ bool MetalBenchmarkSceneWindow::ensureSwapchain() {
 void MetalBenchmarkSceneWindow::renderFrame() {
     if (closed_ || !isExposed() || coordinator_.finished()) return;
     if (!ensureSwapchain()) return;
+    // The window's pixels, for the copy of the fixed-size drawable onto it.
     const qreal ratio = devicePixelRatio();
     swapchain_->resize(static_cast<std::uint32_t>(width() * ratio),
                        static_cast<std::uint32_t>(height() * ratio));

@@ -17,6 +17,11 @@
 
 namespace quarbel::app {
 
+// The scene is measured in an image of this many pixels, whatever the window's size or the
+// display's scale factor, so that scores of different screens compare; the window shows it
+// scaled to fit.
+inline constexpr gpu::SceneFrameTarget::Size kSceneDrawableSize{960, 540};
+
 class MetalBenchmarkSceneWindow : public QWindow {
     Q_OBJECT
   public:

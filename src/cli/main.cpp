@@ -35,12 +35,45 @@ constexpr const char* kDescription =
     "Quarbel points. Everything stays on this machine.\n"
     "On Linux the GPU benchmarks use Vulkan (the benchmarks named \"Metal\") and OpenCL.";
 
-constexpr const char* kExitStatus = "Exit status:\n"
-                                    "  0    every benchmark ended ok or skipped\n"
-                                    "  1    a benchmark failed, or the output, the --json report or a "
-                                    "result card could not be written\n"
-                                    "  2    bad input; nothing was run\n"
-                                    "  130  stopped by Ctrl-C, SIGTERM or SIGHUP";
+// Each command's --help ends with the exit codes that command really returns. A bad
+// argument is refused with 2 by the parser before any command runs.
+constexpr const char* kProgramExitStatus =
+    "Exit status: 0 success, 2 bad arguments; 'quarbel COMMAND --help' lists each command's own.";
+
+constexpr const char* kRunExitStatus = "Exit status:\n"
+                                       "  0    every benchmark ended ok or skipped\n"
+                                       "  1    a benchmark failed, or the output, the --json report or a "
+                                       "result card could not be written\n"
+                                       "  2    bad input; nothing was run\n"
+                                       "  130  stopped by Ctrl-C, SIGTERM or SIGHUP";
+
+constexpr const char* kListExitStatus = "Exit status:\n"
+                                        "  0    the list was printed\n"
+                                        "  1    standard output could not be written\n"
+                                        "  2    bad arguments";
+
+constexpr const char* kInfoExitStatus = "Exit status:\n"
+                                        "  0    the system facts were printed\n"
+                                        "  1    standard output could not be written\n"
+                                        "  2    bad arguments";
+
+constexpr const char* kCardExitStatus = "Exit status:\n"
+                                        "  0    the cards were written\n"
+                                        "  1    a card or standard output could not be written\n"
+                                        "  2    the report or DIR is unusable, or bad arguments; nothing "
+                                        "was written";
+
+constexpr const char* kHistoryExitStatus = "Exit status:\n"
+                                           "  0    the history was printed (files that are not reports "
+                                           "are skipped with a warning)\n"
+                                           "  1    standard output could not be written\n"
+                                           "  2    bad arguments";
+
+constexpr const char* kCompareExitStatus = "Exit status:\n"
+                                           "  0    the comparison was printed\n"
+                                           "  1    standard output could not be written\n"
+                                           "  2    a run that is not in the history or not a readable "
+                                           "report, or bad arguments";
 
 int listBenchmarks() {
     std::printf("%-16s %-18s %-8s %s\n", "ID", "TITLE", "CATEGORY", "TARGET");
@@ -107,16 +140,18 @@ int main(int argc, char** argv) {
     CLI::App app{kDescription, "quarbel"};
     app.set_version_flag("--version", std::string("quarbel ") + QUARBEL_VERSION);
     app.require_subcommand(1);
-    app.footer(kExitStatus);
+    app.footer(kProgramExitStatus);
 
-    app.add_subcommand("list", "List the benchmarks: identifier, title, category and target seconds");
+    app.add_subcommand("list", "List the benchmarks: identifier, title, category and target seconds")
+        ->footer(kListExitStatus);
 
     auto* info = app.add_subcommand("info", "Show the machine's system facts and current temperatures");
+    info->footer(kInfoExitStatus);
     bool infoAsJson = false;
     info->add_flag("--json", infoAsJson, "Print the same as JSON");
 
     auto* run = app.add_subcommand("run", "Run benchmarks headless and print their scores");
-    run->footer(kExitStatus);
+    run->footer(kRunExitStatus);
     std::vector<std::string> names;
     bool all = false;
     session::RunOptions options;
@@ -137,8 +172,7 @@ int main(int argc, char** argv) {
 
     auto* card =
         app.add_subcommand("card", "Render the PNG result cards of a saved JSON report (no display needed)");
-    card->footer(
-        "Exit status: 0 cards written, 1 a card could not be written, 2 the report or DIR is unusable");
+    card->footer(kCardExitStatus);
     std::string reportPath;
     std::string outArgument = ".";
     card->add_option("report", reportPath, "A report written by 'quarbel run --json'")
@@ -160,10 +194,12 @@ int main(int argc, char** argv) {
     run->add_option("--max-passes", maxPasses, "The most passes --until-stable runs (default 5)")
         ->type_name("N");
 
-    app.add_subcommand("history", "List the runs kept in the history, newest first, numbered for 'compare'");
+    app.add_subcommand("history", "List the runs kept in the history, newest first, numbered for 'compare'")
+        ->footer(kHistoryExitStatus);
 
     auto* compare = app.add_subcommand(
         "compare", "Compare two runs benchmark by benchmark: faster, slower or within noise");
+    compare->footer(kCompareExitStatus);
     std::string compareBefore, compareAfter;
     bool compareAsJson = false;
     compare->add_option("A", compareBefore, "A report file, or a number from 'quarbel history' (1 = newest)")

@@ -92,6 +92,7 @@ void RunSession::start() {
 }
 
 void RunSession::requestStop() {
+    if (finished_) return; // a later run of the store is not this session's to stop
     const bool stopping = stopRequested_ || !outputProblem_.empty();
     stopRequested_ = true;
     if (stopping) return;
@@ -171,6 +172,11 @@ void RunSession::onBusyChanged() {
 }
 
 void RunSession::finish() {
+    // Once only: the store may serve further runs (a window's), and this run's report, history
+    // entry and exit code stay as they are.
+    if (finished_) return;
+    finished_ = true;
+    disconnect(&store_, nullptr, this, nullptr);
     clearProgressLine();
     const RunReport report = reportFromStore(
         store_, {options_.ids, options_.accuracy, options_.quick, startedAt_,

@@ -54,6 +54,7 @@ class RunSession : public QObject {
 
   Q_SIGNALS:
     // The run is over and everything is printed and written; `exitCode` for the process.
+    // Emitted once: after it the session no longer follows the store.
     void finished(int exitCode);
 
   private:
@@ -74,6 +75,7 @@ class RunSession : public QObject {
     bool terminal_;
     std::function<std::vector<std::pair<std::string, std::string>>()> systemRows_;
     bool started_ = false;
+    bool finished_ = false; // the report is out; the store's later runs are not followed
     bool stopRequested_ = false;
     std::string outputProblem_; // the first failed write, empty while all is well
     bool progressShown_ = false;

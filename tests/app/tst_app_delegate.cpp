@@ -92,6 +92,7 @@ TEST(QuarbelAppDelegate, ControlQInTheHelpWindowStopsTheRunClosesEveryWindowAndQ
 
     EXPECT_EQ(aboutToQuit, 1);
     EXPECT_FALSE(store.busy()) << "quitting waits for the stopped benchmark";
+    EXPECT_EQ(store.logLines().filter("] Run stopped").size(), 1) << "stopped once";
     EXPECT_EQ(fakes.cancelledSeen(), 1);
     EXPECT_EQ(fakes.running(), 0);
     EXPECT_FALSE(mainWindow.isVisible());

@@ -1,6 +1,7 @@
 // The benchmark windows for real: the visual benchmark's Vulkan scene on Xvfb with the
 // system's Vulkan driver, and the workload animation windows around their benchmarks.
 #include "app/animation_window_controller.h"
+#include "app/app_delegate.h"
 #include "app/desktop_window_presenter.h"
 #include "app/scene_window.h"
 #include "fake_workloads.h"
@@ -8,6 +9,8 @@
 
 #include <QApplication>
 #include <QGuiApplication>
+#include <QTimer>
+#include <QWindow>
 
 #include <gtest/gtest.h>
 
@@ -54,14 +57,20 @@ struct SceneCallbacks {
 TEST(SceneWindow, AOneSecondRequestIsMeasuredInAWindowOfItsOwn) {
     DesktopWindowPresenter presenter;
     REQUIRE_SCENE_WINDOW(presenter);
+    QWidget mainWindow;
+    mainWindow.show();
+    presenter.setMainWindow(&mainWindow);
     SceneCallbacks callbacks;
     presenter.showVisualBenchmark({"ONE", 1.0, 0}, callbacks.live(), callbacks.completion());
     MetalBenchmarkSceneWindow* window = presenter.controller()->sceneWindow();
     ASSERT_NE(window, nullptr);
     EXPECT_EQ(window->title(), "Quarbel - GPU Visual Tour");
     EXPECT_EQ(window->size(), QSize(960, 540));
-    EXPECT_EQ(window->minimumSize(), QSize(720, 405));
-    EXPECT_TRUE(window->flags().testFlag(Qt::WindowStaysOnTopHint));
+    EXPECT_EQ(window->minimumSize(), QSize(960, 540));
+    EXPECT_EQ(window->transientParent(), mainWindow.windowHandle());
+    // Also run with QT_SCALE_FACTOR=2 (see CMakeLists.txt): the window then has four times the
+    // pixels, and the scene is measured at the same size all the same.
+    EXPECT_EQ(window->devicePixelRatio(), qEnvironmentVariable("QT_SCALE_FACTOR", "1").toDouble());
 
     ASSERT_TRUE(processEventsUntil([&] { return !callbacks.outcomes.empty(); }, 60'000)) << window->problem();
     const BenchmarkOutcome& outcome = callbacks.outcomes.front();
@@ -69,9 +78,14 @@ TEST(SceneWindow, AOneSecondRequestIsMeasuredInAWindowOfItsOwn) {
     std::smatch frames;
     ASSERT_TRUE(std::regex_search(outcome.detail, frames, std::regex("with ([0-9]+) visible frames and 1x")))
         << outcome.detail;
-    EXPECT_GT(std::stoi(frames[1].str()), 0);
+    const int frameCount = std::stoi(frames[1].str());
+    EXPECT_GT(frameCount, 0);
     EXPECT_GE(callbacks.liveUpdates, 3);
     EXPECT_GE(outcome.duration, 1.0);
+    // The pixels of the measured drawable, taken back out of the score: megapixels x 8 + FPS x 155.
+    const double fps = frameCount / outcome.duration;
+    const double pixels = (outcome.score - fps * 155.0) / 8.0 * 1e6 / fps; // one draw per frame
+    EXPECT_NEAR(pixels, 960.0 * 540.0, 1.0);
 
     presenter.closeWindow();
     processEventsFor(100);
@@ -159,6 +173,9 @@ TEST(AnimationWindows, OneOpensAroundEachOfTheFiveBenchmarksAndClosesAfterIt) {
         return FakeWorkloads::okOutcome(10);
     };
     DesktopWindowPresenter presenter;
+    QWidget mainWindow;
+    mainWindow.show();
+    presenter.setMainWindow(&mainWindow);
     BenchmarkStore store(services, &presenter);
     presenter.observe(store);
     const auto openWindows = [] {
@@ -183,6 +200,7 @@ TEST(AnimationWindows, OneOpensAroundEachOfTheFiveBenchmarksAndClosesAfterIt) {
             QWidget* window = presenter.controller()->animationWindow();
             EXPECT_EQ(window->size(), QSize(960, 540));
             EXPECT_EQ(window->minimumSize(), QSize(720, 405));
+            EXPECT_EQ(window->windowHandle()->transientParent(), mainWindow.windowHandle());
         }
         {
             std::lock_guard lock(mutex);
@@ -192,4 +210,43 @@ TEST(AnimationWindows, OneOpensAroundEachOfTheFiveBenchmarksAndClosesAfterIt) {
     }
     ASSERT_TRUE(processEventsUntil([&] { return idle(store); }));
     EXPECT_EQ(openWindows(), QStringList{});
+}
+
+TEST(BenchmarkWindows, ClosingTheMainWindowStopsTheRunAtOnceWhateverBenchmarkWindowIsOpen) {
+    for (BenchmarkID id : {BenchmarkID::cineTile, BenchmarkID::metalVisual}) {
+        SCOPED_TRACE(title(id));
+        FakeWorkloads fakes;
+        fakes.set(BenchmarkID::cineTile, FakeBehaviour::untilCancelled);
+        DesktopWindowPresenter presenter;
+        if (id == BenchmarkID::metalVisual) REQUIRE_SCENE_WINDOW(presenter);
+        QWidget mainWindow;
+        mainWindow.show();
+        presenter.setMainWindow(&mainWindow);
+        BenchmarkStore store(fakes.services(), &presenter); // a 20-second scene
+        presenter.observe(store);
+        QuarbelAppDelegate delegate(store);
+        delegate.applicationDidFinishLaunching();
+        store.run({id, BenchmarkID::cpuInteger}, false);
+        ASSERT_TRUE(processEventsUntil(
+            [&] {
+                return id == BenchmarkID::cineTile ? fakes.running() == 1
+                                                   : store.visualLiveStats().has_value();
+            },
+            30'000));
+        ASSERT_NE(presenter.controller(), nullptr);
+
+        QTimer::singleShot(0, &mainWindow, &QWidget::close);
+        QTimer guard; // ends the event loop if closing the main window does not
+        guard.setSingleShot(true);
+        QObject::connect(&guard, &QTimer::timeout, [] { QCoreApplication::exit(1); });
+        guard.start(8'000);
+        EXPECT_EQ(QApplication::exec(), 0) << "the program outlived its main window";
+        processEventsFor(50);
+
+        EXPECT_FALSE(store.busy());
+        EXPECT_EQ(presenter.controller(), nullptr);
+        EXPECT_EQ(store.rows()[id].state, TestRunState::idle) << "stopped, not failed by its window's close";
+        EXPECT_EQ(fakes.calls(BenchmarkID::cpuInteger), 0);
+        EXPECT_EQ(messages(store).filter("Run stopped").size(), 1);
+    }
 }

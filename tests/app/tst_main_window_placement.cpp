@@ -35,15 +35,20 @@ const QList<QRect> kScreens{QRect(0, 0, 1920, 1080), QRect(1920, 0, 1280, 1024)}
 
 } // namespace
 
-TEST(MainWindowPlacement, RestoresOnlyAUsableSavedFrameElseCentres) {
+TEST(MainWindowPlacement, RestoresOnlyAUsableSavedFrameElseCentresAndFitsTheScreen) {
     struct Case {
         const char* name;
         QVariant hasSavedFrame;
         QVariant frame;
         QSize startSize;
         QRect expected; // position and content size after configure
+        QList<QRect> screens = kScreens;
+        QSize minimum{840, 560};
     };
     const QRect centred(460, 190, 1000, 700); // 1000 x 700 centred on the first screen
+    const QList<QRect> laptop{QRect(0, 0, 1366, 768)};
+    const QList<QRect> laptopWithPanel{QRect(0, 28, 1366, 740)};
+    const QList<QRect> tiny{QRect(0, 0, 800, 600)};
     const Case cases[] = {
         {"first launch", {}, {}, {1000, 700}, centred},
         {"valid frame", true, "100 120 900 640", {1000, 700}, {100, 120, 900, 640}},
@@ -59,6 +64,28 @@ TEST(MainWindowPlacement, RestoresOnlyAUsableSavedFrameElseCentres) {
         {"words", true, "left top wide high", {1000, 700}, centred},
         {"not a string", true, QRect(100, 120, 900, 640), {1000, 700}, centred},
         {"small window grows to the minimum", {}, {}, {600, 400}, {540, 260, 840, 560}},
+        {"default taller than the screen", {}, {}, {1200, 820}, {83, 0, 1200, 768}, laptop},
+        {"default beside a panel", {}, {}, {1200, 820}, {83, 28, 1200, 740}, laptopWithPanel},
+        {"frame taller than its screen", true, "100 200 900 1200", {1000, 700}, {100, 0, 900, 1080}},
+        {"frame larger than the screen it overlaps most",
+         true,
+         "2000 100 1400 1100",
+         {1000, 700},
+         {1920, 0, 1280, 1024}},
+        {"frame from a larger screen",
+         true,
+         "0 0 1900 1000",
+         {1000, 700},
+         {0, 28, 1366, 740},
+         laptopWithPanel},
+        {"screen smaller than the minimum", {}, {}, {1200, 820}, {0, 0, 800, 600}, tiny, {800, 560}},
+        {"frame on a screen smaller than the minimum",
+         true,
+         "0 0 900 640",
+         {1000, 700},
+         {0, 0, 800, 600},
+         tiny,
+         {800, 560}},
     };
     for (const Case& c : cases) {
         MemorySettings settings;
@@ -66,10 +93,20 @@ TEST(MainWindowPlacement, RestoresOnlyAUsableSavedFrameElseCentres) {
         if (c.frame.isValid()) settings.values[placement::kFrameKey] = c.frame;
         QWidget window;
         window.resize(c.startSize);
-        placement::configure(window, settings, kScreens);
+        placement::configure(window, settings, c.screens);
         EXPECT_EQ(QRect(window.pos(), window.size()), c.expected) << c.name;
-        EXPECT_EQ(window.minimumSize(), QSize(840, 560)) << c.name;
+        EXPECT_EQ(window.minimumSize(), c.minimum) << c.name;
     }
+}
+
+TEST(MainWindowPlacement, AFittedFrameLeavesRoomForTheWindowManagersDecorations) {
+    const QMargins titleBar(0, 30, 0, 0);
+    EXPECT_EQ(placement::fittedFrame({40, 10, 1200, 820}, {0, 0, 1366, 768}, titleBar),
+              QRect(40, 0, 1200, 738));
+    EXPECT_EQ(placement::fittedFrame({40, 10, 1200, 700}, {0, 0, 1366, 768}, titleBar),
+              QRect(40, 10, 1200, 700));
+    // Not below the minimum height where the screen has room for it, decorations or not.
+    EXPECT_EQ(placement::fittedFrame({0, 0, 900, 640}, {0, 0, 900, 580}, titleBar), QRect(0, 0, 900, 560));
 }
 
 TEST(MainWindowPlacement, SavedFrameRoundTrips) {

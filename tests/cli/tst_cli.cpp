@@ -8,6 +8,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <sys/mount.h>
 #include <unistd.h>
 
@@ -88,6 +89,32 @@ TEST(QuarbelCommand, VersionHelpAndList) {
     }
     EXPECT_NE(list.out.find("memoryStream     Memory Stream      System   12 s"), std::string::npos)
         << list.out;
+}
+
+TEST(QuarbelCommand, EachCommandsHelpEndsWithTheExitCodesThatCommandReturns) {
+    struct Case {
+        std::string command;
+        std::vector<int> codes;
+    };
+    const std::vector<Case> cases = {
+        {"list", {0, 1, 2}}, {"info", {0, 1, 2}},    {"run", {0, 1, 2, 130}},
+        {"card", {0, 1, 2}}, {"history", {0, 1, 2}}, {"compare", {0, 1, 2}},
+    };
+    const std::regex codeLine("\n  ([0-9]+) +[a-z]");
+    for (const auto& c : cases) {
+        const auto help = runProcess({kQuarbel, c.command, "--help"});
+        ASSERT_EQ(help.exitCode, 0) << c.command;
+        const auto footer = help.out.find("Exit status:\n");
+        ASSERT_NE(footer, std::string::npos) << help.out;
+        std::vector<int> listed;
+        const std::string text = help.out.substr(footer);
+        for (auto it = std::sregex_iterator(text.begin(), text.end(), codeLine); it != std::sregex_iterator();
+             ++it)
+            listed.push_back(std::stoi((*it)[1].str()));
+        EXPECT_EQ(listed, c.codes) << c.command << "\n" << text;
+        // The 2 of every footer is the one a bad argument really gets.
+        EXPECT_EQ(runProcess({kQuarbel, c.command, "--bogus"}).exitCode, 2) << c.command;
+    }
 }
 
 TEST(QuarbelCommand, JsonReportHasTheDocumentedShape) {

@@ -56,7 +56,11 @@ TEST(RunSession, InterruptStopsTheRunWithoutSummaryAndExit130) {
     QObject::connect(&stopSignals, &session::StopSignals::stopRequested, &session,
                      [&](int, int) { session.requestStop(); });
     int exitCode = -1;
-    QObject::connect(&session, &session::RunSession::finished, [&](int code) { exitCode = code; });
+    int finishes = 0;
+    QObject::connect(&session, &session::RunSession::finished, [&](int code) {
+        exitCode = code;
+        ++finishes;
+    });
 
     session.start();
     EXPECT_EQ(store.budgetScale(), 0.1) << "--quick divides every budget by ten";
@@ -74,13 +78,22 @@ TEST(RunSession, InterruptStopsTheRunWithoutSummaryAndExit130) {
     EXPECT_NE(text.find("Run stopped: no summary."), std::string::npos);
     EXPECT_NE(text.find("CPU Single-Core (quick)"), std::string::npos)
         << "quick results are marked in the table";
-    std::fclose(out);
 
     std::ifstream in(report);
     const auto json = nlohmann::json::parse(in);
     EXPECT_TRUE(json["summary"].is_null());
     EXPECT_EQ(json["results"].size(), 1u) << "only the benchmark that finished has a result";
     EXPECT_EQ(json["system"][0]["value"], "Fake");
+
+    // A later run of the same store (the window's) is not the session's: its output, report and
+    // exit code stay as they were.
+    store.run({BenchmarkID::cpuInteger}, false);
+    ASSERT_TRUE(processEventsUntil([&] { return !store.busy(); }));
+    EXPECT_EQ(finishes, 1);
+    EXPECT_EQ(readAll(out), text);
+    std::ifstream again(report);
+    EXPECT_EQ(nlohmann::json::parse(again), json);
+    std::fclose(out);
     std::filesystem::remove(report);
 }
 
@@ -141,7 +154,11 @@ TEST(RunSession, EachResultCarriesTheTemperaturesAtItsEndAndItsMode) {
                                  std::nullopt},
                                 out, false, {});
     int exitCode = -1;
-    QObject::connect(&session, &session::RunSession::finished, [&](int code) { exitCode = code; });
+    int finishes = 0;
+    QObject::connect(&session, &session::RunSession::finished, [&](int code) {
+        exitCode = code;
+        ++finishes;
+    });
     session.start();
     ASSERT_TRUE(processEventsUntil([&] { return exitCode != -1; }));
     EXPECT_EQ(exitCode, 0);

@@ -95,7 +95,8 @@ void ColorPass::recordBegin(VkCommandBuffer commands, VkFramebuffer framebuffer,
 
 std::unique_ptr<OffscreenTarget> OffscreenTarget::create(const Context& context, const ColorPass& pass,
                                                          std::uint32_t width, std::uint32_t height,
-                                                         std::array<float, 4> clearColor) {
+                                                         std::array<float, 4> clearColor,
+                                                         VkImageUsageFlags extraUsage) {
     const VkFormat format = pass.format();
     std::unique_ptr<OffscreenTarget> target(new OffscreenTarget());
     VkDevice device = context.device();
@@ -115,10 +116,10 @@ std::unique_ptr<OffscreenTarget> OffscreenTarget::create(const Context& context,
     imageInfo.arrayLayers = 1;
     imageInfo.samples = VK_SAMPLE_COUNT_1_BIT;
     imageInfo.tiling = VK_IMAGE_TILING_OPTIMAL;
-    // Rendered to and never read back. Copy-source usage, with the move to a copy layout after
-    // each frame that goes with it, is work a GPU may do for nothing (a layout change can mean
-    // decompressing the image).
-    imageInfo.usage = VK_IMAGE_USAGE_COLOR_ATTACHMENT_BIT;
+    // Without extra usage, rendered to and never read back. Copy-source usage, with the move to a
+    // copy layout after each frame that goes with it, is work a GPU may do for nothing (a layout
+    // change can mean decompressing the image), so it is there only when asked for.
+    imageInfo.usage = VK_IMAGE_USAGE_COLOR_ATTACHMENT_BIT | extraUsage;
     imageInfo.sharingMode = VK_SHARING_MODE_EXCLUSIVE;
     imageInfo.initialLayout = VK_IMAGE_LAYOUT_UNDEFINED;
     if (vkCreateImage(device, &imageInfo, nullptr, &target->image_) != VK_SUCCESS) return nullptr;

@@ -45,21 +45,23 @@ class ColorPass {
     VkFormat format_ = VK_FORMAT_UNDEFINED;
 };
 
-// A device-local colour image rendered through `pass` (which must outlive it) and used for
-// nothing else: its only usage is colour attachment, so it cannot be copied or sampled, and
-// `pass` must end it in the colour-attachment layout.
+// A device-local colour image rendered through `pass` (which must outlive it). Its usage is
+// colour attachment plus `extraUsage` (none by default: then it cannot be copied or sampled,
+// and `pass` must end it in the colour-attachment layout).
 class OffscreenTarget {
   public:
     // nullptr when the image, its memory, the view or the framebuffer cannot be made.
     static std::unique_ptr<OffscreenTarget> create(const Context& context, const ColorPass& pass,
                                                    std::uint32_t width, std::uint32_t height,
-                                                   std::array<float, 4> clearColor);
+                                                   std::array<float, 4> clearColor,
+                                                   VkImageUsageFlags extraUsage = 0);
     ~OffscreenTarget();
     OffscreenTarget(const OffscreenTarget&) = delete;
     OffscreenTarget& operator=(const OffscreenTarget&) = delete;
 
     std::uint32_t width() const noexcept { return width_; }
     std::uint32_t height() const noexcept { return height_; }
+    VkImage image() const noexcept { return image_; }
 
     // Begins the render pass over the whole target (clearing it) and sets viewport and scissor.
     void recordBegin(VkCommandBuffer commands) const;

@@ -4,6 +4,8 @@
 #include "workloads/gpu/vk_result_text.h"
 
 #include <algorithm>
+#include <array>
+#include <cmath>
 #include <limits>
 
 namespace quarbel::gpu {
@@ -15,9 +17,41 @@ const auto kFrameTimeoutNanoseconds = static_cast<std::uint64_t>(SceneSwapchain:
 
 std::string stoppedAnswering() { return "the GPU stopped answering"; }
 
+// A layout change of a whole single-level colour image, ordered after `source` work and before
+// `destination` work.
+void recordLayoutChange(VkCommandBuffer commands, VkImage image, VkImageLayout from, VkImageLayout to,
+                        VkPipelineStageFlags sourceStage, VkAccessFlags sourceAccess,
+                        VkPipelineStageFlags destinationStage, VkAccessFlags destinationAccess) {
+    VkImageMemoryBarrier barrier{};
+    barrier.sType = VK_STRUCTURE_TYPE_IMAGE_MEMORY_BARRIER;
+    barrier.srcAccessMask = sourceAccess;
+    barrier.dstAccessMask = destinationAccess;
+    barrier.oldLayout = from;
+    barrier.newLayout = to;
+    barrier.srcQueueFamilyIndex = VK_QUEUE_FAMILY_IGNORED;
+    barrier.dstQueueFamilyIndex = VK_QUEUE_FAMILY_IGNORED;
+    barrier.image = image;
+    barrier.subresourceRange = {VK_IMAGE_ASPECT_COLOR_BIT, 0, 1, 0, 1};
+    vkCmdPipelineBarrier(commands, sourceStage, destinationStage, 0, 0, nullptr, 0, nullptr, 1, &barrier);
+}
+
+// Where a drawable of `drawable` pixels goes in a window of `window` pixels: as large as fits,
+// its aspect kept, centred.
+std::array<VkOffset3D, 2> fittedArea(SceneFrameTarget::Size drawable, SceneFrameTarget::Size window) {
+    const double scale = std::min(static_cast<double>(window.width) / drawable.width,
+                                  static_cast<double>(window.height) / drawable.height);
+    const auto width = std::clamp(static_cast<std::int32_t>(std::lround(drawable.width * scale)), 1,
+                                  static_cast<std::int32_t>(window.width));
+    const auto height = std::clamp(static_cast<std::int32_t>(std::lround(drawable.height * scale)), 1,
+                                   static_cast<std::int32_t>(window.height));
+    const auto left = (static_cast<std::int32_t>(window.width) - width) / 2;
+    const auto top = (static_cast<std::int32_t>(window.height) - height) / 2;
+    return {VkOffset3D{left, top, 0}, VkOffset3D{left + width, top + height, 1}};
+}
+
 } // namespace
 
-std::unique_ptr<SceneSwapchain> SceneSwapchain::create(Context& context, VkSurfaceKHR surface,
+std::unique_ptr<SceneSwapchain> SceneSwapchain::create(Context& context, VkSurfaceKHR surface, Size drawable,
                                                        std::string& error,
                                                        std::optional<std::string_view> fragmentSource) {
     if (!context.presentable()) {
@@ -42,13 +76,23 @@ std::unique_ptr<SceneSwapchain> SceneSwapchain::create(Context& context, VkSurfa
         error = "the window does not take B8G8R8A8 UNORM images";
         return nullptr;
     }
+    VkSurfaceCapabilitiesKHR capabilities{};
+    if (vkGetPhysicalDeviceSurfaceCapabilitiesKHR(context.physicalDevice(), surface, &capabilities) !=
+            VK_SUCCESS ||
+        (capabilities.supportedUsageFlags & VK_IMAGE_USAGE_TRANSFER_DST_BIT) == 0) {
+        error = "the window does not take copied images";
+        return nullptr;
+    }
 
     std::unique_ptr<SceneSwapchain> chain(new SceneSwapchain());
     chain->context_ = &context;
     chain->device_ = context.device();
     chain->surface_ = surface;
+    chain->drawable_ = {std::max<std::uint32_t>(drawable.width, 1),
+                        std::max<std::uint32_t>(drawable.height, 1)};
     VkResult result = VK_SUCCESS;
-    chain->pass_ = ColorPass::create(context, kFormat, VK_IMAGE_LAYOUT_PRESENT_SRC_KHR, result);
+    // The pass leaves the drawable ready to draw again; finishFrame() moves it on to the copy.
+    chain->pass_ = ColorPass::create(context, kFormat, VK_IMAGE_LAYOUT_COLOR_ATTACHMENT_OPTIMAL, result);
     if (!chain->pass_) {
         error = "Metal pipeline failed: " + vkResultName(result);
         return nullptr;
@@ -59,6 +103,19 @@ std::unique_ptr<SceneSwapchain> SceneSwapchain::create(Context& context, VkSurfa
         return nullptr;
     }
     chain->pipeline_ = std::move(scene.pipeline);
+    chain->drawableTarget_ = OffscreenTarget::create(
+        context, *chain->pass_, chain->drawable_.width, chain->drawable_.height,
+        {kClearColor.float32[0], kClearColor.float32[1], kClearColor.float32[2], kClearColor.float32[3]},
+        VK_IMAGE_USAGE_TRANSFER_SRC_BIT);
+    if (!chain->drawableTarget_) {
+        error = "Metal could not create the render target.";
+        return nullptr;
+    }
+    // Linear scaling where the format allows it (it nearly always does), else the nearest pixel.
+    VkFormatProperties properties{};
+    vkGetPhysicalDeviceFormatProperties(context.physicalDevice(), kFormat, &properties);
+    if ((properties.optimalTilingFeatures & VK_FORMAT_FEATURE_SAMPLED_IMAGE_FILTER_LINEAR_BIT) == 0)
+        chain->scaleFilter_ = VK_FILTER_NEAREST;
 
     VkCommandPoolCreateInfo poolInfo{};
     poolInfo.sType = VK_STRUCTURE_TYPE_COMMAND_POOL_CREATE_INFO;
@@ -106,15 +163,10 @@ void SceneSwapchain::resize(std::uint32_t width, std::uint32_t height) {
 }
 
 void SceneSwapchain::releaseImages() {
-    for (VkFramebuffer framebuffer : framebuffers_)
-        vkDestroyFramebuffer(device_, framebuffer, nullptr);
-    for (VkImageView view : views_)
-        vkDestroyImageView(device_, view, nullptr);
     for (VkSemaphore semaphore : renderedSemaphores_)
         vkDestroySemaphore(device_, semaphore, nullptr);
-    framebuffers_.clear();
-    views_.clear();
     renderedSemaphores_.clear();
+    images_.clear();
 }
 
 bool SceneSwapchain::recreate() {
@@ -155,7 +207,7 @@ bool SceneSwapchain::recreate() {
     info.imageColorSpace = VK_COLOR_SPACE_SRGB_NONLINEAR_KHR;
     info.imageExtent = extent;
     info.imageArrayLayers = 1;
-    info.imageUsage = VK_IMAGE_USAGE_COLOR_ATTACHMENT_BIT;
+    info.imageUsage = VK_IMAGE_USAGE_TRANSFER_DST_BIT; // only ever the target of the drawable's copy
     info.imageSharingMode = VK_SHARING_MODE_EXCLUSIVE;
     info.preTransform = capabilities.currentTransform;
     info.compositeAlpha = alpha;
@@ -174,17 +226,10 @@ bool SceneSwapchain::recreate() {
 
     std::uint32_t count = 0;
     vkGetSwapchainImagesKHR(device_, swapchain_, &count, nullptr);
-    std::vector<VkImage> images(count);
-    vkGetSwapchainImagesKHR(device_, swapchain_, &count, images.data());
-    for (VkImage image : images) {
-        VkImageView view = VK_NULL_HANDLE;
-        result = pass_->createView(image, view);
-        if (result != VK_SUCCESS) break;
-        views_.push_back(view);
-        VkFramebuffer framebuffer = VK_NULL_HANDLE;
-        result = pass_->createFramebuffer(view, extent, framebuffer);
-        if (result != VK_SUCCESS) break;
-        framebuffers_.push_back(framebuffer);
+    images_.resize(count);
+    vkGetSwapchainImagesKHR(device_, swapchain_, &count, images_.data());
+    images_.resize(count);
+    for (std::uint32_t i = 0; i < count; ++i) {
         VkSemaphoreCreateInfo semaphoreInfo{};
         semaphoreInfo.sType = VK_STRUCTURE_TYPE_SEMAPHORE_CREATE_INFO;
         VkSemaphore semaphore = VK_NULL_HANDLE;
@@ -224,17 +269,58 @@ bool SceneSwapchain::beginFrame() {
     begin.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_BEGIN_INFO;
     begin.flags = VK_COMMAND_BUFFER_USAGE_ONE_TIME_SUBMIT_BIT;
     vkBeginCommandBuffer(commands_, &begin);
-    pass_->recordBegin(commands_, framebuffers_[imageIndex_], {extent_.width, extent_.height}, kClearColor);
+    drawableTarget_->recordBegin(commands_);
     pipeline_->recordBind(commands_);
     return true;
 }
 
 void SceneSwapchain::drawPass(const SceneUniforms& uniforms) { pipeline_->recordStrip(commands_, &uniforms); }
 
+void SceneSwapchain::recordCopyToWindow() {
+    const VkImage window = images_[imageIndex_];
+    recordLayoutChange(commands_, drawableTarget_->image(), VK_IMAGE_LAYOUT_COLOR_ATTACHMENT_OPTIMAL,
+                       VK_IMAGE_LAYOUT_TRANSFER_SRC_OPTIMAL, VK_PIPELINE_STAGE_COLOR_ATTACHMENT_OUTPUT_BIT,
+                       VK_ACCESS_COLOR_ATTACHMENT_WRITE_BIT, VK_PIPELINE_STAGE_TRANSFER_BIT,
+                       VK_ACCESS_TRANSFER_READ_BIT);
+    // The acquired image is waited for at the transfer stage (see finishFrame).
+    recordLayoutChange(commands_, window, VK_IMAGE_LAYOUT_UNDEFINED, VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL,
+                       VK_PIPELINE_STAGE_TRANSFER_BIT, 0, VK_PIPELINE_STAGE_TRANSFER_BIT,
+                       VK_ACCESS_TRANSFER_WRITE_BIT);
+    const std::array<VkOffset3D, 2> area = fittedArea(drawable_, extent_);
+    const bool fillsWindow = area[0].x == 0 && area[0].y == 0 &&
+                             area[1].x == static_cast<std::int32_t>(extent_.width) &&
+                             area[1].y == static_cast<std::int32_t>(extent_.height);
+    if (!fillsWindow) {
+        // Bars around a drawable whose aspect is not the window's.
+        const VkImageSubresourceRange range{VK_IMAGE_ASPECT_COLOR_BIT, 0, 1, 0, 1};
+        vkCmdClearColorImage(commands_, window, VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL, &kClearColor, 1,
+                             &range);
+        VkMemoryBarrier cleared{};
+        cleared.sType = VK_STRUCTURE_TYPE_MEMORY_BARRIER;
+        cleared.srcAccessMask = VK_ACCESS_TRANSFER_WRITE_BIT;
+        cleared.dstAccessMask = VK_ACCESS_TRANSFER_WRITE_BIT;
+        vkCmdPipelineBarrier(commands_, VK_PIPELINE_STAGE_TRANSFER_BIT, VK_PIPELINE_STAGE_TRANSFER_BIT, 0, 1,
+                             &cleared, 0, nullptr, 0, nullptr);
+    }
+    VkImageBlit blit{};
+    blit.srcSubresource = {VK_IMAGE_ASPECT_COLOR_BIT, 0, 0, 1};
+    blit.srcOffsets[1] = {static_cast<std::int32_t>(drawable_.width),
+                          static_cast<std::int32_t>(drawable_.height), 1};
+    blit.dstSubresource = {VK_IMAGE_ASPECT_COLOR_BIT, 0, 0, 1};
+    blit.dstOffsets[0] = area[0];
+    blit.dstOffsets[1] = area[1];
+    vkCmdBlitImage(commands_, drawableTarget_->image(), VK_IMAGE_LAYOUT_TRANSFER_SRC_OPTIMAL, window,
+                   VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL, 1, &blit, scaleFilter_);
+    recordLayoutChange(commands_, window, VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL,
+                       VK_IMAGE_LAYOUT_PRESENT_SRC_KHR, VK_PIPELINE_STAGE_TRANSFER_BIT,
+                       VK_ACCESS_TRANSFER_WRITE_BIT, VK_PIPELINE_STAGE_BOTTOM_OF_PIPE_BIT, 0);
+}
+
 bool SceneSwapchain::finishFrame() {
-    vkCmdEndRenderPass(commands_);
+    drawableTarget_->recordEnd(commands_);
+    recordCopyToWindow();
     VkResult result = vkEndCommandBuffer(commands_);
-    const VkPipelineStageFlags waitStage = VK_PIPELINE_STAGE_COLOR_ATTACHMENT_OUTPUT_BIT;
+    const VkPipelineStageFlags waitStage = VK_PIPELINE_STAGE_TRANSFER_BIT;
     VkSubmitInfo submit{};
     submit.sType = VK_STRUCTURE_TYPE_SUBMIT_INFO;
     submit.waitSemaphoreCount = 1;

@@ -1,6 +1,8 @@
-// The scene drawn into a window: a swapchain on a surface the window system made, in
-// B8G8R8A8 UNORM with FIFO presentation (one image per display refresh), and the scene
-// pipeline for it. One frame is in flight at a time; each waits for the device.
+// The scene drawn for a window. Each frame is rendered into an image of a fixed size in
+// pixels, the measured drawable, whatever the window's size or the display's scale; it is
+// then copied, scaled to fit with its aspect kept, onto a swapchain on the window's surface
+// in B8G8R8A8 UNORM with FIFO presentation (one image per display refresh). One frame is in
+// flight at a time; each waits for the device.
 #pragma once
 
 #include "workloads/gpu/gpu_context.h"
@@ -18,21 +20,23 @@ namespace quarbel::gpu {
 class SceneSwapchain final : public SceneFrameTarget {
   public:
     // The surface must belong to the context's instance and outlive the swapchain; `context`
-    // must be presentable and outlive it too. nullptr with the reason in `error` when the
-    // queue cannot present to the surface or the pipeline cannot be built (a shader source
-    // given here replaces the built-in fragment stage).
+    // must be presentable and outlive it too. `drawable` is the measured image's size in
+    // pixels. nullptr with the reason in `error` when the queue cannot present to the surface,
+    // the window cannot take copied images, or the pipeline or the image cannot be made (a
+    // shader source given here replaces the built-in fragment stage).
     static std::unique_ptr<SceneSwapchain>
-    create(Context& context, VkSurfaceKHR surface, std::string& error,
+    create(Context& context, VkSurfaceKHR surface, Size drawable, std::string& error,
            std::optional<std::string_view> fragmentSource = std::nullopt);
     ~SceneSwapchain() override;
     SceneSwapchain(const SceneSwapchain&) = delete;
     SceneSwapchain& operator=(const SceneSwapchain&) = delete;
 
-    // The window's new size in pixels; the images are made again before the next frame.
+    // The window's new size in pixels; the swapchain is made again before the next frame. The
+    // measured drawable keeps its size.
     void resize(std::uint32_t width, std::uint32_t height);
 
     bool beginFrame() override;
-    Size drawableSize() const override { return extent_; }
+    Size drawableSize() const override { return drawable_; }
     void drawPass(const SceneUniforms& uniforms) override;
     bool finishFrame() override;
 
@@ -47,15 +51,18 @@ class SceneSwapchain final : public SceneFrameTarget {
     SceneSwapchain() = default;
     bool recreate();
     void releaseImages();
+    void recordCopyToWindow();
 
     Context* context_ = nullptr;
     VkDevice device_ = VK_NULL_HANDLE;
     VkSurfaceKHR surface_ = VK_NULL_HANDLE;
     std::unique_ptr<ColorPass> pass_;
     std::unique_ptr<RenderPipeline> pipeline_;
+    std::unique_ptr<OffscreenTarget> drawableTarget_;
+    Size drawable_;
+    VkFilter scaleFilter_ = VK_FILTER_LINEAR;
     VkSwapchainKHR swapchain_ = VK_NULL_HANDLE;
-    std::vector<VkImageView> views_;
-    std::vector<VkFramebuffer> framebuffers_;
+    std::vector<VkImage> images_;
     std::vector<VkSemaphore> renderedSemaphores_; // one per image: presentation may still hold one
     VkSemaphore acquiredSemaphore_ = VK_NULL_HANDLE;
     VkCommandPool commandPool_ = VK_NULL_HANDLE;
