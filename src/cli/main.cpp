@@ -73,7 +73,8 @@ constexpr const char* kCompareExitStatus = "Exit status:\n"
                                            "  0    the comparison was printed\n"
                                            "  1    standard output could not be written\n"
                                            "  2    a run that is not in the history or not a readable "
-                                           "report, or bad arguments";
+                                           "report, or bad arguments\n"
+                                           "  3    with --fail-on-slower: a benchmark is slower than allowed";
 
 int listBenchmarks() {
     std::printf("%-16s %-18s %-8s %s\n", "ID", "TITLE", "CATEGORY", "TARGET");
@@ -214,8 +215,6 @@ int main(int argc, char** argv) {
             "noise threshold, 1 %); for CI")
         ->expected(0, 1)
         ->type_name("[PERCENT]");
-    compare->footer("Exit status: 0 compared, 2 a run cannot be read or an option is wrong, 3 with "
-                    "--fail-on-slower, a benchmark is slower than allowed");
 
     try {
         app.parse(argc, argv);

@@ -113,6 +113,7 @@ bool lockIsFree(const std::string& directory) {
 
 void RecordingSink::report(const ProgressReport& progress) noexcept {
     units.push_back(progress.unitsDone);
+    phases.push_back(progress.phase);
     unitName = std::string(progress.unit);
     if (onReport) onReport(progress);
 }

@@ -92,6 +92,7 @@ class RecordingSink : public ProgressSink {
     void report(const ProgressReport& progress) noexcept override;
 
     std::vector<std::int64_t> units; // unitsDone of each report, in order
+    std::vector<int> phases;         // the phase of each report, in order
     std::string unitName;            // the unit of the last report
     std::function<void(const ProgressReport&)> onReport;
 };
