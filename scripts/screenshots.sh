@@ -67,6 +67,20 @@ stop_gui() {
   GUI_PID=""
 }
 shot() { import -window root "$OUT/$1"; echo "$OUT/$1"; }
+# open_history: Ctrl+H in the main window, again until the history window shows (the main
+# window may not be mapped yet when its name first appears; only the mapped one takes focus,
+# as Qt keeps an unmapped leader window of the same name).
+open_history() {
+  local main
+  for _ in $(seq 20); do
+    main="$(xdotool search --onlyvisible --name '^Quarbel$' | head -1)"
+    [[ -n "$main" ]] && xdotool windowfocus "$main" && sleep 0.2 && xdotool key ctrl+h
+    sleep 0.5
+    xdotool search --onlyvisible --name '^Quarbel - Run History$' >/dev/null 2>&1 && return 0
+  done
+  echo "the run history window did not open" >&2
+  return 1
+}
 
 # The benchmark windows, mid-run, above the main window.
 start_gui --run metalVisual
@@ -116,11 +130,8 @@ stop_gui
 # A second, shorter run, then the history comparing the suite with it.
 "$GUI" --run cpuInteger,cpuCrypto,memoryStream,cineTile --quick --quit-when-done >/dev/null 2>&1
 start_gui
-# Only the mapped main window takes focus (Qt keeps an unmapped leader window of the same name).
-xdotool windowfocus "$(xdotool search --onlyvisible --name '^Quarbel$' | head -1)"
-sleep 0.3
-xdotool key ctrl+h
-sleep 1.5
+open_history
+sleep 1
 shot history.png
 stop_gui
 
@@ -145,19 +156,6 @@ VK_ICD_FILENAMES=/nonexistent.json OCL_ICD_VENDORS=/nonexistent "$CLI" run cpuIn
 for _ in 1 2; do
   "$GUI" --run cpuInteger,memoryStream,ssdRandom --quick --quit-when-done >/dev/null 2>&1
 done
-# open_history: Ctrl+H in the main window, again until the history window shows (the main
-# window may not be mapped yet when its name first appears).
-open_history() {
-  local main
-  for _ in $(seq 20); do
-    main="$(xdotool search --onlyvisible --name '^Quarbel$' | head -1)"
-    [[ -n "$main" ]] && xdotool windowfocus "$main" && sleep 0.2 && xdotool key ctrl+h
-    sleep 0.5
-    xdotool search --onlyvisible --name '^Quarbel - Run History$' >/dev/null 2>&1 && return 0
-  done
-  echo "the run history window did not open" >&2
-  return 1
-}
 start_gui
 open_history
 sleep 1

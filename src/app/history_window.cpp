@@ -144,10 +144,13 @@ HistoryView::HistoryView(std::string directory, QWidget* parent)
     status_->setObjectName(QStringLiteral("historyStatus"));
     status_->setWordWrap(true);
     status_->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    list_->setWordWrap(true);
+    // Three lines a run, each elided rather than wrapped: a wrapped line would push the
+    // score out of a row whose height was worked out before the scroll bar took its room.
+    list_->setWordWrap(false);
+    list_->setTextElideMode(Qt::ElideRight);
     list_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    list_->setMinimumWidth(280);
-    list_->setMaximumWidth(330);
+    list_->setMinimumWidth(300);
+    list_->setMaximumWidth(350);
     QFont headingFont = runHeading_->font();
     headingFont.setPointSizeF(headingFont.pointSizeF() * 1.15);
     headingFont.setWeight(QFont::DemiBold);
@@ -239,9 +242,13 @@ void HistoryView::reload() {
     list_->clear();
     for (std::size_t i = 0; i < history_.runs.size(); ++i) {
         const SavedRun& run = history_.runs[i];
-        new QListWidgetItem(startedText(run) + QLatin1Char('\n') + benchmarksText(run) + QLatin1Char('\n') +
-                                outcomeText(run),
-                            list_);
+        auto* item = new QListWidgetItem(startedText(run) + QLatin1Char('\n') + benchmarksText(run) +
+                                             QLatin1Char('\n') + outcomeText(run),
+                                         list_);
+        QStringList titles;
+        for (const SavedResult& result : run.results)
+            titles << q(result.title);
+        item->setToolTip(titles.join(QLatin1Char('\n')));
         if (!chosen.empty() && run.path == chosen) row = int(i);
     }
     if (!history_.runs.empty()) list_->setCurrentRow(row);
