@@ -67,6 +67,20 @@ stop_gui() {
   GUI_PID=""
 }
 shot() { import -window root "$OUT/$1"; echo "$OUT/$1"; }
+# open_history: Ctrl+H in the main window, again until the history window shows (the main
+# window may not be mapped yet when its name first appears; only the mapped one takes focus,
+# as Qt keeps an unmapped leader window of the same name).
+open_history() {
+  local main
+  for _ in $(seq 20); do
+    main="$(xdotool search --onlyvisible --name '^Quarbel$' | head -1)"
+    [[ -n "$main" ]] && xdotool windowfocus "$main" && sleep 0.2 && xdotool key ctrl+h
+    sleep 0.5
+    xdotool search --onlyvisible --name '^Quarbel - Run History$' >/dev/null 2>&1 && return 0
+  done
+  echo "the run history window did not open" >&2
+  return 1
+}
 
 # The benchmark windows, mid-run, above the main window.
 start_gui --run metalVisual
@@ -116,11 +130,8 @@ stop_gui
 # A second, shorter run, then the history comparing the suite with it.
 "$GUI" --run cpuInteger,cpuCrypto,memoryStream,cineTile --quick --quit-when-done >/dev/null 2>&1
 start_gui
-# Only the mapped main window takes focus (Qt keeps an unmapped leader window of the same name).
-xdotool windowfocus "$(xdotool search --onlyvisible --name '^Quarbel$' | head -1)"
-sleep 0.3
-xdotool key ctrl+h
-sleep 1.5
+open_history
+sleep 1
 shot history.png
 stop_gui
 
@@ -135,6 +146,41 @@ rm -rf "$OUT/cards-suite" "$OUT/cards-skipped"
 "$CLI" card "$PRIVATE/report.json" --out "$OUT/cards-suite"
 VK_ICD_FILENAMES=/nonexistent.json OCL_ICD_VENDORS=/nonexistent "$CLI" run cpuInteger memoryStream metalVisual \
   metalCompute openCLCompute rawMetalDecode --quick --cards "$OUT/cards-skipped" | grep '^Result card:'
+
+# ---------------------------------------------------------------------------------------
+# Run History and long values:
+#   history-compare.png  two quick runs of the same benchmarks, the newer compared with the older
+#   history-results.png  the newer run opened read-only (Return on the selected run)
+#   cards-long/          the cards of a report whose scores have nine digits and whose
+#                        measurements are long, drawn by quarbel card
+for _ in 1 2; do
+  "$GUI" --run cpuInteger,memoryStream,ssdRandom --quick --quit-when-done >/dev/null 2>&1
+done
+start_gui
+open_history
+sleep 1
+shot history-compare.png
+xdotool windowfocus --sync "$(xdotool search --onlyvisible --name '^Quarbel - Run History$' | head -1)" key Return
+sleep 1
+shot history-results.png
+stop_gui
+NEWEST="$(ls "$XDG_DATA_HOME/quarbel/runs/"*.json | sort | tail -1)"
+rm -rf "$OUT/cards-long"
+if command -v python3 >/dev/null; then
+  python3 - "$NEWEST" "$PRIVATE/long.json" <<'PY'
+import json, sys
+report = json.load(open(sys.argv[1]))
+for result in report["results"]:
+    result.update(score=123456789.0, scoreText="123456789", duration=123456.78,
+                  primary={"label": "Sequential Throughput", "value": "123456789.12", "unit": "GB/s"},
+                  secondary={"label": "Min/Max", "value": "123456.7 / 234567.8", "unit": "FPS"})
+report["summary"]["score"] = report["globalScore"] = 123456789.0
+json.dump(report, open(sys.argv[2], "w"))
+PY
+  "$CLI" card "$PRIVATE/long.json" --out "$OUT/cards-long"
+else
+  echo "python3 is missing: no cards-long/" >&2
+fi
 
 # ---- Small and scaled screens ---------------------------------------------------------
 #   laptop.png        the main window at its default size on a 1366 x 768 screen: the menu

@@ -1,38 +1,116 @@
 #include "app/history_window.h"
 
 #include "model/outcome.h"
+#include "results/json_report.h"
+#include "results/report_file.h"
 #include "results/run_comparison.h"
-#include "ui/views/theme.h"
+#include "ui/cards/result_card_exporter.h"
 
+#include <QButtonGroup>
+#include <QComboBox>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QListWidget>
+#include <QMessageBox>
+#include <QPushButton>
 #include <QScrollArea>
+#include <QStackedWidget>
 #include <QVBoxLayout>
 
-#include <cstdio>
+#include <cmath>
+#include <fstream>
+#include <sstream>
 
 namespace quarbel::app {
 namespace {
 
+namespace Exporter = cards::ResultCardExporter;
+
 QString q(const std::string& text) { return QString::fromStdString(text); }
 
-QString listText(const SavedRun& run) {
-    QString text = q(run.startedAt).replace('T', ' ').remove('Z') + QStringLiteral(" UTC\n") + q(run.title) +
-                   QStringLiteral(" · ") + q(scoreText(run.globalScore)) + QStringLiteral(" pts");
-    if (run.quick) text += QStringLiteral(" · quick");
-    if (run.mode == "accuracy") text += QStringLiteral(" · Accuracy Mode");
-    return text;
+// "2026-11-23T14:15:02Z" -> "2026-11-23 14:15:02 UTC"
+QString startedText(const SavedRun& run) {
+    return q(run.startedAt).replace('T', ' ').remove('Z') + QStringLiteral(" UTC");
+}
+
+// "332865 pts · quick · Accuracy Mode", or "Stopped before its end · quick".
+QString outcomeText(const SavedRun& run) {
+    QStringList parts{run.stopped ? QObject::tr("Stopped before its end")
+                                  : q(scoreText(run.runScore)) + QStringLiteral(" pts")};
+    if (run.quick) parts << QObject::tr("quick");
+    if (run.mode == "accuracy") parts << QObject::tr("Accuracy Mode");
+    return parts.join(QStringLiteral(" \u00B7 "));
 }
 
 QString label(char letter, const SavedRun& run) {
-    return QStringLiteral("%1: %2 UTC, %3%4%5")
-        .arg(QChar(letter), q(run.startedAt).replace('T', ' ').remove('Z'), q(run.title),
-             run.quick ? QStringLiteral(", quick") : QString(),
-             run.version.empty() ? QString() : QStringLiteral(", Quarbel ") + q(run.version));
+    QString text = QStringLiteral("%1: %2 \u00B7 %3 \u00B7 %4")
+                       .arg(QChar(letter), startedText(run), benchmarksText(run), outcomeText(run));
+    if (!run.version.empty()) text += QStringLiteral(" \u00B7 Quarbel ") + q(run.version);
+    return text;
 }
 
+// The umask, read without changing it (changing it would race with other threads).
+mode_t newFileMode() {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);)
+        if (line.starts_with("Umask:"))
+            return static_cast<mode_t>(0666 & ~std::stoul(line.substr(6), nullptr, 8));
+    return 0644;
+}
+
+// Under a style sheet the palette no longer colours buttons, boxes and plain labels, so the
+// sheet names their colours.
+constexpr const char* kStyle = R"(
+QLabel#historyStatus { color: #a4a7b0; }
+QLabel#runHeading { color: #e8e8ea; }
+QPushButton { color: #e8e8ea; background: rgba(255,255,255,0.08); border: 1px solid rgba(255,255,255,0.13);
+  border-radius: 7px; padding: 5px 14px; font-weight: 600; }
+QPushButton:hover { background: rgba(255,255,255,0.14); }
+QPushButton:checked { background: rgba(33,201,224,0.22); border-color: rgba(33,201,224,0.55); }
+QPushButton:disabled { color: rgba(255,255,255,0.30); background: rgba(255,255,255,0.04);
+  border-color: rgba(255,255,255,0.06); }
+QComboBox { color: #e8e8ea; background: #16181d; border: 1px solid #2a2d35; border-radius: 6px;
+  padding: 4px 8px; }
+QComboBox:disabled { color: #5c6068; }
+QComboBox QAbstractItemView { color: #e8e8ea; background: #16181d; selection-background-color: #243042; }
+QDialog { background: #15171c; }
+QDialog QLabel { color: #e8e8ea; }
+QLabel#qt_msgbox_informativelabel { min-width: 380px; }
+QTreeView, QListView, QLineEdit { color: #e8e8ea; background: #0d0f12; border: 1px solid #2a2d35;
+  border-radius: 5px; }
+QLineEdit { padding: 4px; }
+QHeaderView, QHeaderView::section { color: #a4a7b0; background: #15171c; border: none; padding: 4px 6px; }
+QListWidget { background: #16181d; border: 1px solid #2a2d35; border-radius: 6px; outline: 0; }
+QListWidget::item { padding: 8px; color: #e8e9ed; border-bottom: 1px solid #22252c; }
+QListWidget::item:selected { background: #243042; }
+)";
+
 } // namespace
+
+QString changeText(const std::optional<double>& ratio) {
+    if (!ratio) return QStringLiteral("-");
+    const double percent = (*ratio - 1) * 100;
+    const QString digits = QString::number(std::abs(percent), 'f', 1);
+    if (digits == QStringLiteral("0.0")) return QStringLiteral("0.0 %");
+    return (percent > 0 ? QStringLiteral("+") : QStringLiteral("\u2212")) + digits + QStringLiteral(" %");
+}
+
+QString benchmarksText(const SavedRun& run) {
+    if (run.results.size() == kBenchmarkCount) return QObject::tr("Full suite");
+    if (run.results.empty()) return QObject::tr("No benchmark finished");
+    QStringList titles;
+    for (const SavedResult& result : run.results)
+        titles << q(result.title);
+    // Four or more: the first two and how many more, so that a row stays a few lines high.
+    if (titles.size() > 3)
+        return QObject::tr("%1 and %2 more")
+            .arg(titles.mid(0, 2).join(QStringLiteral(", ")))
+            .arg(titles.size() - 2);
+    return titles.join(QStringLiteral(", "));
+}
 
 ui::ComparisonTable comparisonTable(const SavedRun& before, const SavedRun& after) {
     const RunComparison comparison = compareRuns(before, after);
@@ -41,11 +119,9 @@ ui::ComparisonTable comparisonTable(const SavedRun& before, const SavedRun& afte
     table.afterLabel = label('B', after);
     for (const auto& row : comparison.rows) {
         const auto score = [](double value) { return value > 0 ? q(scoreText(value)) : QStringLiteral("-"); };
-        char ratio[16] = "-", band[24];
-        if (row.compared.ratio) std::snprintf(ratio, sizeof ratio, "%.3f", *row.compared.ratio);
-        std::snprintf(band, sizeof band, "±%.1f %%", row.compared.bandPercent);
-        table.rows.push_back({q(row.title), score(row.before), score(row.after), QString::fromUtf8(ratio),
-                              QString::fromUtf8(band), row.compared.verdict});
+        table.rows.push_back(
+            {q(row.title), score(row.before), score(row.after), changeText(row.compared.ratio),
+             QStringLiteral("\u00B1%1 %").arg(row.compared.bandPercent, 0, 'f', 1), row.compared.verdict});
     }
     for (const auto& warning : comparison.warnings)
         table.warnings << q(warning);
@@ -55,34 +131,95 @@ ui::ComparisonTable comparisonTable(const SavedRun& before, const SavedRun& afte
 
 HistoryView::HistoryView(std::string directory, QWidget* parent)
     : QWidget(parent), directory_(std::move(directory)), status_(new QLabel(this)),
-      list_(new QListWidget(this)), comparison_(new ui::ComparisonView) {
+      list_(new QListWidget(this)), runHeading_(new QLabel(this)),
+      comparisonTab_(new QPushButton(tr("Comparison"))), resultsTab_(new QPushButton(tr("Results"))),
+      saveCards_(new QPushButton(tr("Save Result Cards…"))),
+      saveReport_(new QPushButton(tr("Save JSON Report…"))), pages_(new QStackedWidget),
+      baseline_(new QComboBox), comparison_(new ui::ComparisonView), results_(new ui::RunResultsView) {
     setWindowTitle(tr("Quarbel - Run History"));
-    resize(1080, 620);
+    resize(1160, 700);
     applyDarkPalette(*this);
+    setStyleSheet(styleSheet() + QString::fromLatin1(kStyle));
     auto* heading = makeTextLabel(tr("Run History"), 1.5, QFont::Bold, kPrimaryText);
-    status_->setPalette(heading->palette());
+    status_->setObjectName(QStringLiteral("historyStatus"));
     status_->setWordWrap(true);
-    list_->setWordWrap(true);
+    status_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    // Three lines a run, each elided rather than wrapped: a wrapped line would push the
+    // score out of a row whose height was worked out before the scroll bar took its room.
+    list_->setWordWrap(false);
+    list_->setTextElideMode(Qt::ElideRight);
     list_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     list_->setMinimumWidth(300);
-    list_->setMaximumWidth(360);
-    list_->setStyleSheet(QStringLiteral("QListWidget { background: #16181d; border: 1px solid #2a2d35; }"
-                                        "QListWidget::item { padding: 8px; color: #e8e9ed; }"
-                                        "QListWidget::item:selected { background: #243042; }"));
-    auto* scroll = new QScrollArea;
-    scroll->setWidget(comparison_);
-    scroll->setWidgetResizable(true);
-    scroll->setFrameShape(QFrame::NoFrame);
+    list_->setMaximumWidth(350);
+    QFont headingFont = runHeading_->font();
+    headingFont.setPointSizeF(headingFont.pointSizeF() * 1.15);
+    headingFont.setWeight(QFont::DemiBold);
+    runHeading_->setFont(headingFont);
+    runHeading_->setWordWrap(true);
+    runHeading_->setObjectName(QStringLiteral("runHeading"));
+
+    // Two pages for the selected run: compared with another, or its own results.
+    for (QPushButton* tab : {comparisonTab_, resultsTab_})
+        tab->setCheckable(true);
+    auto* tabs = new QButtonGroup(this);
+    tabs->addButton(comparisonTab_);
+    tabs->addButton(resultsTab_);
+    comparisonTab_->setChecked(true);
+    comparisonTab_->setToolTip(tr("Compare the selected run with an earlier one"));
+    resultsTab_->setToolTip(tr("Open the selected run's results (read only)"));
+    saveCards_->setToolTip(
+        tr("Save the global card and a card per benchmark of the selected run as PNG files"));
+    saveReport_->setToolTip(tr("Save the selected run's JSON report"));
+    const auto scrolling = [](QWidget* content) {
+        auto* scroll = new QScrollArea;
+        scroll->setWidget(content);
+        scroll->setWidgetResizable(true);
+        scroll->setFrameShape(QFrame::NoFrame);
+        return scroll;
+    };
+    auto* comparisonPage = new QWidget;
+    auto* chooser = new QHBoxLayout;
+    chooser->addWidget(makeTextLabel(tr("Compared with"), 1, QFont::Normal, kSecondaryText));
+    chooser->addWidget(baseline_, 1);
+    auto* comparisonColumn = new QVBoxLayout(comparisonPage);
+    comparisonColumn->setContentsMargins(0, 0, 0, 0);
+    comparisonColumn->addLayout(chooser);
+    comparisonColumn->addWidget(scrolling(comparison_), 1);
+    pages_->addWidget(comparisonPage);
+    pages_->addWidget(scrolling(results_));
+
+    auto* actions = new QHBoxLayout;
+    actions->setSpacing(6);
+    actions->addWidget(comparisonTab_);
+    actions->addWidget(resultsTab_);
+    actions->addStretch(1);
+    actions->addWidget(saveCards_);
+    actions->addWidget(saveReport_);
+    auto* right = new QVBoxLayout;
+    right->addWidget(runHeading_);
+    right->addLayout(actions);
+    right->addWidget(pages_, 1);
 
     auto* body = new QHBoxLayout;
+    body->setSpacing(16);
     body->addWidget(list_);
-    body->addWidget(scroll, 1);
+    body->addLayout(right, 1);
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(20, 16, 20, 16);
     column->addWidget(heading);
     column->addWidget(status_);
     column->addLayout(body, 1);
-    connect(list_, &QListWidget::currentRowChanged, this, &HistoryView::showComparison);
+
+    connect(list_, &QListWidget::currentRowChanged, this, [this](int row) {
+        userChoseRun_ = true;
+        selectRun(row);
+    });
+    connect(list_, &QListWidget::itemActivated, this, [this] { showPage(true); });
+    connect(baseline_, &QComboBox::currentIndexChanged, this, &HistoryView::showComparison);
+    connect(comparisonTab_, &QPushButton::clicked, this, [this] { showPage(false); });
+    connect(resultsTab_, &QPushButton::clicked, this, [this] { showPage(true); });
+    connect(saveCards_, &QPushButton::clicked, this, &HistoryView::chooseCardsFolder);
+    connect(saveReport_, &QPushButton::clicked, this, &HistoryView::chooseReportFile);
 }
 
 void HistoryView::showEvent(QShowEvent* event) {
@@ -90,41 +227,208 @@ void HistoryView::showEvent(QShowEvent* event) {
     reload();
 }
 
+bool HistoryView::showingResults() const { return pages_->currentIndex() == 1; }
+
+QString HistoryView::statusText() const { return status_->text(); }
+
 void HistoryView::reload() {
-    const QString selected =
-        list_->currentItem() ? list_->currentItem()->data(Qt::UserRole).toString() : QString();
+    const std::string chosen =
+        userChoseRun_ && selected_ >= 0 && std::size_t(selected_) < history_.runs.size()
+            ? history_.runs[std::size_t(selected_)].path
+            : std::string();
     history_ = listHistory(directory_);
+    int row = int(newestCompleteRun(history_.runs).value_or(0));
     list_->blockSignals(true);
     list_->clear();
-    int selectRow = history_.runs.size() > 1 ? 1 : 0; // the run before the newest, by default
     for (std::size_t i = 0; i < history_.runs.size(); ++i) {
-        auto* item = new QListWidgetItem(listText(history_.runs[i]), list_);
-        item->setData(Qt::UserRole, q(history_.runs[i].path));
-        if (item->data(Qt::UserRole).toString() == selected) selectRow = int(i);
+        const SavedRun& run = history_.runs[i];
+        auto* item = new QListWidgetItem(startedText(run) + QLatin1Char('\n') + benchmarksText(run) +
+                                             QLatin1Char('\n') + outcomeText(run),
+                                         list_);
+        QStringList titles;
+        for (const SavedResult& result : run.results)
+            titles << q(result.title);
+        item->setToolTip(titles.join(QLatin1Char('\n')));
+        if (!chosen.empty() && run.path == chosen) row = int(i);
     }
+    if (!history_.runs.empty()) list_->setCurrentRow(row);
     list_->blockSignals(false);
-    QString status =
-        history_.runs.empty()
-            ? tr("No runs kept yet. Every run you make is kept in %1.").arg(q(directory_))
-            : (history_.runs.size() == 1 ? tr("1 run kept in %1.").arg(q(directory_))
-                                         : tr("%1 runs kept in %2. Select a run to compare it with "
-                                              "the newest.")
-                                               .arg(history_.runs.size())
-                                               .arg(q(directory_)));
-    for (const auto& warning : history_.warnings)
-        status += QLatin1Char('\n') + q(warning);
-    status_->setText(status);
-    if (!history_.runs.empty()) list_->setCurrentRow(selectRow);
+    selectRun(history_.runs.empty() ? -1 : row);
+}
+
+void HistoryView::selectRun(int row) {
+    selected_ = row;
+    const bool exists = row >= 0 && std::size_t(row) < history_.runs.size();
+    selectedText_.clear();
+    std::optional<RunReport> report;
+    QString problem = tr("Run a benchmark to start the history.");
+    if (exists) {
+        const SavedRun& run = history_.runs[std::size_t(row)];
+        runHeading_->setText(benchmarksText(run) + QStringLiteral("  \u00B7  ") + startedText(run));
+        std::ifstream file(run.path, std::ios::binary);
+        std::stringstream text;
+        text << file.rdbuf();
+        selectedText_ = text.str();
+        auto parsed = parseJsonReport(selectedText_);
+        if (auto* read = std::get_if<RunReport>(&parsed))
+            report = std::move(*read);
+        else
+            problem = tr("%1 cannot be opened: %2").arg(q(run.path), q(std::get<std::string>(parsed)));
+    } else {
+        runHeading_->setText(tr("No run selected"));
+    }
+    results_->setReport(std::move(report), problem);
+    saveCards_->setEnabled(results_->report().has_value());
+    saveReport_->setEnabled(results_->report().has_value());
+
+    // Every other run can be the baseline; the default is the newest complete one before it
+    // that shares a benchmark.
+    baseline_->blockSignals(true);
+    baseline_->clear();
+    for (std::size_t i = 0; exists && i < history_.runs.size(); ++i)
+        if (int(i) != row) {
+            const SavedRun& run = history_.runs[i];
+            baseline_->addItem(startedText(run) + QStringLiteral(" \u00B7 ") + benchmarksText(run) +
+                                   QStringLiteral(" \u00B7 ") + outcomeText(run),
+                               int(i));
+        }
+    const auto baseline = exists ? baselineRun(history_.runs, std::size_t(row)) : std::nullopt;
+    baseline_->setCurrentIndex(baseline ? baseline_->findData(int(*baseline)) : -1);
+    baseline_->setEnabled(baseline_->count() > 0);
+    baseline_->blockSignals(false);
     showComparison();
+    updateStatus();
 }
 
 void HistoryView::showComparison() {
-    const int row = list_->currentRow();
-    if (row < 0 || history_.runs.empty()) {
+    const int before = baseline_->currentData().isValid() ? baseline_->currentData().toInt() : -1;
+    if (selected_ < 0 || history_.runs.empty()) {
         comparison_->setTable({{}, {}, {}, {}, tr("Run a benchmark to start the history.")});
         return;
     }
-    comparison_->setTable(comparisonTable(history_.runs[std::size_t(row)], history_.runs.front()));
+    if (before < 0) {
+        const QString none =
+            history_.runs.size() == 1
+                ? tr("This is the only run kept so far. Run the same benchmarks again to see what changed.")
+                : tr("No earlier complete run has a benchmark in common with this run, so there is nothing "
+                     "to compare it with. Run the same benchmarks again, or choose a run above.");
+        comparison_->setTable({{}, {}, {}, {}, none});
+        return;
+    }
+    comparison_->setTable(
+        comparisonTable(history_.runs[std::size_t(before)], history_.runs[std::size_t(selected_)]));
+}
+
+void HistoryView::showPage(bool results) {
+    pages_->setCurrentIndex(results ? 1 : 0);
+    (results ? resultsTab_ : comparisonTab_)->setChecked(true);
+}
+
+void HistoryView::updateStatus() {
+    QString status = history_.runs.empty()
+                         ? tr("No runs kept yet. Every run you make is kept in %1.").arg(q(directory_))
+                         : (history_.runs.size() == 1
+                                ? tr("1 run kept in %1.").arg(q(directory_))
+                                : tr("%1 runs kept in %2.").arg(history_.runs.size()).arg(q(directory_))) +
+                               QLatin1Char(' ') +
+                               tr("Select one to compare it with an earlier run or to open its results.");
+    for (const auto& warning : history_.warnings)
+        status += QLatin1Char('\n') + q(warning);
+    if (!lastSave_.isEmpty()) status += QLatin1Char('\n') + lastSave_;
+    status_->setText(status);
+}
+
+void HistoryView::showProblem(const QString& what, const QString& reason) {
+    auto* box = new QMessageBox(QMessageBox::Warning, QStringLiteral("Quarbel"), what, QMessageBox::Ok, this);
+    box->setObjectName(QStringLiteral("historySaveError"));
+    box->setInformativeText(reason);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setWindowModality(Qt::WindowModal);
+    applyDarkPalette(*box);
+    box->show();
+}
+
+bool HistoryView::saveCards(const QString& directory) {
+    const auto& report = results_->report();
+    if (!report) return false;
+    const QString what = tr("Could not save the result cards");
+    const QFileInfo folder(directory);
+    if (!folder.isDir()) {
+        showProblem(what, tr("%1 is not a folder.").arg(directory));
+        return false;
+    }
+    // A failed save takes back the cards it added, so the folder is as it was.
+    const QDir dir(directory);
+    const QStringList before = dir.entryList(QDir::Files | QDir::Hidden);
+    const Exporter::CardsWritten written = Exporter::writeReportCards(*report, directory);
+    if (written.problem) {
+        for (const QString& path : written.paths)
+            if (!before.contains(QFileInfo(path).fileName())) QFile::remove(path);
+        showProblem(what, *written.problem);
+        return false;
+    }
+    cardsFolder_ = directory;
+    lastSave_ = tr("Saved %1 result %2 in %3.")
+                    .arg(written.paths.size())
+                    .arg(written.paths.size() == 1 ? tr("card") : tr("cards"), directory);
+    updateStatus();
+    return true;
+}
+
+bool HistoryView::saveReport(const QString& path) {
+    if (!results_->report()) return false;
+    const QString what = tr("Could not save the report");
+    QFileInfo target(path);
+    // The file a link leads to is replaced, the link stays; only a plain file is replaced.
+    if (target.exists() && !target.isFile()) {
+        showProblem(what, tr("%1 is not a regular file.").arg(path));
+        return false;
+    }
+    const QString resolved = target.exists() ? target.canonicalFilePath() : target.absoluteFilePath();
+    const ReportWrite write = writeReportFile({false, resolved.toStdString(), newFileMode()}, selectedText_);
+    if (!write.problem.empty()) {
+        QString reason = q(write.problem);
+        if (!write.keptAt.empty())
+            reason += QLatin1Char('\n') + tr("A complete copy is kept at %1.").arg(q(write.keptAt));
+        showProblem(what, reason);
+        return false;
+    }
+    lastSave_ = tr("Saved the report as %1.").arg(resolved);
+    updateStatus();
+    return true;
+}
+
+void HistoryView::chooseCardsFolder() {
+    auto* dialog = new QFileDialog(this, tr("Save Result Cards"));
+    dialog->setObjectName(QStringLiteral("historyCardsDialog"));
+    dialog->setFileMode(QFileDialog::Directory);
+    dialog->setOption(QFileDialog::ShowDirsOnly);
+    applyDarkPalette(*dialog);
+    dialog->setDirectory(cardsFolder_.isEmpty() ? QDir::homePath() : cardsFolder_);
+    dialog->setWindowModality(Qt::NonModal);
+    connect(dialog, &QFileDialog::fileSelected, this, [this](const QString& folder) { saveCards(folder); });
+    connect(dialog, &QDialog::finished, dialog, &QObject::deleteLater);
+    dialog->show();
+}
+
+void HistoryView::chooseReportFile() {
+    if (selected_ < 0) return;
+    const SavedRun& run = history_.runs[std::size_t(selected_)];
+    QString stamp = q(run.startedAt);
+    stamp.remove(':').replace('T', '-').remove('Z');
+    auto* dialog = new QFileDialog(this, tr("Save JSON Report"));
+    dialog->setObjectName(QStringLiteral("historyReportDialog"));
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setFileMode(QFileDialog::AnyFile);
+    dialog->setMimeTypeFilters({QStringLiteral("application/json")});
+    dialog->setDefaultSuffix(QStringLiteral("json"));
+    dialog->setDirectory(cardsFolder_.isEmpty() ? QDir::homePath() : cardsFolder_);
+    dialog->selectFile(QStringLiteral("Quarbel-Report-%1.json").arg(stamp));
+    applyDarkPalette(*dialog);
+    dialog->setWindowModality(Qt::NonModal);
+    connect(dialog, &QFileDialog::fileSelected, this, [this](const QString& path) { saveReport(path); });
+    connect(dialog, &QDialog::finished, dialog, &QObject::deleteLater);
+    dialog->show();
 }
 
 HistoryWindowController::HistoryWindowController(std::string directory)

@@ -1,6 +1,8 @@
 #include "app/shared_window.h"
 
+#include <QKeySequence>
 #include <QPalette>
+#include <QShortcut>
 
 namespace quarbel::app {
 
@@ -48,6 +50,12 @@ void SharedWindowController::showWindow() {
     if (!window_) {
         window_ = makeWindow_();
         window_->setAttribute(Qt::WA_QuitOnClose, false);
+        // Esc and Ctrl+W close it, as they close a desktop's other secondary windows.
+        for (const QKeySequence& keys : {QKeySequence(Qt::Key_Escape), QKeySequence(Qt::CTRL | Qt::Key_W)}) {
+            auto* shortcut = new QShortcut(keys, window_.get());
+            shortcut->setContext(Qt::WindowShortcut);
+            QObject::connect(shortcut, &QShortcut::activated, window_.get(), &QWidget::close);
+        }
     }
     window_->setWindowState(window_->windowState() & ~Qt::WindowMinimized);
     window_->show();

@@ -113,11 +113,13 @@ ComparedScore byStatistics(const ScorePair& pair, ComparedScore result) {
     result.pValue =
         standardError > 0 ? twoSidedPValue(logRatio / standardError, df) : (logRatio == 0 ? 1.0 : 0.0);
     result.thresholdPercent = noiseThresholdPercent(pair.id);
-    const double change = symmetricChangePercent(*result.ratio);
+    // The threshold applies to the log ratio, so a slowdown and the speed-up that undoes it
+    // are judged alike.
     if (pair.noisyBefore || pair.noisyAfter)
         result.verdict = Verdict::inconclusive;
-    else if (*result.pValue < kSignificanceLevel && std::abs(change) > result.thresholdPercent)
-        result.verdict = change > 0 ? Verdict::faster : Verdict::slower;
+    else if (*result.pValue < kSignificanceLevel &&
+             std::abs(logRatio) > std::log1p(result.thresholdPercent / 100.0))
+        result.verdict = logRatio > 0 ? Verdict::faster : Verdict::slower;
     else
         result.verdict = Verdict::withinNoise;
     return result;

@@ -133,8 +133,7 @@ std::vector<std::string> slowerThan(const RunComparison& comparison, double perc
     for (const auto& row : comparison.rows) {
         if (row.compared.verdict != Verdict::slower) continue;
         // A benchmark that no longer completes is as slow as it gets.
-        if (!row.compared.ratio || -symmetricChangePercent(*row.compared.ratio) > percent)
-            titles.push_back(row.title);
+        if (!row.compared.ratio || (1.0 - *row.compared.ratio) * 100.0 > percent) titles.push_back(row.title);
     }
     return titles;
 }
@@ -172,14 +171,14 @@ std::string comparisonText(const SavedRun& before, const SavedRun& after, const 
         cells.push_back({row.title, score(row.before, row.uncertaintyBefore),
                          score(row.after, row.uncertaintyAfter),
                          c.ratio ? format("%.3f", *c.ratio) : std::string("-"), interval,
-                         c.ratio ? format("%+.1f %%", symmetricChangePercent(*c.ratio)) : std::string("-"),
+                         c.ratio ? format("%+.1f %%", (*c.ratio - 1.0) * 100.0) : std::string("-"),
                          std::string(verdictText(c.verdict))});
     }
     text += comparison.rows.empty() ? "The two runs have no benchmark in common.\n" : aligned(cells);
     if (!comparison.rows.empty())
         text += "Verdicts: a Welch test on the log of the slice rates, significance 0.05, changes under " +
                 format("%.1f %%", noiseThresholdPercent(std::nullopt)) +
-                " never called. Changes are symmetric: +100 % is twice the speed, -100 % half of it.\n";
+                " never called, however significant.\n";
     for (const auto& warning : comparison.warnings)
         text += "Warning: " + warning + "\n";
     return text;
@@ -212,7 +211,7 @@ std::string comparisonJson(const SavedRun& before, const SavedRun& after, const 
                         {"ci95PercentA", interval(row.uncertaintyBefore)},
                         {"ci95PercentB", interval(row.uncertaintyAfter)},
                         {"ratio", number(c.ratio)},
-                        {"changePercent", c.ratio ? json(symmetricChangePercent(*c.ratio)) : json(nullptr)},
+                        {"changePercent", c.ratio ? json((*c.ratio - 1.0) * 100.0) : json(nullptr)},
                         {"method", statistics ? "statistics" : "noise band"},
                         {"ratioLow", number(c.ratioLow)},
                         {"ratioHigh", number(c.ratioHigh)},

@@ -106,6 +106,7 @@ std::optional<SavedRun> readSavedRun(const std::string& path, std::string* probl
     const json summary = document.value("summary", json(nullptr));
     run.stopped = !summary.is_object();
     run.title = run.stopped ? "Stopped run" : valueOr<std::string>(summary, "title", "Run");
+    if (!run.stopped) run.runScore = valueOr<double>(summary, "score", 0.0);
     if (document.contains("system") && document["system"].is_array())
         for (const auto& row : document["system"])
             if (row.is_object() && valueOr<std::string>(row, "label", "") == "CPU")
@@ -159,6 +160,25 @@ HistoryListing listHistory(const std::string& directory) {
     std::stable_sort(listing.runs.begin(), listing.runs.end(),
                      [&](const SavedRun& a, const SavedRun& b) { return order(a) > order(b); });
     return listing;
+}
+
+bool shareBenchmarks(const SavedRun& a, const SavedRun& b) {
+    return std::any_of(a.results.begin(), a.results.end(), [&](const SavedResult& first) {
+        return std::any_of(b.results.begin(), b.results.end(),
+                           [&](const SavedResult& second) { return first.title == second.title; });
+    });
+}
+
+std::optional<std::size_t> newestCompleteRun(const std::vector<SavedRun>& runs) {
+    for (std::size_t i = 0; i < runs.size(); ++i)
+        if (!runs[i].stopped) return i;
+    return std::nullopt;
+}
+
+std::optional<std::size_t> baselineRun(const std::vector<SavedRun>& runs, std::size_t after) {
+    for (std::size_t i = after + 1; i < runs.size(); ++i)
+        if (!runs[i].stopped && shareBenchmarks(runs[i], runs[after])) return i;
+    return std::nullopt;
 }
 
 } // namespace quarbel

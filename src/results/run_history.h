@@ -44,6 +44,7 @@ struct SavedRun {
     bool quick = false;
     bool stopped = false; // a run without a summary was stopped before its end
     std::string title;    // the summary's title, or "Stopped run"
+    double runScore = 0;  // the summary's score, over the run's own benchmarks; 0 when stopped
     double globalScore = 0;
     std::string machine; // the processor row of the system facts
     std::vector<SavedResult> results;
@@ -60,5 +61,15 @@ struct HistoryListing {
 
 // Every report in `directory`; files that do not read as reports are skipped with a warning.
 HistoryListing listHistory(const std::string& directory);
+
+// Whether the two runs have a benchmark in common (by title).
+bool shareBenchmarks(const SavedRun& a, const SavedRun& b);
+
+// The newest run that was not stopped, as an index into `runs` (newest first).
+std::optional<std::size_t> newestCompleteRun(const std::vector<SavedRun>& runs);
+
+// What `runs[after]` is compared with unless the user picks another: the newest complete
+// run started before it that shares a benchmark with it; never itself, never a stopped run.
+std::optional<std::size_t> baselineRun(const std::vector<SavedRun>& runs, std::size_t after);
 
 } // namespace quarbel

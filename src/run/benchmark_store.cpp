@@ -55,7 +55,8 @@ StoreServices StoreServices::standard() {
             [] { return QDateTime::currentDateTime(); },
             [] { return sampleMachineCondition(); },
             [] { return readThrottleSample(); },
-            [] { return readCpuTickSample(); }};
+            [] { return readCpuTickSample(); },
+            RunLock::defaultDirectory()};
 }
 
 // The state of one run, owned by the store while the run is active.
@@ -110,6 +111,7 @@ BenchmarkStore::BenchmarkStore(StoreServices services, WindowPresenter* presente
     if (!services_.readCondition) services_.readCondition = StoreServices::standard().readCondition;
     if (!services_.readThrottle) services_.readThrottle = StoreServices::standard().readThrottle;
     if (!services_.readCpuTicks) services_.readCpuTicks = StoreServices::standard().readCpuTicks;
+    if (services_.runLockDirectory.empty()) services_.runLockDirectory = RunLock::defaultDirectory();
     logLines_ = {QStringLiteral("Quarbel ready")};
     currentRunTick_ = services_.now();
     startThermalMonitor(kIdleThermalInterval);
@@ -187,11 +189,14 @@ void BenchmarkStore::run(const std::vector<BenchmarkID>& ids, bool followsActive
             Q_EMIT runConditionChanged();
             readRunCondition();
             startThermalMonitor(kRunningThermalInterval);
+            runLock_ = std::make_unique<RunLock>(services_.runLockDirectory);
             if (task->ids.size() == 1) {
                 appendLog(QStringLiteral("Running %1 (%2 Mode)").arg(qs(title(task->ids.front())), mode));
             } else {
                 appendLog(QStringLiteral("Running full suite (%1 Mode)").arg(mode));
             }
+            if (const auto warning = concurrentRunWarning(runLock_->otherRuns()); !warning.empty())
+                appendLog(qs(warning));
             beginNextBenchmark();
         },
         Qt::QueuedConnection);
@@ -370,6 +375,7 @@ void BenchmarkStore::finishRunTask() {
                       .arg(qs(scoreText(totalScore()))));
     }
     activeRunStartedAt_.reset();
+    runLock_.reset();
     startThermalMonitor(kIdleThermalInterval);
     appendLog(QStringLiteral("Ready"));
     Q_EMIT busyChanged();

@@ -11,6 +11,7 @@
 #include "model/stability.h"
 #include "model/visual.h"
 #include "model/workload_context.h"
+#include "run/run_lock.h"
 #include "sensors/interference.h"
 #include "sensors/machine_condition.h"
 #include "sensors/temperature.h"
@@ -89,6 +90,8 @@ struct StoreServices {
     std::function<ThrottleSample()> readThrottle;
     // The machine's and this process's CPU ticks, read as each benchmark starts and ends.
     std::function<std::optional<CpuTickSample>()> readCpuTicks;
+    // Where runs mark themselves, to find another Quarbel's run (RunLock); empty: the default.
+    std::string runLockDirectory;
 
     static StoreServices standard();
 };
@@ -256,6 +259,7 @@ class BenchmarkStore : public QObject {
     bool unstableSeen_ = false;             // a benchmark of this run kept under 90 % of its pace
 
     std::unique_ptr<RunTask> task_;
+    std::unique_ptr<RunLock> runLock_;               // held while a run is active
     std::shared_ptr<CancellationToken> workerToken_; // the pass now executing; null when none
     std::shared_ptr<PassProgress> workerProgress_;
     bool thermalReadInFlight_ = false;

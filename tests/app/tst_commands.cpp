@@ -1,6 +1,8 @@
 // The menu commands and the shared help window.
+#include "app/about_window.h"
 #include "app/commands.h"
 #include "app/help_window.h"
+#include "app/history_window.h"
 #include "fake_workloads.h"
 #include "support/event_loop.h"
 
@@ -9,6 +11,7 @@
 #include <QLabel>
 #include <QMainWindow>
 #include <QMenuBar>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -72,4 +75,20 @@ TEST(QuarbelHelpWindowController, SecondRequestShowsTheSameWindow) {
     EXPECT_EQ(helpWindows, 1);
     EXPECT_EQ(first->findChildren<QLabel*>().size(), 1 + 2 * 10)
         << "heading, then a title and text per section";
+}
+
+TEST(SharedWindows, EscapeAndControlWCloseHelpAboutAndHistory) {
+    QuarbelHelpWindowController help;
+    QuarbelAboutWindowController about(QStringLiteral("0.1.0"));
+    HistoryWindowController history("/nonexistent/quarbel-history");
+    for (SharedWindowController* controller :
+         std::initializer_list<SharedWindowController*>{&help, &about, &history})
+        for (const QKeyCombination keys : {QKeyCombination(Qt::Key_Escape), Qt::CTRL | Qt::Key_W}) {
+            controller->showWindow();
+            QWidget* window = controller->window();
+            ASSERT_TRUE(QTest::qWaitForWindowActive(window)) << window->windowTitle().toStdString();
+            QTest::keyClick(window, keys.key(), keys.keyboardModifiers());
+            EXPECT_FALSE(window->isVisible())
+                << window->windowTitle().toStdString() << " " << QKeySequence(keys).toString().toStdString();
+        }
 }

@@ -1,58 +1,195 @@
+// The run history window over runs the window itself kept: which runs it compares by
+// default, how it names them, a past run opened read-only and its cards and report saved.
 #include "app/history_window.h"
 #include "app/run_history_recorder.h"
 #include "fake_workloads.h"
 #include "run/benchmark_store.h"
 #include "sensors/fake_tree.h"
 #include "support/event_loop.h"
+#include "ui/cards/result_card_exporter.h"
 
 #include <gtest/gtest.h>
 
+#include <QComboBox>
+#include <QDateTime>
+#include <QDir>
 #include <QListWidget>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTest>
+
+#include <fstream>
+#include <sstream>
 
 using namespace quarbel;
 using namespace quarbel::app;
 using quarbel::testing::FakeTree;
 
-TEST(RunHistoryWindow, WindowRunsAreKeptAndTheSelectedRunIsComparedWithTheNewest) {
-    FakeTree tree;
-    const std::string directory = tree.path("runs");
-    test::FakeWorkloads fakes;
-    BenchmarkStore store(fakes.services());
-    RunHistoryRecorder recorder(store, directory);
-    QStringList kept;
-    QObject::connect(&recorder, &RunHistoryRecorder::runKept, [&](const QString& path) { kept << path; });
+namespace {
 
-    // A run, a faster one, then one stopped before its end.
-    for (double score : {100.0, 200.0}) {
-        fakes.set(BenchmarkID::cpuInteger, test::FakeBehaviour::instantOk, score);
-        store.run({BenchmarkID::cpuInteger}, false);
+// A store whose finished and stopped runs are kept in `directory`, as the window keeps them.
+struct KeptRuns {
+    explicit KeptRuns(const std::string& directory) : recorder(store, directory) {}
+
+    void run(std::vector<BenchmarkID> ids, double score = 100) {
+        for (BenchmarkID id : ids)
+            fakes.set(id, test::FakeBehaviour::instantOk, score);
+        store.run(ids, false);
         ASSERT_TRUE(test::processEventsUntil([&] { return !store.busy(); }));
     }
-    fakes.set(BenchmarkID::cpuInteger, test::FakeBehaviour::untilCancelled);
-    store.run({BenchmarkID::cpuInteger}, false);
-    ASSERT_TRUE(test::processEventsUntil([&] { return fakes.running() == 1; }));
-    store.stop();
-    ASSERT_TRUE(test::processEventsUntil([&] { return !store.busy(); }));
-    ASSERT_EQ(kept.size(), 3);
+    void stopped(BenchmarkID id) {
+        fakes.set(id, test::FakeBehaviour::untilCancelled);
+        store.run({id}, false);
+        ASSERT_TRUE(test::processEventsUntil([&] { return fakes.running() == 1; }));
+        store.stop();
+        ASSERT_TRUE(test::processEventsUntil([&] { return !store.busy(); }));
+    }
 
-    const HistoryListing history = listHistory(directory);
-    ASSERT_EQ(history.runs.size(), 3u);
-    EXPECT_TRUE(history.runs[0].stopped) << "the newest run is the stopped one";
-    EXPECT_FALSE(history.runs[1].stopped);
-    EXPECT_DOUBLE_EQ(history.runs[1].results.at(0).score, 200.0);
+    test::FakeWorkloads fakes;
+    BenchmarkStore store{fakes.services()};
+    RunHistoryRecorder recorder;
+};
+
+std::string contentsOf(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::stringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+QMessageBox* takeErrorBox(HistoryView& view) {
+    auto* box = view.findChild<QMessageBox*>(QStringLiteral("historySaveError"));
+    if (box != nullptr) box->setObjectName({}); // the next failure's box is found, not this one
+    return box;
+}
+
+} // namespace
+
+TEST(RunHistoryWindow, ComparesTheNewestCompleteRunWithTheNewestEarlierOneThatSharesABenchmark) {
+    FakeTree tree;
+    const std::string directory = tree.path("runs");
+    KeptRuns runs(directory);
+    runs.run({BenchmarkID::cpuInteger}, 100);
+    runs.run({BenchmarkID::memoryStream}, 50); // nothing in common with the others
+    runs.run({BenchmarkID::cpuInteger}, 200);
+    runs.stopped(BenchmarkID::cpuInteger); // the newest run, stopped before its benchmark ended
 
     HistoryView view(directory);
     view.reload();
-    ASSERT_EQ(view.runList()->count(), 3);
-    EXPECT_EQ(view.runList()->currentRow(), 1) << "the run before the newest is compared by default";
-    view.runList()->setCurrentRow(2);
-    // The first run against the newest: stopped before its benchmark ended, so nothing to compare.
-    const ui::ComparisonTable& table = view.comparison()->table();
-    EXPECT_TRUE(table.rows.empty());
-    EXPECT_TRUE(table.warnings.contains("A run was stopped before its end."));
+    ASSERT_EQ(view.runList()->count(), 4);
+    const auto rowText = [&](int row) { return view.runList()->item(row)->text().toStdString(); };
+    EXPECT_NE(rowText(0).find("No benchmark finished"), std::string::npos) << rowText(0);
+    EXPECT_NE(rowText(0).find("Stopped before its end"), std::string::npos);
+    EXPECT_NE(rowText(1).find("CPU Single-Core"), std::string::npos) << "rows name their benchmarks";
+    EXPECT_NE(rowText(1).find("200.00 pts"), std::string::npos) << rowText(1);
+    EXPECT_NE(rowText(2).find("Memory Stream"), std::string::npos);
 
-    const ui::ComparisonTable faster = comparisonTable(history.runs[2], history.runs[1]);
-    ASSERT_EQ(faster.rows.size(), 1u);
-    EXPECT_EQ(faster.rows[0].verdict, Verdict::faster);
-    EXPECT_EQ(faster.rows[0].ratio, "2.000");
+    EXPECT_EQ(view.runList()->currentRow(), 1) << "the newest complete run, not the stopped one";
+    EXPECT_EQ(view.baselineChooser()->currentData().toInt(), 3) << "the newest earlier run in common";
+    const ui::ComparisonTable& table = view.comparison()->table();
+    ASSERT_EQ(table.rows.size(), 1u);
+    EXPECT_EQ(table.rows[0].verdict, Verdict::faster);
+    EXPECT_EQ(table.rows[0].change, "+100.0 %");
+    // Like for like; only the fake workloads' lack of slices is worth a word.
+    ASSERT_EQ(table.warnings.size(), 1);
+    EXPECT_TRUE(table.warnings[0].startsWith("No slice rates")) << table.warnings[0].toStdString();
+
+    // A run nothing earlier shares a benchmark with is compared with nothing, and says so.
+    view.runList()->setCurrentRow(2);
+    EXPECT_EQ(view.baselineChooser()->currentIndex(), -1);
+    EXPECT_TRUE(view.comparison()->table().rows.empty());
+    EXPECT_TRUE(view.comparison()->table().emptyText.startsWith("No earlier complete run"));
+    // Any other run can still be chosen by hand, the stopped one included.
+    view.baselineChooser()->setCurrentIndex(view.baselineChooser()->findData(0));
+    EXPECT_TRUE(view.comparison()->table().warnings.contains("A run was stopped before its end."));
+
+    // A run the user selected stays selected when a new run is kept.
+    runs.run({BenchmarkID::cpuInteger}, 300);
+    view.reload();
+    EXPECT_TRUE(view.runList()->currentItem()->text().contains("Memory Stream"));
+}
+
+TEST(RunHistoryWindow, ChangesAreInPercentAndRunsAreNamedByTheirBenchmarks) {
+    const std::pair<std::optional<double>, const char*> changes[] = {
+        {1.042, "+4.2 %"}, {0.88, "\u221212.0 %"}, {1.0, "0.0 %"},
+        {0.9996, "0.0 %"}, {2.5, "+150.0 %"},      {std::nullopt, "-"}};
+    for (const auto& [ratio, text] : changes)
+        EXPECT_EQ(changeText(ratio), QString::fromUtf8(text)) << ratio.value_or(0);
+
+    SavedRun run;
+    for (BenchmarkID id : kAllBenchmarks)
+        run.results.push_back({std::string(rawValue(id)), std::string(title(id)), "ok", 1, std::nullopt, {}});
+    EXPECT_EQ(benchmarksText(run), "Full suite");
+    run.results.resize(5);
+    EXPECT_EQ(benchmarksText(run), "CPU Single-Core, CPU Multi-Core and 3 more");
+    run.results.resize(2);
+    EXPECT_EQ(benchmarksText(run), "CPU Single-Core, CPU Multi-Core");
+}
+
+TEST(RunHistoryWindow, APastRunOpensReadOnlyAndSavesItsCardsAndReportOrSaysWhyNot) {
+    FakeTree tree;
+    const std::string directory = tree.path("runs");
+    KeptRuns runs(directory);
+    runs.fakes.set(BenchmarkID::ssdRandom, test::FakeBehaviour::failing);
+    runs.store.run({BenchmarkID::cpuCrypto, BenchmarkID::ssdRandom}, false);
+    ASSERT_TRUE(test::processEventsUntil([&] { return !runs.store.busy(); }));
+
+    HistoryView view(directory);
+    view.reload();
+    QTest::mouseClick(view.resultsButton(), Qt::LeftButton);
+    EXPECT_TRUE(view.showingResults());
+    const auto& report = view.results()->report();
+    ASSERT_TRUE(report.has_value());
+    ASSERT_EQ(report->results.size(), 2u);
+    EXPECT_EQ(report->results[1].outcome.status, OutcomeStatus::failed);
+    ASSERT_TRUE(report->summary.has_value());
+    EXPECT_EQ(report->summary->failed, 1);
+
+    const std::string folder = tree.path("cards");
+    QDir().mkpath(QString::fromStdString(folder));
+    ASSERT_TRUE(view.saveCards(QString::fromStdString(folder)));
+    const QStringList saved = QDir(QString::fromStdString(folder)).entryList(QDir::Files);
+    ASSERT_EQ(saved.size(), 3) << saved.join(' ').toStdString();
+    EXPECT_TRUE(saved.filter("Quarbel-Global-Result-").size() == 1 &&
+                saved.filter("Quarbel-SSD-Random-").size() == 1);
+    EXPECT_EQ(QImage(QDir(QString::fromStdString(folder)).filePath(saved.filter("Global").front())).size(),
+              QSize(1500, 1220));
+    EXPECT_TRUE(view.statusText().contains("Saved 3 result cards in")) << view.statusText().toStdString();
+    EXPECT_EQ(takeErrorBox(view), nullptr);
+
+    const std::string copy = tree.path("copy.json");
+    ASSERT_TRUE(view.saveReport(QString::fromStdString(copy)));
+    EXPECT_EQ(contentsOf(copy), contentsOf(listHistory(directory).runs.at(0).path))
+        << "the report as it was kept";
+
+    // Failures: a folder that is not there, a card name taken by a folder half-way through
+    // (the global card already written is taken back), a report path that is a folder.
+    const std::string blocked = tree.path("blocked");
+    const QDir blockedDir(QString::fromStdString(blocked));
+    QDir().mkpath(blockedDir.path());
+    const QDateTime now = QDateTime::currentDateTime();
+    for (const QDateTime& at : {now, now.addSecs(60)})
+        blockedDir.mkdir(cards::ResultCardExporter::filename(
+            cards::ResultCardExporter::benchmarkCardPrefix(BenchmarkID::cpuCrypto), at));
+    const struct {
+        const char* name;
+        std::function<bool()> save;
+        const char* message;
+    } failures[] = {
+        {"missing folder", [&] { return view.saveCards(QString::fromStdString(tree.path("missing"))); },
+         "Could not save the result cards"},
+        {"card name taken", [&] { return view.saveCards(blockedDir.path()); },
+         "Could not save the result cards"},
+        {"report onto a folder", [&] { return view.saveReport(QString::fromStdString(folder)); },
+         "Could not save the report"},
+    };
+    for (const auto& failure : failures) {
+        EXPECT_FALSE(failure.save()) << failure.name;
+        QMessageBox* box = takeErrorBox(view);
+        ASSERT_NE(box, nullptr) << failure.name;
+        EXPECT_EQ(box->text(), failure.message);
+        EXPECT_FALSE(box->informativeText().isEmpty());
+    }
+    EXPECT_TRUE(blockedDir.entryList(QDir::Files).isEmpty()) << "nothing half-written stays behind";
+    EXPECT_FALSE(QFileInfo::exists(QString::fromStdString(tree.path("missing"))));
 }

@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <poll.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -15,12 +16,14 @@ namespace quarbel::test {
 namespace {
 
 // Children keep their run history here, never in the home directory of whoever runs the
-// tests; the folder goes when the test program ends.
+// tests, and mark their runs in its "runtime" folder, where no other test program's children
+// or a real run see them; the folder goes when the test program ends.
 class PrivateDataHome {
   public:
     PrivateDataHome() {
         std::string pattern = std::filesystem::temp_directory_path() / "quarbel-test-data-XXXXXX";
         path_ = ::mkdtemp(pattern.data()) != nullptr ? pattern : "/nonexistent/quarbel-test-data";
+        ::mkdir((path_ + "/runtime").c_str(), 0700);
     }
     ~PrivateDataHome() {
         std::error_code ignored;
@@ -59,6 +62,7 @@ ChildProcess::ChildProcess(const std::vector<std::string>& args, const std::vect
     for (char** e = environ; *e != nullptr; ++e)
         env.emplace_back(*e);
     add("XDG_DATA_HOME=" + privateDataHome());
+    add("XDG_RUNTIME_DIR=" + privateDataHome() + "/runtime");
     for (const auto& variable : extraEnv)
         add(variable);
     std::vector<char*> argv;

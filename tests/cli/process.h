@@ -35,6 +35,7 @@ class ChildProcess {
     // This end of the child's standard output is closed: the reader goes away.
     void closeStdout();
     void signal(int signalNumber);
+    pid_t pid() const { return pid_; }
 
     // Reads to the end of both streams (killing the child after `timeoutMs`) and reaps it.
     ProcessResult wait(int timeoutMs = 60000);

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <regex>
@@ -157,6 +158,31 @@ TEST(QuarbelCommand, JsonReportHasTheDocumentedShape) {
 
     for (const auto& file : fs::directory_iterator(dir.path()))
         EXPECT_EQ(file.path().filename(), "result.json") << "no temporary file may stay behind";
+}
+
+TEST(QuarbelCommand, ARunBesideAnotherWarnsThatBothAreSkewedAndStillRuns) {
+    const std::vector<std::string> noVulkan = {"VK_ICD_FILENAMES=/nonexistent/quarbel-no-vulkan.json",
+                                               "VK_DRIVER_FILES=/nonexistent/quarbel-no-vulkan.json"};
+    const std::vector<std::string> shortRun = {kQuarbel, "run", "metalVisual", "--quick"};
+    const std::string warning = "Another Quarbel run is in progress (pid ";
+    ChildProcess first({kQuarbel, "run", "cpuInteger"});
+    ASSERT_TRUE(first.readUntil([&] { return first.out().find("] Running ") != std::string::npos; }, 30000));
+
+    const auto second = runProcess(shortRun, noVulkan);
+    EXPECT_EQ(second.exitCode, 0) << second.err;
+    EXPECT_NE(second.out.find("] " + warning + std::to_string(first.pid()) +
+                              "): both runs' results will be skewed.\n"),
+              std::string::npos)
+        << second.out;
+    EXPECT_NE(second.out.find("Summary:"), std::string::npos) << "the run goes ahead";
+
+    // Killed outright, the first run leaves nothing that makes a later run warn.
+    first.signal(SIGKILL);
+    const auto killed = first.wait();
+    EXPECT_EQ(killed.out.find(warning), std::string::npos) << "the first run was alone";
+    const auto third = runProcess(shortRun, noVulkan);
+    EXPECT_EQ(third.exitCode, 0) << third.err;
+    EXPECT_EQ(third.out.find(warning), std::string::npos) << third.out;
 }
 
 TEST(QuarbelCommand, CtrlCCancelsTheRunningWorkloadAndLeavesNoScratchFiles) {

@@ -8,12 +8,31 @@
 #include <chrono>
 #include <condition_variable>
 #include <deque>
+#include <filesystem>
 #include <mutex>
 #include <thread>
+#include <unistd.h>
 
 namespace quarbel::test {
 
 enum class FakeBehaviour { instantOk, failing, skipping, untilCancelled, gated };
+
+// Runs of this test process mark themselves here, where neither a real Quarbel run nor
+// another test process sees them; removed when the process ends.
+inline const std::string& privateRunLockDirectory() {
+    static const struct Directory {
+        Directory() {
+            std::string pattern = std::filesystem::temp_directory_path() / "quarbel-test-locks-XXXXXX";
+            path = ::mkdtemp(pattern.data()) != nullptr ? pattern : std::string();
+        }
+        ~Directory() {
+            std::error_code ignored;
+            if (!path.empty()) std::filesystem::remove_all(path, ignored);
+        }
+        std::string path;
+    } directory;
+    return directory.path;
+}
 
 // Each benchmark behaves as configured; a gated one blocks until release() or cancellation.
 class FakeWorkloads {
@@ -92,6 +111,7 @@ class FakeWorkloads {
         };
         services.readCondition = [] { return MachineCondition{}; };
         services.readThrottle = [] { return ThrottleSample{}; };
+        services.runLockDirectory = privateRunLockDirectory();
         return services;
     }
 

@@ -1,19 +1,33 @@
-// A paint device that keeps the texts painted on it, in order, and draws nothing: what
-// a card says, read without looking at its pixels.
+// A paint device that keeps the texts painted on it, in order, with where they were
+// drawn, and the bounds of the shapes it was asked to fill; it draws nothing: what a card
+// says and where, read without looking at its pixels.
 #pragma once
 
 #include <QPaintDevice>
 #include <QPaintEngine>
+#include <QPainterPath>
+#include <QRectF>
 #include <QSize>
 #include <QStringList>
+#include <QTransform>
+
+#include <vector>
 
 namespace quarbel::test {
+
+struct DrawnText {
+    QString text;
+    QRectF bounds; // the run's advance width by its ascent and descent, in device pixels
+};
 
 class TextRecorder : public QPaintDevice {
   public:
     explicit TextRecorder(QSize size) : size_(size) {}
     QPaintEngine* paintEngine() const override { return &engine_; }
     const QStringList& texts() const { return engine_.texts; }
+    const std::vector<DrawnText>& drawnTexts() const { return engine_.drawn; }
+    // Bounds of every filled path, polygon and rectangle (panels, tiles, pills, dots).
+    const std::vector<QRectF>& shapes() const { return engine_.shapes; }
 
   protected:
     int metric(PaintDeviceMetric metric) const override {
@@ -36,14 +50,33 @@ class TextRecorder : public QPaintDevice {
         Engine() : QPaintEngine(QPaintEngine::AllFeatures) {}
         bool begin(QPaintDevice*) override { return true; }
         bool end() override { return true; }
-        void updateState(const QPaintEngineState&) override {}
+        void updateState(const QPaintEngineState& changed) override {
+            if (changed.state() & QPaintEngine::DirtyTransform) transform = changed.transform();
+        }
         void drawPixmap(const QRectF&, const QPixmap&, const QRectF&) override {}
         void drawImage(const QRectF&, const QImage&, const QRectF&, Qt::ImageConversionFlags) override {}
-        void drawPath(const QPainterPath&) override {}
-        void drawPolygon(const QPointF*, int, PolygonDrawMode) override {}
-        void drawTextItem(const QPointF&, const QTextItem& item) override { texts.push_back(item.text()); }
+        void drawPath(const QPainterPath& path) override {
+            shapes.push_back(transform.mapRect(path.boundingRect()));
+        }
+        void drawPolygon(const QPointF* points, int count, PolygonDrawMode) override {
+            shapes.push_back(
+                transform.mapRect(QPolygonF(QList<QPointF>(points, points + count)).boundingRect()));
+        }
+        void drawRects(const QRectF* rects, int count) override {
+            for (int i = 0; i < count; ++i)
+                shapes.push_back(transform.mapRect(rects[i]));
+        }
+        void drawTextItem(const QPointF& at, const QTextItem& item) override {
+            texts.push_back(item.text());
+            drawn.push_back(
+                {item.text(), transform.mapRect(QRectF(at.x(), at.y() - item.ascent(), item.width(),
+                                                       item.ascent() + item.descent()))});
+        }
         Type type() const override { return QPaintEngine::User; }
         QStringList texts;
+        std::vector<DrawnText> drawn;
+        std::vector<QRectF> shapes;
+        QTransform transform;
     };
     QSize size_;
     mutable Engine engine_;

@@ -51,9 +51,13 @@ BenchmarkCardContent benchmarkContent(bool accuracyMode) {
 SummaryCardContent summaryContent() {
     SummaryCardContent content;
     content.summary = {"Selected Test Summary", 1, 1, 1, 3, 500, 150, 61.0, std::nullopt, {}};
-    content.rows[BenchmarkID::cpuInteger] = {
-        TestRunState::done,
-        BenchmarkOutcome{OutcomeStatus::ok, 500, {"Rate", "3.1", "Mops/s"}, std::nullopt, 1.5, "ok"}};
+    content.rows[BenchmarkID::cpuInteger] = {TestRunState::done,
+                                             BenchmarkOutcome{OutcomeStatus::ok,
+                                                              500,
+                                                              {"Rate", "3.1", "Mops/s"},
+                                                              MeasurementLine{"Threads", "1", ""},
+                                                              1.5,
+                                                              "ok"}};
     content.rows[BenchmarkID::metalCompute] = {TestRunState::skipped, skippedOutcome("No Vulkan device.")};
     content.rows[BenchmarkID::ssdRandom] = {TestRunState::failed, failedOutcome("Disk full.")};
     content.globalScore = 38.46;
@@ -70,6 +74,16 @@ QStringList textsOf(const Content& content, QSize size, Paint paint) {
     paint(painter, content);
     painter.end();
     return recorder.texts();
+}
+
+// Every value as long as a real run could make it: nine-digit scores, long labels and units.
+BenchmarkOutcome longOutcome() {
+    return {OutcomeStatus::ok,
+            123456789.0,
+            {"Sequential Throughput", "123456789.12", "GB/s"},
+            MeasurementLine{"Min/Max", "123456.7 / 234567.8", "FPS"},
+            123456.78,
+            "A detail long enough to need its three lines and more. " + std::string(300, 'x')};
 }
 
 QStringList benchmarkTexts(const BenchmarkCardContent& c) {
@@ -151,6 +165,15 @@ TEST(ResultCards, GlobalCardHasTheTableInOrderAndTheSkippedAndFailedSection) {
           "Selected Test Summary", "500.00", "1 / 3", "2.5m", "61 \u00B0C", "Peak CPU", "Peak GPU",
           "Unavailable", "1.50s", "3.1 Mops/s", "on battery", "throttling seen"})
         EXPECT_TRUE(texts.contains(QString::fromUtf8(expected))) << expected;
+    // Each measurement in the table is named: its label comes just before its value.
+    const qsizetype firstRow = header + 6;
+    for (const auto& [label, value] :
+         {std::pair{"Rate", "3.1 Mops/s"}, {"Threads", "1"}, {"Status", "Skipped"}}) {
+        const qsizetype at = texts.indexOf(QString::fromUtf8(label), firstRow);
+        EXPECT_TRUE(at > 0 && texts.value(at + 1) == QString::fromUtf8(value))
+            << label << "\n"
+            << texts.join('|').toStdString();
+    }
 
     const qsizetype section = texts.indexOf(QStringLiteral("Skipped / Failed"));
     ASSERT_GT(section, header) << texts.join('|').toStdString();
@@ -159,6 +182,62 @@ TEST(ResultCards, GlobalCardHasTheTableInOrderAndTheSkippedAndFailedSection) {
          {"Metal Compute", "No Vulkan device.", "Skipped", "SSD Random", "Disk full.", "Failed"})
         EXPECT_TRUE(listed.contains(QString::fromUtf8(expected))) << expected;
     EXPECT_FALSE(listed.contains(QStringLiteral("CPU Single-Core"))) << "a completed benchmark is not listed";
+}
+
+namespace {
+
+// Texts that overlap each other or a tile they do not belong to, or leave the card.
+std::vector<std::string> layoutFaults(const test::TextRecorder& recorder, QSize size) {
+    std::vector<std::string> faults;
+    const auto& texts = recorder.drawnTexts();
+    const auto name = [](const test::DrawnText& t) { return t.text.left(24).toStdString(); };
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        const QRectF a = texts[i].bounds.adjusted(1, 1, -1, -1);
+        if (!QRectF(QPointF(0, 0), size).contains(a)) faults.push_back(name(texts[i]) + " leaves the card");
+        for (std::size_t j = i + 1; j < texts.size(); ++j)
+            if (a.intersects(texts[j].bounds.adjusted(1, 1, -1, -1)))
+                faults.push_back(name(texts[i]) + " overlaps " + name(texts[j]));
+        // A text lies inside a shape (its panel, tile or pill) or clear of it.
+        for (const QRectF& shape : recorder.shapes())
+            if (a.intersects(shape) && !shape.contains(a))
+                faults.push_back(name(texts[i]) + " runs over the edge of a shape");
+    }
+    return faults;
+}
+
+} // namespace
+
+TEST(ResultCards, LongValuesStayInsideTheirPlaces) {
+    BenchmarkCardContent single = benchmarkContent(true);
+    single.outcome = longOutcome();
+    single.temperature = {123.4, 123.4, std::nullopt};
+    SummaryCardContent global = summaryContent();
+    global.summary = {"Full Suite Accuracy Summary", 13, 0, 0, 13, 123456789.0, 86399, 123.4, 123.4, {}};
+    global.globalScore = 123456789.0;
+    for (BenchmarkID id : kAllBenchmarks)
+        global.rows[id] = {TestRunState::done, longOutcome()};
+    const struct {
+        const char* card;
+        QSize size;
+        std::function<void(QPainter&)> paint;
+    } cases[] = {
+        {"single, normal values", kBenchmarkCardSize,
+         [](QPainter& p) { paintBenchmarkCard(p, benchmarkContent(false)); }},
+        {"single, long values", kBenchmarkCardSize, [&](QPainter& p) { paintBenchmarkCard(p, single); }},
+        {"global, normal values", kSummaryCardSize,
+         [](QPainter& p) { paintSummaryCard(p, summaryContent()); }},
+        {"global, long values", kSummaryCardSize, [&](QPainter& p) { paintSummaryCard(p, global); }},
+    };
+    for (const auto& c : cases) {
+        test::TextRecorder recorder(c.size);
+        QPainter painter(&recorder);
+        c.paint(painter);
+        painter.end();
+        for (const std::string& fault : layoutFaults(recorder, c.size))
+            ADD_FAILURE() << c.card << ": " << fault;
+    }
+    const QStringList texts = textsOf(single, kBenchmarkCardSize, paintBenchmarkCard);
+    EXPECT_TRUE(texts.contains(QStringLiteral("123456789"))) << "the score is shown whole";
 }
 
 TEST(ResultCards, DurationAndStatusTexts) {

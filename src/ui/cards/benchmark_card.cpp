@@ -10,6 +10,8 @@
 #include <QFontMetricsF>
 #include <QPainter>
 
+#include <cmath>
+
 namespace quarbel::cards {
 
 namespace Palette = ResultCardPalette;
@@ -33,15 +35,24 @@ void drawScore(QPainter& painter, const QRectF& rect, const BenchmarkOutcome& ou
     painter.save();
     if (outcome.status == OutcomeStatus::ok) {
         const QString score = qstring(scoreText(outcome.score));
-        painter.setFont(cardFont(104, QFont::Bold));
-        const QFontMetricsF metrics(painter.font());
-        const qreal baseline = rect.top() + metrics.ascent();
+        const QString unit = QStringLiteral("Quarbel points");
+        const QFont unitFont = cardFont(24, QFont::DemiBold);
+        const qreal unitWidth = QFontMetricsF(unitFont).horizontalAdvance(unit) + 14;
+        // The figures shrink until score and unit fit beside the measurement tiles; they
+        // keep the baseline of the full size, so the texts under them never move.
+        const qreal baseline = rect.top() + QFontMetricsF(cardFont(104, QFont::Bold)).ascent();
+        QFont scoreFont = cardFont(104, QFont::Bold);
+        const qreal fullWidth = QFontMetricsF(scoreFont).horizontalAdvance(score);
+        if (fullWidth + unitWidth > rect.width() + 4)
+            scoreFont = cardFont(std::floor(104 * (rect.width() + 4 - unitWidth) / fullWidth), QFont::Bold);
+        painter.setFont(scoreFont);
+        const QString shown = parts::elided(painter, score, rect.width() + 4 - unitWidth);
         painter.setPen(accent);
-        painter.drawText(QPointF(rect.left() - 4, baseline), score);
-        painter.setFont(cardFont(24, QFont::DemiBold));
+        painter.drawText(QPointF(rect.left() - 4, baseline), shown);
+        const qreal scoreWidth = QFontMetricsF(scoreFont).horizontalAdvance(shown);
+        painter.setFont(unitFont);
         painter.setPen(Palette::secondary());
-        painter.drawText(QPointF(rect.left() + metrics.horizontalAdvance(score) + 14, baseline),
-                         QStringLiteral("Quarbel points"));
+        painter.drawText(QPointF(rect.left() - 4 + scoreWidth + 14, baseline), unit);
     } else {
         const QString status =
             outcome.status == OutcomeStatus::failed ? QStringLiteral("Failed") : QStringLiteral("Skipped");

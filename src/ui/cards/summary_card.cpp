@@ -36,6 +36,7 @@ namespace {
 
 constexpr qreal kMargin = 56;
 constexpr qreal kRowHeight = 40;
+constexpr qreal kTilesLeft = 640; // where the result panel's metric tiles begin, from its inner left
 
 // The table's columns, left to right, as widths in pixels of the table's 1332.
 constexpr qreal kColumnWidths[] = {372, 150, 140, 270, 250, 150};
@@ -66,9 +67,14 @@ void drawResultPanel(QPainter& painter, const QRectF& rect, const SummaryCardCon
     painter.setFont(cardFont(15));
     painter.setPen(Palette::muted());
     const qreal titleWidth = QFontMetricsF(cardFont(16, QFont::DemiBold)).horizontalAdvance(title);
-    painter.drawText(titleBox.adjusted(titleWidth + 10, 0, 200, 0), Qt::AlignLeft | Qt::AlignVCenter,
-                     QStringLiteral("\u00B7  global score %1 over all thirteen benchmarks")
-                         .arg(qstring(scoreText(content.globalScore))));
+    // The note ends before the metric tiles, which start kTilesLeft from the left.
+    const QRectF noteBox(titleBox.left() + titleWidth + 10, titleBox.top(), kTilesLeft - 16 - titleWidth - 10,
+                         titleBox.height());
+    painter.drawText(noteBox, Qt::AlignLeft | Qt::AlignVCenter,
+                     parts::elided(painter,
+                                   QStringLiteral("\u00B7  global score %1 over all thirteen benchmarks")
+                                       .arg(qstring(scoreText(content.globalScore))),
+                                   noteBox.width()));
     painter.restore();
 
     const QString values[] = {
@@ -80,7 +86,7 @@ void drawResultPanel(QPainter& painter, const QRectF& rect, const SummaryCardCon
     const QString labels[] = {QStringLiteral("Completed"), QStringLiteral("Duration"),
                               QStringLiteral("Peak CPU"), QStringLiteral("Peak GPU")};
     const qreal gap = 14;
-    const qreal left = inner.left() + 640;
+    const qreal left = inner.left() + kTilesLeft;
     const qreal width = (inner.right() - left - 3 * gap) / 4;
     for (int i = 0; i < 4; ++i)
         parts::drawMetric(
@@ -133,16 +139,31 @@ void drawTableRow(QPainter& painter, const QRectF& rect, BenchmarkID id, const B
         painter.drawText(where, Qt::AlignLeft | Qt::AlignVCenter,
                          parts::elided(painter, value, where.width()));
     };
+    // A measurement names what it is: its label in small muted type, then its value.
+    const auto measurement = [&](const QRectF& where, const MeasurementLine& line) {
+        const QFont valueFont = cardFont(15);
+        const QFontMetricsF value(valueFont);
+        // The label sits on the value's baseline, as the value is centred in the row.
+        const qreal baseline = where.top() + (where.height() - value.height()) / 2 + value.ascent();
+        painter.setFont(cardFont(13, QFont::DemiBold));
+        const QString label = parts::elided(painter, qstring(line.label), where.width() * 0.45);
+        const qreal labelWidth =
+            label.isEmpty() ? 0 : QFontMetricsF(painter.font()).horizontalAdvance(label) + 7;
+        painter.setPen(Palette::muted());
+        painter.drawText(QPointF(where.left(), baseline), label);
+        text(where.adjusted(labelWidth, 0, 0, 0), qstring(cardValue(line)), Palette::text(), valueFont);
+    };
     const QString none = QStringLiteral("-");
     text(cell(2), scored ? qstring(scoreText(outcome->score)) : none,
          scored ? Palette::text() : Palette::muted(), cardFont(17, QFont::Bold));
-    text(cell(3), outcome ? qstring(cardValue(outcome->primary)) : none,
-         outcome ? Palette::text() : Palette::muted(), cardFont(15));
-    const bool secondary = outcome && outcome->secondary;
-    text(cell(4),
-         secondary ? qstring(cardValue(*outcome->secondary))
-                   : (outcome ? QStringLiteral("Unavailable") : none),
-         secondary ? Palette::text() : Palette::muted(), cardFont(15));
+    if (outcome)
+        measurement(cell(3), outcome->primary);
+    else
+        text(cell(3), none, Palette::muted(), cardFont(15));
+    if (outcome && outcome->secondary)
+        measurement(cell(4), *outcome->secondary);
+    else
+        text(cell(4), outcome ? QStringLiteral("Unavailable") : none, Palette::muted(), cardFont(15));
     text(cell(5), outcome ? cardDurationText(outcome->duration) : none,
          outcome ? Palette::secondary() : Palette::muted(), cardFont(15));
     painter.restore();

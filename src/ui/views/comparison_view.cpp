@@ -71,7 +71,7 @@ void ComparisonView::paintEvent(QPaintEvent* event) {
     qreal y = area.top() + kHeaderTop;
     painter.setFont(theme::font(11, QFont::DemiBold));
     painter.setPen(theme::muted());
-    const QString headers[] = {tr("BENCHMARK"), tr("A"), tr("B"), tr("B / A"), tr("NOISE"), tr("VERDICT")};
+    const QString headers[] = {tr("BENCHMARK"), tr("A"), tr("B"), tr("CHANGE"), tr("NOISE"), tr("VERDICT")};
     for (int i = 0; i < 6; ++i)
         painter.drawText(QRectF(columns[i], y, i == 0 ? titleWidth : number, 18),
                          Qt::AlignVCenter | (i == 0 ? Qt::AlignLeft : Qt::AlignRight), headers[i]);
@@ -86,10 +86,15 @@ void ComparisonView::paintEvent(QPaintEvent* event) {
             QRectF(columns[0], y, titleWidth - 8, kRowHeight), Qt::AlignLeft | Qt::AlignVCenter,
             QFontMetrics(painter.font()).elidedText(row.title, Qt::ElideRight, int(titleWidth - 8)));
         painter.setFont(theme::font(13));
-        const QString cells[] = {row.before, row.after, row.ratio, row.band};
-        for (int c = 0; c < 4; ++c)
+        const QString cells[] = {row.before, row.after, row.change, row.band};
+        for (int c = 0; c < 4; ++c) {
+            // The change takes the verdict's colour, so a real difference stands out of the noise.
+            painter.setPen(c != 2                                ? theme::text()
+                           : row.verdict == Verdict::withinNoise ? theme::secondary()
+                                                                 : verdictColor(row.verdict));
             painter.drawText(QRectF(columns[c + 1], y, number, kRowHeight), Qt::AlignRight | Qt::AlignVCenter,
                              cells[c]);
+        }
         const QString word = theme::qstring(verdictText(row.verdict));
         const qreal pill = std::min(verdict - 12, theme::pillWidth(word, 22));
         theme::drawPill(painter, QRectF(columns[5] + verdict - pill, y + 4, pill, 22), word,

@@ -1,5 +1,6 @@
-// Two runs side by side, benchmark by benchmark: both scores, their ratio, the noise band
-// and a coloured verdict. Fed with ready-made texts; knows nothing of where runs are kept.
+// Two runs side by side, benchmark by benchmark: both scores, the change from the first to
+// the second in percent, the noise band and a coloured verdict. Fed with ready-made texts;
+// knows nothing of where runs are kept.
 #pragma once
 
 #include "model/comparison.h"
@@ -12,10 +13,12 @@
 namespace quarbel::ui {
 
 struct ComparisonTable {
-    QString beforeLabel; // "A: 2026-11-23T14:15:02Z, Full Suite, standard"
+    QString beforeLabel; // "A: 2026-11-23 14:15 UTC · Full suite · quick"
     QString afterLabel;
     struct Row {
-        QString title, before, after, ratio, band;
+        QString title, before, after;
+        QString change; // "+4.2 %", "−12.0 %"; "-" when either score is missing
+        QString band;   // "±3.0 %"
         Verdict verdict = Verdict::withinNoise;
     };
     std::vector<Row> rows;

@@ -1,0 +1,123 @@
+#include "run/run_lock.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cstdlib>
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace quarbel {
+namespace {
+
+constexpr std::string_view kPrefix = "run-";
+constexpr std::string_view kSuffix = ".lock";
+
+std::string lockName(pid_t pid) { return std::string(kPrefix) + std::to_string(pid) + std::string(kSuffix); }
+
+// The pid in "run-<pid>.lock", or 0 for any other name.
+pid_t pidOfLockName(std::string_view name) {
+    if (!name.starts_with(kPrefix) || !name.ends_with(kSuffix)) return 0;
+    const std::string_view digits =
+        name.substr(kPrefix.size(), name.size() - kPrefix.size() - kSuffix.size());
+    pid_t pid = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), pid);
+    return error == std::errc() && end == digits.data() + digits.size() && pid > 0 ? pid : 0;
+}
+
+// The directory, made when missing, opened only when it is a real directory of this user:
+// another user's directory could hide runs or collect our files.
+int openPrivateDirectory(const std::string& directory) {
+    if (directory.empty()) return -1;
+    if (::mkdir(directory.c_str(), 0700) != 0 && errno != EEXIST) return -1;
+    const int fd = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (fd < 0) return -1;
+    struct stat info {};
+    if (::fstat(fd, &info) != 0 || info.st_uid != ::geteuid()) {
+        ::close(fd);
+        return -1;
+    }
+    return fd;
+}
+
+// Whether `path` still names the file open as `fd`: a process with the same pid may have
+// put a file of its own there since.
+bool namesOpenFile(const std::string& path, int fd) {
+    struct stat open {
+    }, named{};
+    return ::fstat(fd, &open) == 0 && ::lstat(path.c_str(), &named) == 0 && open.st_dev == named.st_dev &&
+           open.st_ino == named.st_ino;
+}
+
+} // namespace
+
+std::string RunLock::defaultDirectory() {
+    const char* runtime = std::getenv("XDG_RUNTIME_DIR");
+    if (runtime != nullptr && runtime[0] == '/') return std::string(runtime) + "/quarbel";
+    return "/tmp/quarbel-" + std::to_string(::geteuid());
+}
+
+RunLock::RunLock(const std::string& directory) {
+    const int directoryFd = openPrivateDirectory(directory);
+    if (directoryFd < 0) return;
+    const pid_t self = ::getpid();
+
+    // The file is locked before it takes its name, so that no other process ever sees it
+    // unlocked and removes it as left over.
+    const std::string name = lockName(self);
+    const std::string fresh = name + ".new";
+    fd_ = ::openat(directoryFd, fresh.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0600);
+    if (fd_ >= 0) {
+        const std::string pid = std::to_string(self) + "\n";
+        if (::flock(fd_, LOCK_EX | LOCK_NB) != 0 || ::write(fd_, pid.data(), pid.size()) < 0 ||
+            ::renameat(directoryFd, fresh.c_str(), directoryFd, name.c_str()) != 0) {
+            ::unlinkat(directoryFd, fresh.c_str(), 0);
+            ::close(fd_);
+            fd_ = -1;
+        } else {
+            path_ = directory + "/" + name;
+        }
+    }
+
+    // Every other process's file: locked means its run goes on; unlocked, it was left by
+    // a process that ended and goes.
+    if (DIR* entries = ::fdopendir(::dup(directoryFd))) {
+        while (const dirent* entry = ::readdir(entries)) {
+            const pid_t pid = pidOfLockName(entry->d_name);
+            if (pid == 0 || pid == self) continue;
+            const int other = ::openat(directoryFd, entry->d_name, O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
+            if (other < 0) continue;
+            if (::flock(other, LOCK_SH | LOCK_NB) != 0)
+                otherRuns_.push_back(pid);
+            else if (const std::string path = directory + "/" + entry->d_name; namesOpenFile(path, other))
+                ::unlink(path.c_str());
+            ::close(other);
+        }
+        ::closedir(entries);
+    }
+    ::close(directoryFd);
+    std::sort(otherRuns_.begin(), otherRuns_.end());
+}
+
+RunLock::~RunLock() {
+    if (fd_ < 0) return;
+    if (namesOpenFile(path_, fd_)) ::unlink(path_.c_str());
+    ::close(fd_); // releases the lock
+}
+
+std::string concurrentRunWarning(const std::vector<pid_t>& otherRuns) {
+    if (otherRuns.empty()) return {};
+    if (otherRuns.size() == 1)
+        return "Another Quarbel run is in progress (pid " + std::to_string(otherRuns.front()) +
+               "): both runs' results will be skewed.";
+    std::string pids;
+    for (const pid_t pid : otherRuns)
+        pids += (pids.empty() ? "" : ", ") + std::to_string(pid);
+    return "Other Quarbel runs are in progress (pids " + pids +
+           "): all their results and this run's will be skewed.";
+}
+
+} // namespace quarbel

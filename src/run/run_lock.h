@@ -1,0 +1,48 @@
+// Marks a benchmark run as in progress on this machine for as long as it lasts, so that a
+// second Quarbel process that starts a run meanwhile can say that the two skew each other
+// (they share the cores, the memory bus and, worst of all, the disk).
+//
+// Each process holds an flock on its own file, "run-<pid>.lock", in a directory private
+// to the user. The kernel drops the lock when the process ends, however it ends, so a
+// killed run never makes a later one warn: its file is found unlocked and removed.
+// Plain C++; use from one thread.
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+namespace quarbel {
+
+class RunLock {
+  public:
+    // $XDG_RUNTIME_DIR/quarbel when XDG_RUNTIME_DIR is an absolute path, else
+    // /tmp/quarbel-<uid>.
+    static std::string defaultDirectory();
+
+    // Marks this process's run in `directory` (created, private to the user, when
+    // missing) and finds the processes whose runs are marked there now. A directory that
+    // is not the user's own (another owner, a symbolic link) or cannot be made is not
+    // used: nothing is marked and no other run is found, and the run goes ahead unchecked.
+    explicit RunLock(const std::string& directory);
+    ~RunLock(); // removes the mark
+    RunLock(const RunLock&) = delete;
+    RunLock& operator=(const RunLock&) = delete;
+
+    // Whether this process's run is marked.
+    bool held() const { return fd_ >= 0; }
+    // The other processes with a run in progress as this one started, lowest pid first.
+    const std::vector<pid_t>& otherRuns() const { return otherRuns_; }
+
+  private:
+    int fd_ = -1;      // the locked file of this process, open while the run lasts
+    std::string path_; // its path
+    std::vector<pid_t> otherRuns_;
+};
+
+// The log line for runs found in progress: "Another Quarbel run is in progress (pid 1234):
+// both runs' results will be skewed."; empty when there are none.
+std::string concurrentRunWarning(const std::vector<pid_t>& otherRuns);
+
+} // namespace quarbel

@@ -1,0 +1,67 @@
+// The mark a run leaves while it lasts: where it goes, what a finished or killed run leaves
+// behind (nothing that counts) and the warning a second run logs. Two real processes
+// meeting are tested on the command line (tst_cli).
+#include "run/run_lock.h"
+#include "support/temp_dir.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <unistd.h>
+
+using namespace quarbel;
+namespace fs = std::filesystem;
+
+TEST(RunLock, LivesInTheUsersRuntimeDirectoryElseAPrivateOneUnderTmp) {
+    const char* saved = std::getenv("XDG_RUNTIME_DIR");
+    const std::string savedValue = saved != nullptr ? saved : "";
+    const std::string fallback = "/tmp/quarbel-" + std::to_string(::geteuid());
+    const std::pair<const char*, std::string> cases[] = {
+        {"/run/user/1000", "/run/user/1000/quarbel"}, {"relative/dir", fallback}, {"", fallback}};
+    for (const auto& [runtime, expected] : cases) {
+        ::setenv("XDG_RUNTIME_DIR", runtime, 1);
+        EXPECT_EQ(RunLock::defaultDirectory(), expected) << runtime;
+    }
+    if (saved != nullptr)
+        ::setenv("XDG_RUNTIME_DIR", savedValue.c_str(), 1);
+    else
+        ::unsetenv("XDG_RUNTIME_DIR");
+}
+
+TEST(RunLock, MarksTheRunUntilItEndsAndClearsMarksOfEndedProcesses) {
+    test::TempDir dir;
+    const fs::path directory = dir.path() / "quarbel";
+    const fs::path own = directory / ("run-" + std::to_string(::getpid()) + ".lock");
+    {
+        const RunLock first(directory);
+        EXPECT_TRUE(first.held());
+        EXPECT_EQ(fs::status(directory).permissions(), fs::perms::owner_all) << "made private to the user";
+        std::ifstream file(own);
+        std::string pid;
+        file >> pid;
+        EXPECT_EQ(pid, std::to_string(::getpid()));
+    }
+    EXPECT_TRUE(fs::is_empty(directory)) << "the run's mark goes when it ends";
+
+    std::ofstream(directory / "run-999999999.lock") << "999999999\n"; // left by a killed process
+    {
+        const RunLock second(directory);
+        EXPECT_TRUE(second.otherRuns().empty()) << "an unlocked mark is left over, not a run";
+        EXPECT_FALSE(fs::exists(directory / "run-999999999.lock"));
+    }
+
+    // A directory that is a link somewhere else is not used.
+    fs::create_directory_symlink(directory, dir.path() / "link");
+    const RunLock refused(dir.path() / "link");
+    EXPECT_FALSE(refused.held());
+    EXPECT_TRUE(fs::is_empty(directory));
+}
+
+TEST(RunLock, WarningNamesTheOtherRuns) {
+    EXPECT_EQ(concurrentRunWarning({}), "");
+    EXPECT_EQ(concurrentRunWarning({1234}),
+              "Another Quarbel run is in progress (pid 1234): both runs' results will be skewed.");
+    EXPECT_EQ(concurrentRunWarning({1234, 5678}), "Other Quarbel runs are in progress (pids 1234, 5678): all "
+                                                  "their results and this run's will be skewed.");
+}
