@@ -55,7 +55,7 @@ void tileRow(benchmark::State& state) {
 BENCHMARK(tileRow)->Unit(benchmark::kMicrosecond);
 
 void rawDecodeRow(benchmark::State& state) {
-    const std::vector<std::uint16_t> raw = makeRawFrame(kRawWidth, kRawHeight);
+    const auto raw = makeRawFrame(kRawWidth, kRawHeight);
     std::uint64_t frame = 0;
     for (auto _ : state)
         benchmark::DoNotOptimize(decodeRawRow(raw, kRawWidth, kRawHeight, kRawHeight / 2, frame++));

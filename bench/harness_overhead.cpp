@@ -1,8 +1,8 @@
 // Measures the run controller's own overhead: the time from one workload returning
 // to the next one starting, over whole suites of workloads that return at once.
 // Prints the median and 90th percentile in milliseconds.
-#include "run/benchmark_store.h"
 #include "model/workload_context.h"
+#include "run/benchmark_store.h"
 
 #include <QCoreApplication>
 
@@ -23,7 +23,8 @@ int main(int argc, char** argv) {
     StoreServices services;
     services.runWorkload = [&](BenchmarkID, const WorkloadContext&) {
         const double start = monotonicSeconds();
-        BenchmarkOutcome outcome{OutcomeStatus::ok, 100, {"Rate", "1.00", "u"}, std::nullopt, 0.001, "instant"};
+        BenchmarkOutcome outcome{OutcomeStatus::ok, 100,   {"Rate", "1.00", "u"},
+                                 std::nullopt,      0.001, "instant"};
         std::lock_guard lock(mutex);
         starts.push_back(start);
         returns.push_back(monotonicSeconds());

@@ -51,12 +51,17 @@ std::string uncertaintyText(const std::optional<RateUncertainty>& uncertainty) {
 void writeStatistics(ordered& result, const ResultStatistics& s) {
     result["passes"] = s.passes;
     result["ci95Percent"] = s.uncertainty ? ordered(s.uncertainty->ci95Percent()) : ordered(nullptr);
-    result["uncertainty"] = s.uncertainty
-                                ? ordered{{"relativeStandardError", s.uncertainty->relativeStandardError},
-                                          {"degreesOfFreedom", degreesJson(s.uncertainty->degreesOfFreedom)},
-                                          {"samples", s.uncertainty->samples},
-                                          {"from", s.passScores.empty() ? "slices" : "passes"}}
-                                : ordered(nullptr);
+    result["uncertainty"] =
+        s.uncertainty
+            ? ordered{{"relativeStandardError", s.uncertainty->relativeStandardError},
+                      {"degreesOfFreedom", degreesJson(s.uncertainty->degreesOfFreedom)},
+                      {"samples", s.uncertainty->samples},
+                      {"from", s.passScores.empty() ? "slices" : "passes"},
+                      {"withinRunRelativeStandardError",
+                       s.withinRun ? ordered(s.withinRun->relativeStandardError) : ordered(nullptr)},
+                      {"withinRunDegreesOfFreedom",
+                       s.withinRun ? degreesJson(s.withinRun->degreesOfFreedom) : ordered(nullptr)}}
+            : ordered(nullptr);
     ordered rates = ordered::array(), seconds = ordered::array(), phases = ordered::array();
     bool phased = false;
     for (const auto& slice : s.slices) {
@@ -87,8 +92,13 @@ std::optional<std::string> readStatistics(const json& result, ResultStatistics& 
             if (!se || *se < 0) throw Malformed{"uncertainty has no relativeStandardError"};
             const auto df = number(*found, "degreesOfFreedom");
             if (df && !(*df > 0)) throw Malformed{"uncertainty.degreesOfFreedom is not positive"};
-            s.uncertainty = RateUncertainty{static_cast<int>(number(*found, "samples").value_or(0)), *se,
-                                            df.value_or(std::numeric_limits<double>::infinity())};
+            const int samples = static_cast<int>(number(*found, "samples").value_or(0));
+            s.uncertainty =
+                RateUncertainty{samples, *se, df.value_or(std::numeric_limits<double>::infinity())};
+            if (const auto within = number(*found, "withinRunRelativeStandardError"))
+                s.withinRun = RateUncertainty{samples, *within,
+                                              number(*found, "withinRunDegreesOfFreedom")
+                                                  .value_or(std::numeric_limits<double>::infinity())};
         }
         const auto rates = numbers<double>(result, "sliceRates");
         const auto seconds = numbers<double>(result, "sliceSeconds");

@@ -18,6 +18,7 @@ namespace quarbel {
 struct ResultStatistics {
     int passes = 1;
     std::optional<RateUncertainty> uncertainty; // of the score, as it is shown ("± x %")
+    std::optional<RateUncertainty> withinRun;   // of a single pass, from its slices alone
     std::vector<PhaseSlice> slices;             // of the pass whose outcome is kept
     std::vector<double> passScores;             // in run order, when several passes were combined
     std::optional<Interference> interference;

@@ -75,6 +75,7 @@ struct BenchmarkStore::RunTask {
     // reported no progress), and what its combined result's interval became.
     std::vector<std::vector<PhaseSlice>> passSlices;
     std::optional<RateUncertainty> uncertainty;
+    std::optional<RateUncertainty> withinRun;
     std::optional<CpuTickSample> startTicks; // as the running benchmark started
 };
 
@@ -216,6 +217,7 @@ void BenchmarkStore::beginNextBenchmark() {
     task.spread.reset();
     task.passSlices.clear();
     task.uncertainty.reset();
+    task.withinRun.reset();
     task.startTicks = services_.readCpuTicks();
     throttleWatch_.beginBenchmark();
     startRealtimeClock(id, task.passes);
@@ -284,11 +286,12 @@ void BenchmarkStore::combinePasses() {
     const BenchmarkID id = task.ids[task.index];
     const RunLength length = budgetScale_ < 1.0 ? RunLength::quick : RunLength::full;
     task.uncertainty.reset();
+    task.withinRun.reset();
     if (task.passOutcomes.size() < 2) {
         // One pass: its slices, with the run-to-run noise it cannot see added.
         if (task.passSlices.empty()) return;
-        if (const auto own = passRateUncertainty(task.passSlices.back()))
-            task.uncertainty = scoreUncertainty(*own, id, length);
+        task.withinRun = passRateUncertainty(task.passSlices.back());
+        if (task.withinRun) task.uncertainty = scoreUncertainty(*task.withinRun, id, length);
         return;
     }
     // Several passes: their spread shows the variation between runs directly.
@@ -331,6 +334,7 @@ void BenchmarkStore::benchmarkFinished(BenchmarkOutcome outcome) {
     end.passes = std::max<int>(1, static_cast<int>(task.passOutcomes.size()));
     if (status == OutcomeStatus::ok) {
         end.uncertainty = task.uncertainty;
+        end.withinRun = task.withinRun;
         const std::size_t kept = medianPassIndex(task.passOutcomes);
         if (kept < task.passSlices.size()) end.slices = task.passSlices[kept];
         if (task.passOutcomes.size() > 1)

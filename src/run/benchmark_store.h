@@ -59,8 +59,9 @@ struct BenchmarkEndState {
     // The score's uncertainty: one pass's slices with its benchmark's run-to-run noise added,
     // or the spread of several passes. Absent when too few slices or passes were measured.
     std::optional<RateUncertainty> uncertainty;
-    std::vector<PhaseSlice> slices; // of the pass whose outcome is kept
-    std::vector<double> passScores; // in run order, when the result combines several passes
+    std::optional<RateUncertainty> withinRun; // a single pass's own, from its slices alone
+    std::vector<PhaseSlice> slices;           // of the pass whose outcome is kept
+    std::vector<double> passScores;           // in run order, when the result combines several passes
     // What the rest of the machine took while the benchmark ran; absent where unreadable.
     std::optional<Interference> interference;
     std::optional<double> frequencyDropPercent; // the fastest CPU's lowest frequency below its highest

@@ -2,6 +2,7 @@
 
 #include "model/number_format.h"
 #include "workloads/cpu/fatal.h"
+#include "workloads/cpu/huge_page_allocator.h"
 #include "workloads/cpu/timed_loop.h"
 
 #include <exception>
@@ -15,9 +16,9 @@ BenchmarkOutcome runMemoryStream(const WorkloadContext& context, std::int64_t el
     require(elements >= 0, "the memory stream needs a non-negative array size");
     try {
         const auto count = static_cast<std::size_t>(elements);
-        const std::vector<float> a(count, 1.125f);
-        const std::vector<float> b(count, 2.25f);
-        std::vector<float> c(count, 0.5f);
+        const HugePageVector<float> a(count, 1.125f);
+        const HugePageVector<float> b(count, 2.25f);
+        HugePageVector<float> c(count, 0.5f);
 
         std::int64_t passes = 0;
         const TimedLoopResult timing =

@@ -30,9 +30,9 @@ std::uint64_t decodeSample(std::span<const std::uint16_t> raw, std::size_t c, st
 
 } // namespace
 
-std::vector<std::uint16_t> makeRawFrame(int width, int height) {
+HugePageVector<std::uint16_t> makeRawFrame(int width, int height) {
     const std::size_t count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
-    std::vector<std::uint16_t> raw(count);
+    HugePageVector<std::uint16_t> raw(count);
     for (std::size_t i = 0; i < count; ++i)
         raw[i] = static_cast<std::uint16_t>((i * 257) ^ (i >> 5) ^ 0x2D31);
     return raw;
@@ -70,7 +70,7 @@ void decodeRawCPUFrame(std::span<const std::uint16_t> raw, int width, int height
 BenchmarkOutcome runRawCPUDecode(const WorkloadContext& context, int width, int height) {
     require(width >= 3 && height >= 3, "the RAW decode needs a frame of at least 3 x 3");
     try {
-        const std::vector<std::uint16_t> raw = makeRawFrame(width, height);
+        const auto raw = makeRawFrame(width, height);
         std::vector<std::uint64_t> rowResults(static_cast<std::size_t>(height), 0);
 
         std::int64_t frames = 0;

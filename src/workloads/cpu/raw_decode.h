@@ -4,6 +4,7 @@
 
 #include "model/outcome.h"
 #include "model/workload_context.h"
+#include "workloads/cpu/huge_page_allocator.h"
 
 #include <cstdint>
 #include <span>
@@ -18,7 +19,7 @@ inline constexpr double kRawBudgetSeconds = 18.0;
 inline constexpr double kRawScoreFactor = 1050.0; // points per frame per second
 
 // width * height samples; sample i is the low 16 bits of (i * 257) XOR (i >> 5) XOR 0x2D31.
-std::vector<std::uint16_t> makeRawFrame(int width, int height);
+HugePageVector<std::uint16_t> makeRawFrame(int width, int height);
 
 // The hash of row y (1 ... height - 2) of frame number `frame`. Pure; any thread.
 std::uint64_t decodeRawRow(std::span<const std::uint16_t> raw, int width, int height, int y,

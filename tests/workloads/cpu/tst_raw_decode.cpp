@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <span>
 #include <vector>
 
 using namespace quarbel;
@@ -20,7 +21,7 @@ constexpr int kSmallWidth = 131;
 constexpr int kSmallHeight = 5;
 
 // The decode of one interior row, visiting only the decoded columns.
-std::uint64_t referenceRow(const std::vector<std::uint16_t>& raw, int width, int y, std::uint64_t frame) {
+std::uint64_t referenceRow(std::span<const std::uint16_t> raw, int width, int y, std::uint64_t frame) {
     std::uint64_t hash = frame + static_cast<std::uint64_t>(y);
     for (int x = 64; x <= width - 2; x += 64) {
         const std::size_t c = static_cast<std::size_t>(y * width + x);
@@ -43,7 +44,7 @@ std::string hexPrefix(std::uint64_t value) {
     return std::string(text).substr(0, 8);
 }
 
-std::uint64_t frameValue(const std::vector<std::uint16_t>& raw, int width, int height, std::uint64_t frame) {
+std::uint64_t frameValue(std::span<const std::uint16_t> raw, int width, int height, std::uint64_t frame) {
     std::uint64_t value = 0;
     for (int y = 1; y <= height - 2; ++y)
         value ^= referenceRow(raw, width, y, frame);
@@ -53,7 +54,7 @@ std::uint64_t frameValue(const std::vector<std::uint16_t>& raw, int width, int h
 } // namespace
 
 TEST(RawFrame, FirstSamplesFollowTheGenerator) {
-    const std::vector<std::uint16_t> raw = makeRawFrame(kRawWidth, kRawHeight);
+    const auto raw = makeRawFrame(kRawWidth, kRawHeight);
     ASSERT_EQ(raw.size(), 8'847'360u);
     EXPECT_EQ(raw[0], 0x2D31);
     EXPECT_EQ(raw[1], 0x2C30);
@@ -63,7 +64,7 @@ TEST(RawFrame, FirstSamplesFollowTheGenerator) {
 }
 
 TEST(RawDecode, RowsMatchAReferenceDecodeAndDependOnTheFrame) {
-    const std::vector<std::uint16_t> raw = makeRawFrame(kSmallWidth, kSmallHeight);
+    const auto raw = makeRawFrame(kSmallWidth, kSmallHeight);
     for (int y = 1; y <= kSmallHeight - 2; ++y) {
         EXPECT_EQ(decodeRawRow(raw, kSmallWidth, kSmallHeight, y, 0), referenceRow(raw, kSmallWidth, y, 0))
             << y;
@@ -73,12 +74,12 @@ TEST(RawDecode, RowsMatchAReferenceDecodeAndDependOnTheFrame) {
     EXPECT_NE(decodeRawRow(raw, kSmallWidth, kSmallHeight, 1, 0),
               decodeRawRow(raw, kSmallWidth, kSmallHeight, 1, 1));
     // A frame narrower than 66 columns decodes nothing: the hash is f + y.
-    const std::vector<std::uint16_t> narrow = makeRawFrame(65, 3);
+    const auto narrow = makeRawFrame(65, 3);
     EXPECT_EQ(decodeRawRow(narrow, 65, 3, 1, 40), 41u);
 }
 
 TEST(RawDecode, FrameLeavesTheBorderRowsZero) {
-    const std::vector<std::uint16_t> raw = makeRawFrame(kSmallWidth, kSmallHeight);
+    const auto raw = makeRawFrame(kSmallWidth, kSmallHeight);
     std::vector<std::uint64_t> rows(kSmallHeight, 0xDEADu);
     decodeRawCPUFrame(raw, kSmallWidth, kSmallHeight, 3, rows);
     EXPECT_EQ(rows.front(), 0u);
@@ -100,7 +101,7 @@ TEST(RawCPUDecode, CancelledInTheFirstFrameReportsOneFrame) {
     EXPECT_EQ(outcome.primary.label, "Decode");
     EXPECT_EQ(outcome.primary.unit, "FPS");
     EXPECT_EQ(*outcome.secondary, (MeasurementLine{"Frame", "4K DCI", "RAW"}));
-    const std::vector<std::uint16_t> raw = makeRawFrame(kSmallWidth, kSmallHeight);
+    const auto raw = makeRawFrame(kSmallWidth, kSmallHeight);
     EXPECT_EQ(outcome.detail,
               "Synthetic RAW CPU decode: 16-bit Bayer, simple demosaic, color transform, and gamma. "
               "Checksum " +
@@ -110,7 +111,7 @@ TEST(RawCPUDecode, CancelledInTheFirstFrameReportsOneFrame) {
 TEST(RawCPUDecode, SuccessiveFramesDoNotCancelTheChecksum) {
     StopAfterReports stop(2);
     const BenchmarkOutcome outcome = runRawCPUDecode(stop.context(), kSmallWidth, kSmallHeight);
-    const std::vector<std::uint16_t> raw = makeRawFrame(kSmallWidth, kSmallHeight);
+    const auto raw = makeRawFrame(kSmallWidth, kSmallHeight);
     const std::uint64_t expected =
         frameValue(raw, kSmallWidth, kSmallHeight, 0) ^ frameValue(raw, kSmallWidth, kSmallHeight, 1);
     ASSERT_NE(expected, 0u);
