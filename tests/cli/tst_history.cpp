@@ -21,6 +21,8 @@ struct Result {
     const char* title;
     double score;
     std::optional<double> spread = std::nullopt;
+    std::optional<double> standardError = std::nullopt; // relative, with 19 degrees of freedom
+    bool noisy = false;
 };
 
 std::string reportText(const std::string& startedAt, const std::string& version, bool quick,
@@ -32,7 +34,12 @@ std::string reportText(const std::string& startedAt, const std::string& version,
              {"title", r.title},
              {"status", r.score > 0 ? "ok" : "failed"},
              {"score", r.score},
-             {"spreadPercent", r.spread ? nlohmann::json(*r.spread) : nlohmann::json(nullptr)}});
+             {"spreadPercent", r.spread ? nlohmann::json(*r.spread) : nlohmann::json(nullptr)},
+             {"noisy", r.noisy},
+             {"uncertainty", r.standardError ? nlohmann::json{{"relativeStandardError", *r.standardError},
+                                                              {"degreesOfFreedom", 19},
+                                                              {"samples", 20}}
+                                             : nlohmann::json(nullptr)}});
     return nlohmann::json{
         {"schema", 1},
         {"app", {{"name", "Quarbel"}, {"version", version}}},
@@ -113,7 +120,8 @@ TEST(RunHistory, ComparesByTitleAndWarnsWhenRunsAreNotLikeForLike) {
     EXPECT_NE(comparison.warnings[0].find("different Quarbel versions (1.0 and 1.1)"), std::string::npos);
     EXPECT_NE(comparison.warnings[1].find("quick"), std::string::npos);
     // Reports without slice rates are judged the old way, and the user is told.
-    EXPECT_NE(comparison.warnings[2].find("No slice rates for CPU Single-Core, SSD Random"), std::string::npos);
+    EXPECT_NE(comparison.warnings[2].find("No slice rates for CPU Single-Core, SSD Random"),
+              std::string::npos);
 
     const std::string text = comparisonText(a, b, comparison);
     EXPECT_NE(text.find("CPU Single-Core  1000.0  1100.0  1.100"), std::string::npos) << text;
@@ -147,4 +155,57 @@ TEST(RunHistory, TheCommandLineKeepsRunsUnlessToldNotTo) {
     EXPECT_NE(compare.out.find("GPU Visual Tour"), std::string::npos) << compare.out;
     EXPECT_NE(compare.out.find("within noise"), std::string::npos) << compare.out;
     EXPECT_EQ(test::runProcess({kQuarbel, "compare", "1", "7"}, env).exitCode, 2);
+}
+
+TEST(RunHistory, CompareJudgesByStatisticsAndFailsOnSlowerForCI) {
+    FakeTree tree;
+    // CPU Single-Core 20 % slower with a 1 % standard error on each side: significant. Memory
+    // Stream 0.5 % slower: within noise. RAW CPU Decode 30 % slower but noisy: inconclusive.
+    tree.write("a.json", reportText("2026-11-23T10:00:00Z", "1.0", false,
+                                    {{"CPU Single-Core", 1000, std::nullopt, 0.01},
+                                     {"Memory Stream", 1000, std::nullopt, 0.01},
+                                     {"RAW CPU Decode", 1000, std::nullopt, 0.01}}));
+    tree.write("b.json", reportText("2026-11-24T10:00:00Z", "1.0", false,
+                                    {{"CPU Single-Core", 800, std::nullopt, 0.01},
+                                     {"Memory Stream", 995, std::nullopt, 0.01},
+                                     {"RAW CPU Decode", 700, std::nullopt, 0.01, true}}));
+    const std::vector<std::string> env{"XDG_DATA_HOME=" + tree.root()};
+    const std::string a = tree.path("a.json"), b = tree.path("b.json");
+    const auto plain = test::runProcess({kQuarbel, "compare", a, b}, env);
+    ASSERT_EQ(plain.exitCode, 0) << plain.err;
+    for (const char* expected : {"CPU Single-Core  1000.0 \u00b1 2.1 %", "slower", "within noise", "inconclusive",
+                                 "-20.0 %", "Inconclusive for RAW CPU Decode"})
+        EXPECT_NE(plain.out.find(expected), std::string::npos) << expected << "\n" << plain.out;
+
+    struct Case {
+        std::vector<std::string> arguments;
+        int exitCode;
+        const char* message;
+    };
+    const Case cases[] = {
+        {{"--fail-on-slower"}, 3, "slower than allowed (1.0 %): CPU Single-Core"},
+        {{"--fail-on-slower", "19"}, 3, "CPU Single-Core"},
+        {{"--fail-on-slower", "25"}, 0, ""},
+        {{"--fail-on-slower", "-1"}, 2, "--fail-on-slower takes a percentage of zero or more"},
+        {{"--fail-on-slower", "fast"}, 2, "--fail-on-slower takes a percentage such as 5"},
+    };
+    for (const auto& c : cases) {
+        std::vector<std::string> command{kQuarbel, "compare", a, b};
+        command.insert(command.end(), c.arguments.begin(), c.arguments.end());
+        const auto result = test::runProcess(command, env);
+        EXPECT_EQ(result.exitCode, c.exitCode) << c.arguments.back() << "\n" << result.err;
+        EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
+    }
+    // The run's own rerun options are checked before anything runs.
+    for (const auto& arguments :
+         std::vector<std::vector<std::string>>{{"--until-stable", "--max-passes", "0"},
+                                               {"--until-stable", "--accuracy"},
+                                               {"--max-passes", "3"},
+                                               {"--until-stable", "none"}}) {
+        std::vector<std::string> command{kQuarbel, "run", "cpuInteger", "--no-history"};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        const auto result = test::runProcess(command, env);
+        EXPECT_EQ(result.exitCode, 2) << arguments.back() << "\n" << result.out;
+        EXPECT_EQ(result.out.find("Running"), std::string::npos) << "nothing runs";
+    }
 }

@@ -1,3 +1,4 @@
+#include "workloads/cpu/huge_page_allocator.h"
 #include "workloads/cpu/memory_stream.h"
 
 #include "workload_test_support.h"
@@ -5,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
 #include <vector>
 
 using namespace quarbel;
@@ -70,4 +72,14 @@ TEST(MemoryStream, CountsEveryPassInTheDetail) {
     const BenchmarkOutcome outcome = runMemoryStream(stop.context(), 64);
     EXPECT_EQ(stop.reports.back().unitsDone, 12);
     EXPECT_EQ(outcome.detail, "Sustained stream triad with 12 passes over a large working set.");
+}
+
+// Large arrays start on a 2 MiB boundary, so that whole huge pages can back them; small ones
+// take ordinary memory. Both hold what was put in them.
+TEST(HugePageAllocator, LargeArraysStartOnAHugePageBoundary) {
+    const HugePageVector<float> large(std::size_t{3} << 20, 2.5f);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(large.data()) % (std::uintptr_t{2} << 20), 0u);
+    EXPECT_EQ(large.back(), 2.5f);
+    const HugePageVector<float> small(5, 1.5f);
+    EXPECT_EQ(small[4], 1.5f);
 }
