@@ -16,6 +16,7 @@
 # storage benchmarks quick. Runs stay out of the user's history.
 # Usage: bench/trust.sh survey|trust [N, default 10] [build dir]
 #   QUARBEL=path measures another build of the command line (an older one, say).
+#   TRUST_KEEP=folder keeps the reports there (surveys add up), else they go with the script.
 set -euo pipefail
 
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
@@ -72,7 +73,8 @@ compare() {
 
 echo "$(nproc) CPUs; $MODE with N=$N; $QUARBEL; load average $(cut -d' ' -f1-3 /proc/loadavg)"
 if [[ "$MODE" == survey ]]; then
-  for i in $(seq 0 $((N - 1))); do run "quiet$i"; done
+  # Named by time, so that several surveys into one TRUST_KEEP folder add up.
+  for i in $(seq 0 $((N - 1))); do run "quiet$(date +%s%N)"; done
 else
   run quiet0
   for i in $(seq 1 "$N"); do
