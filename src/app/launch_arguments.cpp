@@ -33,7 +33,8 @@ std::variant<LaunchOptions, LaunchExit> parseLaunchArguments(const std::vector<s
         ->type_name("all|ID[,ID...]");
     app.add_flag("--accuracy", run.accuracy, "Accuracy Mode: three passes each, keep the median");
     app.add_flag("--quick", run.quick,
-                 "Divide every time budget by 10 (needs --run; results are marked quick)");
+                 "Divide every time budget by 10 for this run and the window's later ones (results are "
+                 "marked quick)");
     app.add_option("--json", jsonPath, "Write the run's results as JSON to FILE (needs --run)")
         ->type_name("FILE");
     app.add_flag("--quit-when-done", quitWhenDone, "Quit once the run's summary is out (needs --run)");
@@ -52,11 +53,12 @@ std::variant<LaunchOptions, LaunchExit> parseLaunchArguments(const std::vector<s
     }
 
     const bool runGiven = app.count("--run") > 0;
-    for (const char* option : {"--quick", "--json", "--quit-when-done"}) {
+    for (const char* option : {"--json", "--quit-when-done"}) {
         if (!runGiven && app.count(option) > 0) return badArgument(std::string(option) + " needs --run");
     }
     LaunchOptions options;
     options.accuracy = run.accuracy;
+    options.quick = run.quick;
     options.quitWhenDone = quitWhenDone;
     if (!runGiven) return options;
 

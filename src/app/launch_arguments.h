@@ -15,6 +15,7 @@ struct LaunchOptions {
     // The run to start as the window opens, with its report file; absent: none.
     std::optional<session::RunOptions> run;
     bool accuracy = false;     // Accuracy Mode on from the start
+    bool quick = false;        // quick runs (a tenth of every budget) from the start
     bool quitWhenDone = false; // quit once the run's summary is out
 };
 

@@ -101,6 +101,7 @@ int main(int argc, char** argv) {
         store.logNotice(QString::fromStdString(*warning));
     }
     if (options.accuracy) store.setAccuracyMode(true);
+    if (options.quick) store.setQuickMode(true);
     app::FirstPaintProbe::watch(window);
     window.show();
     delegate.applicationDidFinishLaunching();

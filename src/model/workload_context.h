@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace quarbel {
@@ -20,10 +21,24 @@ class CancellationToken {
     std::atomic<bool> cancelled_{false};
 };
 
+// What a unit of progress is, and how a rate of such units reads in the unit of the
+// result's own primary measurement, so that a live rate and the final result agree.
+struct ProgressUnit {
+    std::string_view name;           // plural ("rounds", "bytes"); a literal
+    std::string_view rateUnit;       // the result's rate unit ("GB/s", "FPS"); a literal; empty: name + "/s"
+    double ratePerUnitPerSecond = 1; // one unit per second, expressed in rateUnit
+
+    constexpr ProgressUnit() = default;
+    constexpr ProgressUnit(const char* unitName) : name(unitName) {}
+    constexpr ProgressUnit(std::string_view unitName, std::string_view resultRateUnit = {}, double scale = 1)
+        : name(unitName), rateUnit(resultRateUnit), ratePerUnitPerSecond(scale) {}
+    bool operator==(const ProgressUnit&) const = default;
+};
+
 struct ProgressReport {
     std::int64_t unitsDone = 0; // work units finished so far (batches, bytes, frames, ...)
     double elapsedSeconds = 0;  // measured time of the work so far
-    std::string_view unit;      // what a unit is, plural ("batches", "bytes"); a literal
+    ProgressUnit unit;          // what a unit is and how its rate reads
     // Workloads whose score averages the rates of several phases (the storage tests' writes
     // and reads) number them from 0. The counts and times above run on across phases; the
     // work and time since the previous report belong to the phase of this one.
@@ -53,11 +68,20 @@ struct WorkloadContext {
         return budgetSeconds ? *budgetSeconds : defaultSeconds * budgetScale;
     }
 
-    void reportProgress(std::int64_t unitsDone, double elapsedSeconds, std::string_view unit,
+    void reportProgress(std::int64_t unitsDone, double elapsedSeconds, const ProgressUnit& unit,
                         int phase = 0) const noexcept {
         if (progress != nullptr) progress->report({unitsDone, elapsedSeconds, unit, phase});
     }
 };
+
+struct LiveRate {
+    double value = 0;
+    std::string unit; // "GB/s", "units/s"
+};
+
+// The rate of `unitsDone` over `elapsedSeconds` in the unit the result will use; none before
+// any work is done or timed.
+std::optional<LiveRate> liveRate(std::int64_t unitsDone, double elapsedSeconds, const ProgressUnit& unit);
 
 // Seconds on the monotonic clock, for measuring workloads.
 double monotonicSeconds() noexcept;

@@ -64,6 +64,7 @@ struct BenchmarkStore::RunTask {
     std::vector<BenchmarkID> ids;
     bool followsActiveTest = false;
     bool accuracyMode = false;
+    double budgetScale = 1.0; // of every workload's budget, fixed for the whole run
     int passes = 1;
     bool cancelled = false;
     std::size_t index = 0;                      // the benchmark now running
@@ -151,6 +152,14 @@ void BenchmarkStore::setAccuracyMode(bool on) {
     Q_EMIT accuracyModeChanged();
 }
 
+void BenchmarkStore::setBudgetScale(double scale) {
+    const bool wasQuick = quickMode();
+    budgetScale_ = scale;
+    if (quickMode() != wasQuick) Q_EMIT quickModeChanged();
+}
+
+bool BenchmarkStore::runIsQuick() const { return task_ ? task_->budgetScale < 1.0 : quickMode(); }
+
 void BenchmarkStore::runSelected() { run({selectedID_}, false); }
 
 void BenchmarkStore::runAll() {
@@ -164,6 +173,7 @@ void BenchmarkStore::run(const std::vector<BenchmarkID>& ids, bool followsActive
     runIDs_ = ids;
     task_->followsActiveTest = followsActiveTest;
     task_->accuracyMode = accuracyMode_;
+    task_->budgetScale = budgetScale_;
     task_->passes = accuracyMode_ ? kAccuracyPasses : 1;
     if (!accuracyMode_ && untilStable_) {
         task_->untilStable = untilStable_;
@@ -284,7 +294,7 @@ void BenchmarkStore::runNextAccuracyPass() {
 void BenchmarkStore::combinePasses() {
     RunTask& task = *task_;
     const BenchmarkID id = task.ids[task.index];
-    const RunLength length = budgetScale_ < 1.0 ? RunLength::quick : RunLength::full;
+    const RunLength length = task.budgetScale < 1.0 ? RunLength::quick : RunLength::full;
     task.uncertainty.reset();
     task.withinRun.reset();
     if (task.passOutcomes.size() < 2) {
@@ -398,20 +408,21 @@ void BenchmarkStore::runBenchmarkPass(BenchmarkID id, PassCompletion completion)
     WorkloadContext context;
     context.cancellation = token.get();
     context.progress = progress.get();
-    context.budgetScale = budgetScale_;
+    context.budgetScale = task_ ? task_->budgetScale : budgetScale_;
     auto runWorkload = services_.runWorkload;
     // Shared so that the pass can still be answered when its thread never starts.
     auto pending = std::make_shared<PassCompletion>(std::move(completion));
     const auto problem = background_->start(
         // The thread keeps the token and sink alive even after the store lets go of them.
         [runWorkload, id, context, token, progress] { return runWorkload(id, context); },
-        [this, id, token, progress, pending](BenchmarkOutcome outcome) {
+        [this, id, token, progress, pending,
+         fullBudget = context.budgetScale >= 1.0](BenchmarkOutcome outcome) {
             sampleProgress(progress->latest());
             if (task_) task_->passSlices.push_back(progress->slices());
             // The storage benchmarks change pace by design (writes, then reads), so a slower
             // last fifth says nothing about throttling there. In a quick run a fifth lasts a
             // fraction of a second, short enough for one preempted tick to look like heat.
-            const bool measurable = budgetScale_ >= 1.0 && category(id) != BenchmarkCategory::storage;
+            const bool measurable = fullBudget && category(id) != BenchmarkCategory::storage;
             if (task_ && outcome.status == OutcomeStatus::ok && measurable) {
                 if (const auto stability = stabilityPercent(passSeries_))
                     task_->stability = std::min(task_->stability.value_or(*stability), *stability);
@@ -445,7 +456,8 @@ void BenchmarkStore::runVisibleMetalBenchmark(PassCompletion completion) {
         completion(skippedOutcome("Metal is not available on this machine."));
         return;
     }
-    VisualBenchmarkRequest request{newUUIDText(), kVisualSeconds * budgetScale_, kVisualWorkload};
+    VisualBenchmarkRequest request{
+        newUUIDText(), kVisualSeconds * (task_ ? task_->budgetScale : budgetScale_), kVisualWorkload};
     visualRunID_ = request.id;
     visualLiveStats_.reset();
     Q_EMIT visualLiveStatsChanged();
@@ -527,19 +539,22 @@ void BenchmarkStore::stop() {
 }
 
 void BenchmarkStore::startRealtimeClock(BenchmarkID id, int passes) {
-    const QDateTime now = services_.now();
-    currentRunStartedAt_ = now;
-    Q_EMIT currentRunStartedAtChanged();
-    currentRunTick_ = now;
-    currentRunTargetSeconds_ = targetSeconds(id) * std::max(passes, 1);
-    Q_EMIT currentRunTargetSecondsChanged();
-    Q_EMIT currentRunTickChanged();
+    // The previous benchmark's progress goes before the first tick: a view sampling on that
+    // tick would otherwise take the old figures as the new benchmark's starting point.
     if (visualLiveStats_) {
         visualLiveStats_.reset();
         Q_EMIT visualLiveStatsChanged();
     }
     liveProgress_ = {};
     Q_EMIT liveProgressChanged();
+    const QDateTime now = services_.now();
+    currentRunStartedAt_ = now;
+    Q_EMIT currentRunStartedAtChanged();
+    currentRunTick_ = now;
+    // Quick runs shorten every budget, so the target and the bar follow the shortened one.
+    currentRunTargetSeconds_ = targetSeconds(id) * std::max(passes, 1) * (task_ ? task_->budgetScale : 1.0);
+    Q_EMIT currentRunTargetSecondsChanged();
+    Q_EMIT currentRunTickChanged();
     delete realtimeTimer_;
     realtimeTimer_ = new QTimer(this);
     realtimeTimer_->setInterval(kClockIntervalMs);
@@ -552,7 +567,7 @@ void BenchmarkStore::onRealtimeTick() {
     if (workerProgress_) {
         const ProgressReport report = workerProgress_->latest();
         sampleProgress(report);
-        LiveProgress progress{report.unitsDone, report.elapsedSeconds, std::string(report.unit)};
+        LiveProgress progress{report.unitsDone, report.elapsedSeconds, report.unit};
         if (progress != liveProgress_) {
             liveProgress_ = std::move(progress);
             Q_EMIT liveProgressChanged();

@@ -42,7 +42,7 @@ using OptionalVisualLiveStats = std::optional<VisualBenchmarkLiveStats>;
 struct LiveProgress {
     std::int64_t unitsDone = 0;
     double elapsedSeconds = 0;
-    std::string unit; // empty until the workload reports
+    ProgressUnit unit; // no name until the workload reports
     bool operator==(const LiveProgress&) const = default;
 };
 
@@ -115,6 +115,7 @@ class BenchmarkStore : public QObject {
                    temperatureSnapshotChanged)
     Q_PROPERTY(quarbel::OptionalRunSummary runSummary READ runSummary NOTIFY runSummaryChanged)
     Q_PROPERTY(bool accuracyMode READ accuracyMode WRITE setAccuracyMode NOTIFY accuracyModeChanged)
+    Q_PROPERTY(bool quickMode READ quickMode WRITE setQuickMode NOTIFY quickModeChanged)
     Q_PROPERTY(quarbel::LiveProgress liveProgress READ liveProgress NOTIFY liveProgressChanged)
     Q_PROPERTY(bool busy READ busy NOTIFY busyChanged)
     Q_PROPERTY(quarbel::RunCondition runCondition READ runCondition NOTIFY runConditionChanged)
@@ -156,10 +157,14 @@ class BenchmarkStore : public QObject {
     double totalScore() const;
     double thermalMonitorInterval() const { return thermalMonitorInterval_; }
 
-    // Scales every workload's specified time budget (1 normally, 0.1 for quick runs).
-    // Takes effect for passes started afterwards.
-    void setBudgetScale(double scale) { budgetScale_ = scale; }
+    // Scales every workload's specified time budget (1 normally, kQuickBudgetScale for quick
+    // runs). Like Accuracy Mode, it takes effect at the next start; a run keeps its own.
+    void setBudgetScale(double scale);
     double budgetScale() const { return budgetScale_; }
+    bool quickMode() const { return budgetScale_ < 1.0; }
+    // Whether the active run (else the next one) runs at shortened budgets.
+    bool runIsQuick() const;
+    static constexpr double kQuickBudgetScale = 0.1;
 
     // Reruns each benchmark until its 95 % interval is within the target or the passes run
     // out (absent: off). Read when a run starts; Accuracy Mode's three passes win when both
@@ -176,6 +181,7 @@ class BenchmarkStore : public QObject {
   public Q_SLOTS:
     void setSelectedID(quarbel::BenchmarkID id);
     void setAccuracyMode(bool on);
+    void setQuickMode(bool on) { setBudgetScale(on ? kQuickBudgetScale : 1.0); }
     void runSelected();
     void runAll();
     // Runs the benchmarks in order; ignored while a run is active.
@@ -199,6 +205,7 @@ class BenchmarkStore : public QObject {
     void temperatureSnapshotChanged();
     void runSummaryChanged();
     void accuracyModeChanged();
+    void quickModeChanged();
     void liveProgressChanged();
     void busyChanged();
     void runConditionChanged();

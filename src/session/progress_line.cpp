@@ -8,14 +8,9 @@
 namespace quarbel::session {
 
 std::string rateText(const ProgressState& state) {
-    if (state.unit.empty() || state.unitsDone <= 0 || !(state.workSeconds > 0)) return {};
-    double rate = static_cast<double>(state.unitsDone) / state.workSeconds;
-    std::string unit(state.unit);
-    if (unit == "bytes") { // bytes read better as MB/s
-        rate /= 1048576.0;
-        unit = "MB";
-    }
-    return format(rate, rate >= 100 ? 0 : 1) + " " + unit + "/s";
+    const auto rate = liveRate(state.unitsDone, state.workSeconds, state.unit);
+    if (!rate) return {};
+    return format(rate->value, rate->value >= 100 ? 0 : 1) + " " + rate->unit;
 }
 
 std::string progressLine(const ProgressState& state, int barWidth) {

@@ -2,6 +2,8 @@
 // and the rate of work units when the workload reports them.
 #pragma once
 
+#include "model/workload_context.h"
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -15,7 +17,7 @@ struct ProgressState {
     double fraction = 0; // 0 ... 1
     std::int64_t unitsDone = 0;
     double workSeconds = 0; // the workload's own measured time for unitsDone
-    std::string_view unit;  // empty when the workload reports nothing
+    ProgressUnit unit;      // no name when the workload reports nothing
 };
 
 // e.g. "CPU Single-Core   6.0/15 s [########............]  412.3 batches/s"

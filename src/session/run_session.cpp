@@ -146,8 +146,7 @@ void RunSession::onTick() {
     const auto running = store_.runningID();
     if (!running) return;
     const LiveProgress live = store_.liveProgress();
-    // Quick runs shorten every budget, so the bar measures against the shortened target.
-    const double target = store_.currentRunTargetSeconds() * store_.budgetScale();
+    const double target = store_.currentRunTargetSeconds();
     const double elapsed = store_.currentRunElapsed();
     const ProgressState state{title(*running), elapsed,
                               target,          target > 0 ? std::min(elapsed / target, 1.0) : 0.0,

@@ -22,6 +22,7 @@ TEST(LaunchArguments, GoodArgumentsGiveTheRunToStart) {
     const Case cases[] = {
         {{}, {}, false, false, false, ""},
         {{"--accuracy"}, {}, true, false, false, ""},
+        {{"--quick"}, {}, false, true, false, ""},
         {{"--run", "all"}, {kAllBenchmarks.begin(), kAllBenchmarks.end()}, false, false, false, ""},
         {{"--run", "cpuInteger,ssdRandom", "--quick", "--quit-when-done", "--json", report},
          {BenchmarkID::cpuInteger, BenchmarkID::ssdRandom},
@@ -38,6 +39,7 @@ TEST(LaunchArguments, GoodArgumentsGiveTheRunToStart) {
         ASSERT_TRUE(std::holds_alternative<LaunchOptions>(parsed)) << std::get<LaunchExit>(parsed).text;
         const auto& options = std::get<LaunchOptions>(parsed);
         EXPECT_EQ(options.accuracy, c.accuracy);
+        EXPECT_EQ(options.quick, c.quick);
         EXPECT_EQ(options.quitWhenDone, c.quitWhenDone);
         ASSERT_EQ(options.run.has_value(), !c.ids.empty());
         if (!options.run) continue;
@@ -59,7 +61,6 @@ TEST(LaunchArguments, BadArgumentsExitWith2AndSayWhy) {
         {{"--run", "cpuInteger,warpDrive"}, "unknown benchmark 'warpDrive'"},
         {{"--run", "cpuInteger,cpuInteger"}, "named more than once"},
         {{"--run", "all,cpuInteger"}, "--run all runs every benchmark"},
-        {{"--quick"}, "--quick needs --run"},
         {{"--json", "out.json"}, "--json needs --run"},
         {{"--quit-when-done"}, "--quit-when-done needs --run"},
         {{"--run", "all", "--json", "/nonexistent-quarbel-dir/out.json"}, "does not exist"},

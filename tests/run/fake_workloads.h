@@ -15,7 +15,9 @@
 
 namespace quarbel::test {
 
-enum class FakeBehaviour { instantOk, failing, skipping, untilCancelled, gated };
+// steady: reports progress for 0.8 s of real time, on a clock that runs ten times faster,
+// then ends ok.
+enum class FakeBehaviour { instantOk, failing, skipping, untilCancelled, gated, steady };
 
 // Runs of this test process mark themselves here, where neither a real Quarbel run nor
 // another test process sees them; removed when the process ends.
@@ -86,6 +88,16 @@ class FakeWorkloads {
                 std::this_thread::sleep_for(std::chrono::milliseconds(1));
             }
             ++cancelledSeen_;
+            return okOutcome(score);
+        }
+        case FakeBehaviour::steady: {
+            const auto start = std::chrono::steady_clock::now();
+            for (std::int64_t units = 1; !context.cancelled(); ++units) {
+                const std::chrono::duration<double> spent = std::chrono::steady_clock::now() - start;
+                if (spent.count() >= 0.8) break;
+                context.reportProgress(units, 10 * spent.count(), "units");
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            }
             return okOutcome(score);
         }
         case FakeBehaviour::gated: {

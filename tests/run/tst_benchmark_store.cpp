@@ -184,6 +184,25 @@ TEST(BenchmarkStore, AccuracyModeRunsThreePassesAndKeepsTheMedian) {
     EXPECT_EQ(store.runSummary()->title, "Selected Test Accuracy Summary");
 }
 
+TEST(BenchmarkStore, QuickModeShortensTheTargetFromTheNextStartOn) {
+    FakeWorkloads fakes;
+    fakes.set(BenchmarkID::cineTile, FakeBehaviour::gated);
+    BenchmarkStore store(fakes.services());
+    QSignalSpy changes(&store, &BenchmarkStore::quickModeChanged);
+    store.setQuickMode(true);
+    store.setQuickMode(true);
+    EXPECT_EQ(changes.count(), 1);
+    store.run({BenchmarkID::cineTile}, false);
+    ASSERT_TRUE(processEventsUntil([&] { return fakes.running() == 1; }));
+    store.setQuickMode(false); // the switch may move; the run keeps its budgets
+    EXPECT_TRUE(store.runIsQuick());
+    EXPECT_DOUBLE_EQ(store.currentRunTargetSeconds(), 2.0) << "a tenth of the catalogue's 20 s";
+    fakes.release();
+    ASSERT_TRUE(processEventsUntil([&] { return idle(store); }));
+    EXPECT_FALSE(store.runIsQuick());
+    EXPECT_EQ(changes.count(), 2);
+}
+
 TEST(BenchmarkStore, ProgressAdvancesWithTheClockAndCapsAtOne) {
     FakeWorkloads fakes;
     fakes.set(BenchmarkID::ssdRealSpeed, FakeBehaviour::gated);

@@ -100,9 +100,12 @@ TEST(RunSession, InterruptStopsTheRunWithoutSummaryAndExit130) {
 TEST(ProgressLine, ShowsElapsedTargetBarAndRate) {
     session::ProgressState state{"CPU Single-Core", 6.0, 15, 0.4, 1234, 2.0, "batches"};
     EXPECT_EQ(session::progressLine(state, 10), "CPU Single-Core  6.0/15 s [####......]  617 batches/s");
-    state.unit = "bytes";
+    state.unit = {"bytes", "MB/s", 1.0 / 1048576};
     state.unitsDone = 3 * 1048576;
     EXPECT_EQ(session::rateText(state), "1.5 MB/s");
+    state.unit = {"passes", "GB/s", 0.192};
+    state.unitsDone = 100;
+    EXPECT_EQ(session::rateText(state), "9.6 GB/s");
     state.unit = "";
     EXPECT_EQ(session::rateText(state), "");
     state.fraction = 7; // the bar never overflows

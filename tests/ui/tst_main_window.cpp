@@ -136,7 +136,18 @@ TEST(MainWindow, TheStageOnScreenMatchesAWholeRepaintAfterPartialOnes) {
     }
 }
 
-TEST(LiveText, RatesInTheWorkloadsOwnUnitAndFrameStatistics) {
+TEST(MainWindow, EachBenchmarkOfASuiteDrawsItsOwnRateTrace) {
+    Window w;
+    w.workloads.set(BenchmarkID::cpuInteger, FakeBehaviour::steady);
+    w.workloads.set(BenchmarkID::cpuFloating, FakeBehaviour::steady);
+    w.store.run({BenchmarkID::cpuInteger, BenchmarkID::cpuFloating}, false);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return w.store.runningID() == BenchmarkID::cpuFloating; }, 5000));
+    // The second benchmark's clock starts below where the first one's ended.
+    EXPECT_TRUE(QTest::qWaitFor([&] { return w.window.stage()->rateSampleCount() >= 2; }, 700));
+    ASSERT_TRUE(w.waitIdle());
+}
+
+TEST(LiveText, RatesInTheResultsOwnUnitAndFrameStatistics) {
     struct Case {
         LiveProgress progress;
         OptionalVisualLiveStats visual;
@@ -145,8 +156,9 @@ TEST(LiveText, RatesInTheWorkloadsOwnUnitAndFrameStatistics) {
     const Case cases[] = {
         {{}, std::nullopt, ""},
         {{10, 4.0, "rounds"}, std::nullopt, "2.50 rounds/s"},
-        {{3000, 2.0, "frames"}, std::nullopt, "1500.0 frames/s"},
-        {{3 * 1048576, 2.0, "bytes"}, std::nullopt, "1.5 MB/s"},
+        {{3000, 2.0, {"frames", "FPS"}}, std::nullopt, "1500.0 FPS"},
+        {{3 * 1048576, 2.0, {"bytes", "MB/s", 1.0 / 1048576}}, std::nullopt, "1.50 MB/s"},
+        {{50, 1.0, {"passes", "GB/s", 0.192}}, std::nullopt, "9.60 GB/s"},
         {{10, 0.0, "rounds"}, std::nullopt, ""},
         {{},
          VisualBenchmarkLiveStats{120, 59.94, 55.0, 61.26},

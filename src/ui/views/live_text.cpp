@@ -21,12 +21,10 @@ QString liveMetricText(const LiveProgress& progress, const OptionalVisualLiveSta
             .arg(theme::qstring(format(visual->maxFPS, 1)))
             .arg(visual->frames);
     }
-    if (progress.unit.empty() || progress.elapsedSeconds <= 0) return {};
-    const double rate = static_cast<double>(progress.unitsDone) / progress.elapsedSeconds;
-    if (progress.unit == "bytes")
-        return theme::qstring(format(rate / 1048576.0, 1)) + QStringLiteral(" MB/s");
-    return theme::qstring(format(rate, rate < 100 ? 2 : 1)) + QLatin1Char(' ') +
-           theme::qstring(progress.unit) + QStringLiteral("/s");
+    const auto rate = liveRate(progress.unitsDone, progress.elapsedSeconds, progress.unit);
+    if (!rate) return {};
+    return theme::qstring(format(rate->value, rate->value < 100 ? 2 : 1)) + QLatin1Char(' ') +
+           theme::qstring(rate->unit);
 }
 
 void drawProgressRow(QPainter& painter, const QRectF& row, const BenchmarkStore& store, const QColor& accent,

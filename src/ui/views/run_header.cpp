@@ -1,5 +1,6 @@
 #include "ui/views/run_header.h"
 
+#include "model/number_format.h"
 #include "run/benchmark_store.h"
 #include "ui/views/live_text.h"
 #include "ui/views/theme.h"
@@ -29,7 +30,7 @@ RunHeader::RunHeader(BenchmarkStore& store, QWidget* parent)
     : QWidget(parent), store_(store), run_(makeButton(tr("Run"), QStringLiteral("primaryButton"), this)),
       all_(makeButton(tr("All"), QStringLiteral("secondaryButton"), this)),
       stop_(makeButton(tr("Stop"), QStringLiteral("stopButton"), this)),
-      accuracy_(new ToggleSwitch(tr("Accuracy Mode"), this)) {
+      accuracy_(new ToggleSwitch(tr("Accuracy Mode"), this)), quick_(new ToggleSwitch(tr("Quick"), this)) {
     setAttribute(Qt::WA_OpaquePaintEvent);
     setFixedHeight(kControlsHeight + 92);
     run_->setToolTip(tr("Run the selected benchmark"));
@@ -37,6 +38,8 @@ RunHeader::RunHeader(BenchmarkStore& store, QWidget* parent)
     stop_->setToolTip(tr("Stop the active run"));
     accuracy_->setToolTip(
         tr("Run each benchmark three times and keep the median (takes effect at the next start)"));
+    quick_->setToolTip(tr("A tenth of every time budget, for a fast check; quick results are marked and "
+                          "compare with quick runs only (takes effect at the next start)"));
 
     auto* controls = new QHBoxLayout;
     controls->setContentsMargins(0, 0, 0, 0);
@@ -46,6 +49,8 @@ RunHeader::RunHeader(BenchmarkStore& store, QWidget* parent)
     controls->addWidget(stop_);
     controls->addSpacing(14);
     controls->addWidget(accuracy_);
+    controls->addSpacing(6);
+    controls->addWidget(quick_);
     controls->addStretch(1);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(18, 12, 18, 0);
@@ -56,8 +61,10 @@ RunHeader::RunHeader(BenchmarkStore& store, QWidget* parent)
     connect(all_, &QPushButton::clicked, &store_, &BenchmarkStore::runAll);
     connect(stop_, &QPushButton::clicked, &store_, &BenchmarkStore::stop);
     connect(accuracy_, &QAbstractButton::toggled, &store_, &BenchmarkStore::setAccuracyMode);
+    connect(quick_, &QAbstractButton::toggled, &store_, &BenchmarkStore::setQuickMode);
     connect(&store_, &BenchmarkStore::busyChanged, this, &RunHeader::updateControls);
     connect(&store_, &BenchmarkStore::accuracyModeChanged, this, &RunHeader::updateControls);
+    connect(&store_, &BenchmarkStore::quickModeChanged, this, &RunHeader::updateControls);
     // The status area changes with the clock and the live rate; nothing else repaints.
     for (auto signal : {&BenchmarkStore::currentRunTickChanged, &BenchmarkStore::runningIDChanged,
                         &BenchmarkStore::liveProgressChanged, &BenchmarkStore::visualLiveStatsChanged,
@@ -71,10 +78,14 @@ void RunHeader::updateControls() {
     run_->setEnabled(!busy);
     all_->setEnabled(!busy);
     stop_->setEnabled(busy);
-    // The switch may change during a run: it takes effect at the next start.
-    const QSignalBlocker blocker(accuracy_);
-    accuracy_->setChecked(store_.accuracyMode());
-    accuracy_->update();
+    // The switches may change during a run: they take effect at the next start.
+    for (const auto& [button, on] :
+         {std::pair{accuracy_, store_.accuracyMode()}, {quick_, store_.quickMode()}}) {
+        const QSignalBlocker blocker(button);
+        button->setChecked(on);
+        button->update();
+    }
+    update(statusRect());
 }
 
 QRect RunHeader::statusRect() const { return rect().adjusted(18, kControlsHeight + 4, -18, -10); }
@@ -97,8 +108,17 @@ void RunHeader::paintEvent(QPaintEvent* event) {
 
     painter.setFont(theme::font(12, QFont::DemiBold));
     painter.setPen(running ? accent : theme::muted());
+    const QString state = running ? tr("RUNNING") : (store_.busy() ? tr("PREPARING") : tr("READY"));
     painter.drawText(QRectF(area.left(), area.top(), area.width(), 16), Qt::AlignLeft | Qt::AlignVCenter,
-                     running ? tr("RUNNING") : (store_.busy() ? tr("PREPARING") : tr("READY")));
+                     state);
+    const bool quick = store_.runIsQuick();
+    if (quick) {
+        // Quick scores are not comparable with full ones: the mark stays in sight.
+        const QString mark = tr("QUICK");
+        const qreal left = area.left() + painter.fontMetrics().horizontalAdvance(state) + 10;
+        theme::drawPill(painter, QRectF(left, area.top() - 1, theme::pillWidth(mark, 18), 18), mark,
+                        theme::stateColor(TestRunState::skipped));
+    }
     painter.setFont(theme::font(20, QFont::Bold));
     painter.setPen(theme::text());
     painter.drawText(QRectF(area.left(), area.top() + 16, area.width() * 0.6, 28),
@@ -109,7 +129,10 @@ void RunHeader::paintEvent(QPaintEvent* event) {
         painter.setPen(theme::secondary());
         painter.drawText(QRectF(area.left() + area.width() * 0.4, area.top() + 16, area.width() * 0.6, 28),
                          Qt::AlignRight | Qt::AlignVCenter,
-                         tr("Target %1 s per pass").arg(targetSeconds(shown)));
+                         quick ? tr("Target %1 s per pass (quick)")
+                                     .arg(theme::qstring(
+                                         format(targetSeconds(shown) * BenchmarkStore::kQuickBudgetScale, 1)))
+                               : tr("Target %1 s per pass").arg(targetSeconds(shown)));
         painter.setFont(theme::font(12.5));
         painter.setPen(theme::muted());
         painter.drawText(

@@ -1,5 +1,5 @@
-// The run controls and the active benchmark: Run, All, Stop and the Accuracy Mode
-// switch, enabled exactly when they can act; the active title, elapsed against target,
+// The run controls and the active benchmark: Run, All, Stop and the Accuracy Mode and
+// Quick switches, enabled exactly when they can act; the active title, elapsed against target,
 // a progress bar and the live rate.
 #pragma once
 
@@ -23,6 +23,7 @@ class RunHeader : public QWidget {
     QPushButton* allButton() const { return all_; }
     QPushButton* stopButton() const { return stop_; }
     QAbstractButton* accuracySwitch() const { return accuracy_; }
+    QAbstractButton* quickSwitch() const { return quick_; }
 
   protected:
     void paintEvent(QPaintEvent* event) override;
@@ -37,6 +38,7 @@ class RunHeader : public QWidget {
     QPushButton* all_;
     QPushButton* stop_;
     QAbstractButton* accuracy_;
+    QAbstractButton* quick_;
 };
 
 } // namespace quarbel::ui

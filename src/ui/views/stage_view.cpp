@@ -110,9 +110,11 @@ void StageView::onTick() {
 
 void StageView::sampleRate() {
     const LiveProgress now = store_.liveProgress();
-    if (now.unit.empty() || now.elapsedSeconds <= lastSample_.elapsedSeconds) return;
-    // A new pass (Accuracy Mode) starts its counts again.
-    if (now.unitsDone < lastSample_.unitsDone) lastSample_ = {};
+    if (now.unit.name.empty()) return;
+    // A new pass (Accuracy Mode) starts its counts and its clock again.
+    if (now.unitsDone < lastSample_.unitsDone || now.elapsedSeconds < lastSample_.elapsedSeconds)
+        lastSample_ = {};
+    if (now.elapsedSeconds <= lastSample_.elapsedSeconds) return;
     rates_.push_back(static_cast<double>(now.unitsDone - lastSample_.unitsDone) /
                      (now.elapsedSeconds - lastSample_.elapsedSeconds));
     lastSample_ = now;

@@ -27,6 +27,8 @@ class StageView : public QWidget {
 
     // The status line the stage shows now (empty when nothing runs).
     QString statusLine() const;
+    // Rates sampled for the running benchmark's "rate over time" trace.
+    std::size_t rateSampleCount() const { return rates_.size(); }
 
   protected:
     void paintEvent(QPaintEvent* event) override;

@@ -120,8 +120,8 @@ BenchmarkOutcome runCPUDeveloper(std::int64_t workers, const WorkloadContext& co
             checkedMultiply(checkedMultiply(workers, kWorkflowRoundsPerBatch), kWorkflowBlockBytes);
         std::int64_t bytesHashed = 0;
         std::uint8_t digestByte = 0;
-        const TimedLoopResult timing =
-            repeatUntilBudget(context, context.budget(kWorkflowBudgetSeconds), "bytes", [&] {
+        const TimedLoopResult timing = repeatUntilBudget(
+            context, context.budget(kWorkflowBudgetSeconds), ProgressUnit{"bytes", "MB/s", 0x1p-20}, [&] {
                 digestByte ^= runCryptoBatch(workspace, kWorkflowRoundsPerBatch, seed);
                 bytesHashed = checkedAdd(bytesHashed, bytesPerBatch);
                 return bytesHashed;

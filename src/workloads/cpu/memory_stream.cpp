@@ -21,14 +21,15 @@ BenchmarkOutcome runMemoryStream(const WorkloadContext& context, std::int64_t el
         HugePageVector<float> c(count, 0.5f);
 
         std::int64_t passes = 0;
+        // Two reads and one write of 4-byte elements per index.
+        const ProgressUnit unit{"passes", "GB/s", static_cast<double>(elements) * 3 * 4 / 1e9};
         const TimedLoopResult timing =
-            repeatUntilBudget(context, context.budget(kStreamBudgetSeconds), "passes", [&] {
+            repeatUntilBudget(context, context.budget(kStreamBudgetSeconds), unit, [&] {
                 streamTriad(a, b, c, streamScalar(passes));
                 passes = checkedAdd(passes, 1);
                 return passes;
             });
 
-        // Two reads and one write of 4-byte elements per index.
         const std::int64_t bytesMoved = checkedMultiply(checkedMultiply(passes, elements), 3 * 4);
         const double bandwidth = static_cast<double>(bytesMoved) / timing.elapsedSeconds / 1e9;
         BenchmarkOutcome outcome;

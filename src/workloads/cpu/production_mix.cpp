@@ -45,11 +45,12 @@ BenchmarkOutcome runCPUWorkloadProfile(std::int64_t workers, BenchmarkID /*id*/,
         arena.execute([&] {
             runCPUMixedBatch(workers, kProductionWarmUpRounds);
             const std::int64_t unitsPerBatch = checkedMultiply(workers, kProductionRoundsPerBatch);
-            timing = repeatUntilBudget(context, context.budget(kProductionBudgetSeconds), "rounds", [&] {
-                checksum ^= runCPUMixedBatch(workers, kProductionRoundsPerBatch);
-                batches = checkedAdd(batches, 1);
-                return checkedMultiply(batches, unitsPerBatch);
-            });
+            timing = repeatUntilBudget(context, context.budget(kProductionBudgetSeconds),
+                                       ProgressUnit{"rounds", "units/s"}, [&] {
+                                           checksum ^= runCPUMixedBatch(workers, kProductionRoundsPerBatch);
+                                           batches = checkedAdd(batches, 1);
+                                           return checkedMultiply(batches, unitsPerBatch);
+                                       });
         });
 
         const std::int64_t units =

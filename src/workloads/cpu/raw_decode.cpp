@@ -76,7 +76,7 @@ BenchmarkOutcome runRawCPUDecode(const WorkloadContext& context, int width, int 
         std::int64_t frames = 0;
         std::uint64_t checksum = 0;
         const TimedLoopResult timing =
-            repeatUntilBudget(context, context.budget(kRawBudgetSeconds), "frames", [&] {
+            repeatUntilBudget(context, context.budget(kRawBudgetSeconds), ProgressUnit{"frames", "FPS"}, [&] {
                 std::fill(rowResults.begin(), rowResults.end(), 0);
                 decodeRawCPUFrame(raw, width, height, static_cast<std::uint64_t>(frames), rowResults);
                 std::uint64_t frameValue = 0;

@@ -143,17 +143,18 @@ BenchmarkOutcome runCineTile(const WorkloadContext& context, int width, int heig
                                           0);
         const TileImage image{width, height, pixels};
 
+        const std::int64_t samplesPerFrame = std::int64_t{width} * height * kTileSamplesPerPixel;
         std::int64_t frames = 0;
         std::uint32_t checksum = 0;
+        const ProgressUnit unit{"frames", "MPix/s", static_cast<double>(samplesPerFrame) / 1e6};
         const TimedLoopResult timing =
-            repeatUntilBudget(context, context.budget(kTileBudgetSeconds), "frames", [&] {
+            repeatUntilBudget(context, context.budget(kTileBudgetSeconds), unit, [&] {
                 renderTileFrame(image);
                 checksum ^= tileFrameChecksum(pixels);
                 frames = checkedAdd(frames, 1);
                 return frames;
             });
 
-        const std::int64_t samplesPerFrame = std::int64_t{width} * height * kTileSamplesPerPixel;
         const std::int64_t samples = checkedMultiply(std::max<std::int64_t>(frames, 1), samplesPerFrame);
         // Counts samples (four per pixel) although the unit reads MPix/s.
         const double rate = static_cast<double>(samples) / timing.elapsedSeconds / 1e6;

@@ -17,18 +17,18 @@ struct TimedLoopResult {
 };
 
 // Calls unit() at least once. unit() does one unit of work and returns the progress
-// count to report (units of `unitName` done so far); each call starts with
+// count to report (units of `progressUnit` done so far); each call starts with
 // beginUnitOfWork(). The time limit is checked after
 // each unit and only then the cancellation flag, so the last unit always completes.
 template <class Unit>
 TimedLoopResult repeatUntilBudget(const WorkloadContext& context, double budgetSeconds,
-                                  std::string_view unitName, Unit&& unit) {
+                                  const ProgressUnit& progressUnit, Unit&& unit) {
     const double start = monotonicSeconds();
     for (;;) {
         beginUnitOfWork();
         const std::int64_t done = unit();
         const double sinceStart = monotonicSeconds() - start;
-        context.reportProgress(done, sinceStart, unitName);
+        context.reportProgress(done, sinceStart, progressUnit);
         if (sinceStart >= budgetSeconds) break;
         if (context.cancelled()) break;
     }

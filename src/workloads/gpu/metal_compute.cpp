@@ -63,14 +63,15 @@ BenchmarkOutcome measure(const WorkloadContext& context, const MetalComputeParam
 
     const ComputeArguments arguments{parameters.iterations, count};
     const gpu::DispatchGrid grid = gpu::dispatchGridFor(count, width, gpu->maxGroupsPerDimension());
-    const gpu::TimedDispatches run = gpu::dispatchUntilBudget(
-        *gpu, *kernel.pipeline, &arguments, grid, context.budget(kBudgetSeconds), context, "dispatches");
+    const double workPerDispatch = static_cast<double>(count) * static_cast<double>(parameters.iterations);
+    const ProgressUnit unit{"dispatches", "GFLOPS", workPerDispatch * kOperationsPerElementIteration / 1e9};
+    const gpu::TimedDispatches run = gpu::dispatchUntilBudget(*gpu, *kernel.pipeline, &arguments, grid,
+                                                              context.budget(kBudgetSeconds), context, unit);
     if (run.deviceLost) return failedOutcome("Metal compute failed: the GPU stopped answering.");
     const std::int64_t dispatches = run.completed;
     const double elapsed = run.elapsed;
 
     const float checksum = values[0].x + values[count / 3].y + values[count - 1].z;
-    const double workPerDispatch = static_cast<double>(count) * static_cast<double>(parameters.iterations);
     // At least one dispatch in the rate even when none completed, unlike the count shown.
     const double gflops = static_cast<double>(std::max<std::int64_t>(dispatches, 1)) * workPerDispatch *
                           kOperationsPerElementIteration / elapsed / 1e9;

@@ -57,7 +57,7 @@ BenchmarkOutcome measure(const WorkloadContext& context, const MetalVisualParame
         // A frame the device refused is not counted, but the run goes on until its time.
         if (result == VK_SUCCESS) ++frames;
         const double elapsed = monotonicSeconds() - start;
-        context.reportProgress(frames, elapsed, "frames");
+        context.reportProgress(frames, elapsed, ProgressUnit{"frames", "FPS"});
         if (elapsed >= budget) break;
         if (context.cancelled()) break;
     }

@@ -22,7 +22,6 @@ namespace {
 
 constexpr cl_uint kMaxPlatforms = 8;
 constexpr cl_uint kMaxDevices = 8;
-constexpr double kOperationsPerElementIteration = 42.0;
 constexpr double kScoreFactor = 120.0;
 
 // Releases whatever was created, in the order buffer, kernel, program, queue, context.

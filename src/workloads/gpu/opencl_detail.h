@@ -38,6 +38,9 @@ struct DeviceDiscovery {
 };
 cl_int findDevice(const DeviceDiscovery& discovery, cl_device_id* device, cl_platform_id* platform);
 
+// Floating-point operations per element and iteration of the kernel, for its GFLOPS.
+inline constexpr double kOperationsPerElementIteration = 42.0;
+
 // QuarbelRunOpenCL, calling `afterDispatch(dispatches, elapsedSeconds)` after each dispatch.
 QLResult runOpenCL(std::int32_t count, std::int32_t iterations, double seconds,
                    const std::function<void(std::int64_t, double)>& afterDispatch);

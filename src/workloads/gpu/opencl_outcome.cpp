@@ -4,6 +4,7 @@
 
 #include "model/number_format.h"
 
+#include <algorithm>
 #include <exception>
 
 namespace quarbel {
@@ -28,11 +29,16 @@ BenchmarkOutcome openCLOutcome(const QLResult& result) {
 BenchmarkOutcome runOpenCLCompute(const WorkloadContext& context) { return runOpenCLCompute(context, {}); }
 
 BenchmarkOutcome runOpenCLCompute(const WorkloadContext& context, const OpenCLComputeParameters& parameters) {
+    // The entry point counts at least one element, as the unit does here.
+    const double workPerDispatch = static_cast<double>(std::max<std::int32_t>(parameters.elementCount, 1)) *
+                                   static_cast<double>(parameters.iterations);
+    const ProgressUnit unit{"dispatches", "GFLOPS",
+                            workPerDispatch * opencl::kOperationsPerElementIteration / 1e9};
     try {
         const QLResult result =
             opencl::runOpenCL(parameters.elementCount, parameters.iterations, context.budget(kBudgetSeconds),
                               [&](std::int64_t dispatches, double elapsed) {
-                                  context.reportProgress(dispatches, elapsed, "dispatches");
+                                  context.reportProgress(dispatches, elapsed, unit);
                               });
         return openCLOutcome(result);
     } catch (const std::exception&) {

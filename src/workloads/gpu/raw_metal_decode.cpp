@@ -62,8 +62,9 @@ BenchmarkOutcome measure(const WorkloadContext& context, const RawMetalDecodePar
     kernel.pipeline->bindBuffers({input.get(), output.get()});
 
     const gpu::DispatchGrid grid = gpu::dispatchGridFor(samples, width, device->maxGroupsPerDimension());
-    const gpu::TimedDispatches run = gpu::dispatchUntilBudget(
-        *device, *kernel.pipeline, &size, grid, context.budget(kBudgetSeconds), context, "frames");
+    const gpu::TimedDispatches run =
+        gpu::dispatchUntilBudget(*device, *kernel.pipeline, &size, grid, context.budget(kBudgetSeconds),
+                                 context, ProgressUnit{"frames", "FPS"});
     if (run.deviceLost) return failedOutcome("RAW Metal failed: the GPU stopped answering.");
     const std::int64_t frames = run.completed;
     const double elapsed = run.elapsed;

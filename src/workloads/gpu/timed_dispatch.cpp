@@ -10,7 +10,7 @@ constexpr double kMinimumElapsed = 1e-6;
 
 TimedDispatches dispatchUntilBudget(Context& gpu, const ComputePipeline& pipeline, const void* arguments,
                                     DispatchGrid grid, double budget, const WorkloadContext& context,
-                                    std::string_view unit) {
+                                    const ProgressUnit& unit) {
     TimedDispatches run;
     const double start = monotonicSeconds();
     for (;;) {

@@ -24,6 +24,6 @@ struct TimedDispatches {
 // device refuses ends the loop like a missing command buffer: what completed still counts.
 TimedDispatches dispatchUntilBudget(Context& gpu, const ComputePipeline& pipeline, const void* arguments,
                                     DispatchGrid grid, double budget, const WorkloadContext& context,
-                                    std::string_view unit);
+                                    const ProgressUnit& unit);
 
 } // namespace quarbel::gpu

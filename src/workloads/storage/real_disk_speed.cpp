@@ -96,13 +96,13 @@ DiskSpeedPhase performSequentialWrite(const WorkloadContext& context, const Sequ
             }
             remaining -= chunk;
             context.reportProgress(origin.bytesBefore + phase.pass.bytes + (plan.fileSize - remaining),
-                                   monotonicSeconds() - origin.startSeconds, "bytes", kWritePhase);
+                                   monotonicSeconds() - origin.startSeconds, kByteProgress, kWritePhase);
         }
         ::fsync(fd.get()); // a failed sync does not invalidate the measured transfer
         const double end = monotonicSeconds();
         // The flush belongs to the pass's measured time, so its slices must hold it too.
         context.reportProgress(origin.bytesBefore + phase.pass.bytes + plan.fileSize,
-                               end - origin.startSeconds, "bytes", kWritePhase);
+                               end - origin.startSeconds, kByteProgress, kWritePhase);
         phase.pass.bytes += plan.fileSize;
         phase.pass.seconds += std::max(kMinimumElapsed, end - start);
         phase.pass.passes += 1;
@@ -132,7 +132,7 @@ DiskSpeedPhase performSequentialRead(const WorkloadContext& context, const Seque
             if (result == 0) break; // the file is shorter than expected: count what was there
             got += result;
             context.reportProgress(origin.bytesBefore + phase.pass.bytes + got,
-                                   monotonicSeconds() - origin.startSeconds, "bytes", kReadPhase);
+                                   monotonicSeconds() - origin.startSeconds, kByteProgress, kReadPhase);
         }
         const double end = monotonicSeconds();
         phase.pass.bytes += got;

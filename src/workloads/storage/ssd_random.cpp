@@ -93,8 +93,8 @@ BenchmarkOutcome runSSDRandom(const WorkloadContext& context, const SSDRandomPar
         const double readEnd = monotonicSeconds();
         readOperations += parameters.readsPerRound;
         readSeconds += std::max(kMinimumElapsed, readEnd - readStart);
-        context.reportProgress(readOperations + writeOperations, readSeconds + writeSeconds, "operations",
-                               kReadPhase);
+        context.reportProgress(readOperations + writeOperations, readSeconds + writeSeconds,
+                               kOperationProgress, kReadPhase);
 
         const double writeStart = monotonicSeconds();
         {
@@ -110,8 +110,8 @@ BenchmarkOutcome runSSDRandom(const WorkloadContext& context, const SSDRandomPar
         const double writeEnd = monotonicSeconds();
         writeOperations += parameters.writesPerRound;
         writeSeconds += std::max(kMinimumElapsed, writeEnd - writeStart);
-        context.reportProgress(readOperations + writeOperations, readSeconds + writeSeconds, "operations",
-                               kWritePhase);
+        context.reportProgress(readOperations + writeOperations, readSeconds + writeSeconds,
+                               kOperationProgress, kWritePhase);
 
         if (monotonicSeconds() - measurementStart >= budgetSeconds) break;
         if (context.cancelled()) break; // a stop ends the test with the rounds done so far

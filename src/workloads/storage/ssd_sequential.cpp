@@ -58,13 +58,13 @@ BenchmarkOutcome runSSDSequential(const WorkloadContext& context, const SSDSeque
             return sequentialFailure(error);
         }
         bytesWritten += blockSize;
-        context.reportProgress(bytesWritten, monotonicSeconds() - writeStart, "bytes", kWritePhase);
+        context.reportProgress(bytesWritten, monotonicSeconds() - writeStart, kByteProgress, kWritePhase);
     }
     if (::fsync(output.get()) != 0) return sequentialFailure(errno);
     if (const int error = output.close(); error != 0) return sequentialFailure(error);
     const double writeEnd = monotonicSeconds();
     // The flush belongs to the write's measured time, so its slices must hold it too.
-    context.reportProgress(bytesWritten, writeEnd - writeStart, "bytes", kWritePhase);
+    context.reportProgress(bytesWritten, writeEnd - writeStart, kByteProgress, kWritePhase);
 
     // A stop during writing is reported only now, after the partial file was synced and closed.
     if (context.cancelled()) return failedOutcome("SSD sequential test was cancelled.");
@@ -81,7 +81,7 @@ BenchmarkOutcome runSSDSequential(const WorkloadContext& context, const SSDSeque
         if (got == 0) break;
         bytesRead += got;
         context.reportProgress(bytesWritten + bytesRead, writeSeconds + (monotonicSeconds() - readStart),
-                               "bytes", kReadPhase);
+                               kByteProgress, kReadPhase);
     }
     if (const int error = input.close(); error != 0) return sequentialFailure(error);
     const double readEnd = monotonicSeconds();

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "model/outcome.h"
+#include "model/workload_context.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -54,6 +55,10 @@ class RandomOffsetGenerator {
 // up it is shown in GB/s with 2 decimals, below in MB/s without decimals. The threshold is
 // tested on the unrounded rate.
 MeasurementLine rateMeasurement(std::string label, double megabytesPerSecond);
+
+// Progress of the storage tests, live rates in the units of their results.
+inline constexpr ProgressUnit kByteProgress{"bytes", "MB/s", 1.0 / 1'048'576.0};
+inline constexpr ProgressUnit kOperationProgress{"operations", "IOPS"};
 
 // bytes / max(1 µs, seconds) / 2^20.
 double megabytesPerSecond(std::int64_t bytes, double seconds);

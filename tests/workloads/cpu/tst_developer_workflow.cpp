@@ -67,13 +67,14 @@ TEST(DeveloperWorkflow, OneWorkerCancelledInTheFirstBatchHashesEighteenBlocks) {
     const BenchmarkOutcome outcome = runCPUDeveloper(1, stop.context());
     ASSERT_EQ(stop.reports.size(), 1u);
     EXPECT_EQ(stop.reports[0].unitsDone, 4'718'592);
-    EXPECT_EQ(stop.reports[0].unit, "bytes");
+    EXPECT_EQ(stop.reports[0].unit.name, "bytes");
 
     EXPECT_EQ(outcome.status, OutcomeStatus::ok);
     const double throughput = 4'718'592.0 / outcome.duration / 1'048'576.0;
     EXPECT_NEAR(outcome.score, throughput * 2.4, throughput * 2.4 * 1e-9);
     EXPECT_EQ(outcome.primary.label, "Workflow");
     EXPECT_EQ(outcome.primary.unit, "MB/s");
+    expectLiveRateReadsAsPrimary(stop.reports[0], outcome);
     EXPECT_EQ(*outcome.secondary, (MeasurementLine{"Threads", "1", ""}));
     const std::uint8_t batch = runCryptoBatch(1, 18, makeWorkflowSeed());
     EXPECT_EQ(outcome.detail,

@@ -126,11 +126,12 @@ TEST(ProductionProfile, CancelledInTheFirstBatchReportsThatBatch) {
         runCPUWorkloadProfile(2, BenchmarkID::cpuFloating, "Multi-Core", stop.context());
     ASSERT_EQ(stop.reports.size(), 1u);
     EXPECT_EQ(stop.reports[0].unitsDone, 2 * 26);
-    EXPECT_EQ(stop.reports[0].unit, "rounds");
+    EXPECT_EQ(stop.reports[0].unit.name, "rounds");
 
     EXPECT_EQ(outcome.status, OutcomeStatus::ok);
     EXPECT_EQ(outcome.primary.label, "Multi-Core");
     EXPECT_EQ(outcome.primary.unit, "units/s");
+    expectLiveRateReadsAsPrimary(stop.reports[0], outcome);
     ASSERT_TRUE(outcome.secondary.has_value());
     EXPECT_EQ(*outcome.secondary, (MeasurementLine{"Threads", "2", ""}));
     const double rate = 52.0 / outcome.duration;

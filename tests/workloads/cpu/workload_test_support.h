@@ -5,6 +5,8 @@
 #include "model/outcome.h"
 #include "model/workload_context.h"
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -17,7 +19,7 @@ class StopAfterReports final : public ProgressSink {
         : stopAfter_(stopAfter), budgetSeconds_(budgetSeconds) {}
 
     void report(const ProgressReport& progress) noexcept override {
-        reports.push_back({progress.unitsDone, progress.elapsedSeconds, std::string(progress.unit)});
+        reports.push_back({progress.unitsDone, progress.elapsedSeconds, progress.unit});
         if (reports.size() >= stopAfter_) token_.cancel();
     }
 
@@ -26,7 +28,7 @@ class StopAfterReports final : public ProgressSink {
     struct Report {
         std::int64_t unitsDone;
         double elapsedSeconds;
-        std::string unit;
+        ProgressUnit unit;
     };
     std::vector<Report> reports;
 
@@ -39,6 +41,16 @@ class StopAfterReports final : public ProgressSink {
 // The measured rate an ok outcome's score was computed from, given its score factor.
 inline double rateBehind(const BenchmarkOutcome& outcome, double scoreFactor) {
     return outcome.score / scoreFactor;
+}
+
+// The live rate of the units a report counted, over the outcome's measured time, is the
+// outcome's primary value in the same unit: the window shows what the result will say.
+inline void expectLiveRateReadsAsPrimary(const StopAfterReports::Report& report,
+                                         const BenchmarkOutcome& outcome) {
+    const auto rate = liveRate(report.unitsDone, outcome.duration, report.unit);
+    ASSERT_TRUE(rate.has_value());
+    EXPECT_EQ(rate->unit, outcome.primary.unit);
+    EXPECT_NEAR(rate->value, std::stod(outcome.primary.value), 0.051 + rate->value * 1e-6);
 }
 
 } // namespace quarbel::testing

@@ -22,7 +22,8 @@ class CancellingProgress : public ProgressSink {
     void report(const ProgressReport& progress) noexcept override {
         std::lock_guard lock(mutex_);
         units.push_back(progress.unitsDone);
-        unitName = std::string(progress.unit);
+        unitName = std::string(progress.unit.name);
+        unit = progress.unit;
         if (progress.unitsDone >= cancelAfter_) token.cancel();
     }
 
@@ -37,6 +38,7 @@ class CancellingProgress : public ProgressSink {
     CancellationToken token;
     std::vector<std::int64_t> units;
     std::string unitName;
+    ProgressUnit unit; // of the last report
 
   private:
     std::int64_t cancelAfter_;

@@ -69,6 +69,11 @@ TEST(MetalCompute, ChecksumMatchesTheCpuArithmeticAfterSeveralDispatches) {
     EXPECT_EQ(*outcome.secondary, (MeasurementLine{"Dispatches", "3", ""}));
     EXPECT_EQ(progress.units, (std::vector<std::int64_t>{1, 2, 3}));
     EXPECT_EQ(progress.unitName, "dispatches");
+    // The live rate reads in the result's unit.
+    const auto live = liveRate(3, outcome.duration, progress.unit);
+    ASSERT_TRUE(live.has_value());
+    EXPECT_EQ(live->unit, outcome.primary.unit);
+    EXPECT_NEAR(live->value, std::stod(outcome.primary.value), 0.006 + live->value * 1e-6);
 
     const auto checksum = numberAfter(outcome.detail, "checksum");
     ASSERT_TRUE(checksum.has_value()) << outcome.detail;

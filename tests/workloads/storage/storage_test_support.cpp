@@ -114,7 +114,7 @@ bool lockIsFree(const std::string& directory) {
 void RecordingSink::report(const ProgressReport& progress) noexcept {
     units.push_back(progress.unitsDone);
     phases.push_back(progress.phase);
-    unitName = std::string(progress.unit);
+    unitName = std::string(progress.unit.name);
     if (onReport) onReport(progress);
 }
 
