@@ -3,6 +3,9 @@
 #   idle.png        the window at start
 #   cpu.png         CPU Multi-Core running on its inline stage
 #   storage.png     SSD Sequential running on its inline stage
+#   quick.png       CPU Multi-Core mid-way through a quick run
+#   accuracy.png    an Accuracy Mode result of Memory Stream
+#   skipped-gpu.png GPU benchmarks skipped for want of a driver
 #   suite.png       a finished quick suite with its summary
 #   scene.png       the GPU Visual Tour's Vulkan window mid-run, over the main window
 #   anim-<id>.png   the animation window of cineTile, metalCompute, openCLCompute,
@@ -116,6 +119,24 @@ stop_gui
 start_gui --run ssdSequential
 sleep 3
 shot storage.png
+stop_gui
+
+# A quick run mid-way: its shortened target, the Quick mark and switch.
+start_gui --run cpuFloating --quick
+sleep 1.3
+shot quick.png
+stop_gui
+
+# An Accuracy Mode result: three passes' scores, their spread and the interval.
+start_gui --run memoryStream --accuracy --quick
+sleep 5.5
+shot accuracy.png
+stop_gui
+
+# GPU benchmarks skipped because the Vulkan and OpenCL loaders find no driver.
+VK_ICD_FILENAMES=/nonexistent.json OCL_ICD_VENDORS=/nonexistent start_gui --run metalCompute,openCLCompute --quick
+sleep 3
+shot skipped-gpu.png
 stop_gui
 
 start_gui --run all --quick --json "$PRIVATE/report.json"

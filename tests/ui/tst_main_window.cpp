@@ -167,6 +167,7 @@ TEST(LiveText, RatesInTheResultsOwnUnitAndFrameStatistics) {
     for (const Case& c : cases)
         EXPECT_EQ(liveMetricText(c.progress, c.visual).toStdString(), c.expected);
     EXPECT_EQ(elapsedText(12.34, 45).toStdString(), "12.3 / 45 s");
+    EXPECT_EQ(elapsedText(1.04, 1.5).toStdString(), "1.0 / 1.5 s");
 }
 
 TEST(ScoreGauge, PlacesScoresOnALogarithmicDial) {

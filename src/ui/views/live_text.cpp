@@ -10,7 +10,8 @@ namespace quarbel::ui {
 QString elapsedText(double elapsedSeconds, double targetSeconds) {
     return QStringLiteral("%1 / %2 s")
         .arg(theme::qstring(format(std::max(elapsedSeconds, 0.0), 1)))
-        .arg(theme::qstring(format(targetSeconds, 0)));
+        // Quick budgets are fractions of a second: "1.5", not "2".
+        .arg(theme::qstring(format(targetSeconds, targetSeconds < 10 ? 1 : 0)));
 }
 
 QString liveMetricText(const LiveProgress& progress, const OptionalVisualLiveStats& visual) {
