@@ -1,5 +1,6 @@
 // quarbel: the headless command line of the benchmark suite.
 #include "cli/card_command.h"
+#include "cli/export_command.h"
 #include "cli/info_command.h"
 #include "model/number_format.h"
 #include "results/report_file.h"
@@ -20,6 +21,7 @@
 #include <QCoreApplication>
 #include <QTimer>
 
+#include <algorithm>
 #include <cstdio>
 #include <unistd.h>
 
@@ -75,6 +77,13 @@ constexpr const char* kCompareExitStatus = "Exit status:\n"
                                            "  2    a run that is not in the history or not a readable "
                                            "report, or bad arguments\n"
                                            "  3    with --fail-on-slower: a benchmark is slower than allowed";
+
+constexpr const char* kExportExitStatus =
+    "Exit status:\n"
+    "  0    the runs were exported\n"
+    "  1    the output could not be written (nothing is left half-written)\n"
+    "  2    a run that cannot be read, an unknown format, an unusable FILE, "
+    "or bad arguments; nothing was written";
 
 int listBenchmarks() {
     std::printf("%-16s %-18s %-8s %s\n", "ID", "TITLE", "CATEGORY", "TARGET");
@@ -199,22 +208,48 @@ int main(int argc, char** argv) {
         ->footer(kHistoryExitStatus);
 
     auto* compare = app.add_subcommand(
-        "compare", "Compare two runs benchmark by benchmark: faster, slower or within noise");
+        "compare", "Compare runs benchmark by benchmark with the first: faster, slower or within noise");
     compare->footer(kCompareExitStatus);
-    std::string compareBefore, compareAfter;
+    std::vector<std::string> comparedRuns;
     bool compareAsJson = false;
-    compare->add_option("A", compareBefore, "A report file, or a number from 'quarbel history' (1 = newest)")
-        ->required();
-    compare->add_option("B", compareAfter, "The run to compare with A, given the same way")->required();
+    compare
+        ->add_option("runs", comparedRuns,
+                     "Two or more runs, each a report file or a number from 'quarbel history' (1 = newest); "
+                     "the first is the baseline")
+        ->required()
+        ->expected(2, -1)
+        ->type_name("A B [C...]");
     compare->add_flag("--json", compareAsJson, "Print the comparison as JSON");
     std::string failOnSlower;
     compare
         ->add_option(
             "--fail-on-slower", failOnSlower,
-            "Exit 3 when a benchmark is significantly slower in B by more than PERCENT (default: the "
-            "noise threshold, 1 %); for CI")
+            "Exit 3 when a benchmark is significantly slower in a later run than in the first by more than "
+            "PERCENT (default: the noise threshold, 1 %); for CI")
         ->expected(0, 1)
         ->type_name("[PERCENT]");
+
+    auto* exporter = app.add_subcommand(
+        "export", "Export runs as CSV, Markdown, one self-contained HTML page, JSON or OpenMetrics text");
+    exporter->footer(kExportExitStatus);
+    std::vector<std::string> exportedRuns;
+    std::string exportFormat;
+    std::string exportOut;
+    exporter
+        ->add_option("runs", exportedRuns, "Runs to export: report files or numbers from 'quarbel history'")
+        ->required()
+        ->type_name("RUN...");
+    exporter->add_option("--format", exportFormat, "csv, md, html, json, or openmetrics (one run)")
+        ->required()
+        ->type_name("FORMAT");
+    exporter->add_option("--out", exportOut, "Write to FILE, replaced atomically, instead of standard output")
+        ->type_name("FILE");
+
+    std::string metricsPath;
+    run->add_option("--metrics", metricsPath,
+                    "Also write the results in the Prometheus text format to FILE, replaced atomically "
+                    "(for node_exporter's textfile collector)")
+        ->type_name("FILE");
 
     try {
         app.parse(argc, argv);
@@ -230,6 +265,10 @@ int main(int argc, char** argv) {
     }
 
     if (app.got_subcommand("list")) return afterFlushingOutput(listBenchmarks());
+    if (app.got_subcommand("export"))
+        return afterFlushingOutput(
+            cli::exportCommand(exportedRuns, exportFormat,
+                               exporter->count("--out") > 0 ? std::optional(exportOut) : std::nullopt));
     if (app.got_subcommand("card"))
         return afterFlushingOutput(cli::cardCommand(reportPath, outArgument, argc, argv));
     const auto warnAboutDeviceChoice = [] {
@@ -267,21 +306,31 @@ int main(int argc, char** argv) {
             }
             allowedSlowdown = std::get<double>(percent);
         }
-        auto before = resolveSavedRun(compareBefore, history);
-        auto after = resolveSavedRun(compareAfter, history);
-        for (const auto* resolved : {&before, &after})
-            if (const auto* problem = std::get_if<std::string>(resolved)) {
+        std::vector<SavedRun> saved;
+        for (const auto& name : comparedRuns) {
+            auto resolved = resolveSavedRun(name, history);
+            if (const auto* problem = std::get_if<std::string>(&resolved)) {
                 std::fprintf(stderr, "quarbel: %s\n", problem->c_str());
                 return session::kExitBadInput;
             }
-        const auto& a = std::get<SavedRun>(before);
-        const auto& b = std::get<SavedRun>(after);
-        const auto comparison = compareRuns(a, b);
-        std::fputs(
-            (compareAsJson ? comparisonJson(a, b, comparison) : comparisonText(a, b, comparison)).c_str(),
-            stdout);
+            saved.push_back(std::get<SavedRun>(std::move(resolved)));
+        }
+        std::vector<RunComparison> comparisons;
+        for (std::size_t i = 1; i < saved.size(); ++i)
+            comparisons.push_back(compareRuns(saved.front(), saved[i]));
+        std::string text;
+        if (saved.size() == 2)
+            text = compareAsJson ? comparisonJson(saved[0], saved[1], comparisons[0])
+                                 : comparisonText(saved[0], saved[1], comparisons[0]);
+        else
+            text = compareAsJson ? manyRunsJson(saved, comparisons) : manyRunsText(saved, comparisons);
+        std::fputs(text.c_str(), stdout);
         if (compare->count("--fail-on-slower") > 0) {
-            const auto slower = slowerThan(comparison, allowedSlowdown);
+            std::vector<std::string> slower;
+            for (const auto& comparison : comparisons)
+                for (const auto& title : slowerThan(comparison, allowedSlowdown))
+                    if (std::find(slower.begin(), slower.end(), title) == slower.end())
+                        slower.push_back(title);
             if (!slower.empty()) {
                 std::string titles;
                 for (const auto& title : slower)
@@ -314,6 +363,14 @@ int main(int argc, char** argv) {
             return session::kExitBadInput;
         }
         options.report = std::get<ReportTarget>(std::move(target));
+    }
+    if (run->count("--metrics") > 0) {
+        auto target = resolveReportTarget(metricsPath);
+        if (const auto* problem = std::get_if<std::string>(&target)) {
+            std::fprintf(stderr, "quarbel: --metrics: %s\n", problem->c_str());
+            return session::kExitBadInput;
+        }
+        options.metrics = std::get<ReportTarget>(std::move(target));
     }
     if (run->count("--cards") > 0) {
         auto directory = session::prepareCardsDirectory("--cards", cardsArgument);

@@ -3,6 +3,7 @@
 
 #include "results/run_report.h"
 
+#include <cstdint>
 #include <string>
 #include <variant>
 
@@ -16,5 +17,13 @@ std::string jsonReportText(const RunReport& report);
 // accepted: the run's mode stands in for the first, the temperatures are unavailable.
 // Returns a one-line description of the first problem for text that is not a report.
 std::variant<RunReport, std::string> parseJsonReport(const std::string& text);
+
+// The largest report file read back: a real report is well under a megabyte, so anything
+// larger is refused before it is loaded into memory.
+inline constexpr std::uintmax_t kLargestReportBytes = 50u * 1024 * 1024;
+
+// The report in the file at `path`. Returns the one-line problem ("REPORT is a directory, not
+// a JSON report", "cannot read REPORT: ...", "REPORT is not a Quarbel JSON report: ...").
+std::variant<RunReport, std::string> readJsonReportFile(const std::string& path);
 
 } // namespace quarbel

@@ -2,7 +2,12 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cerrno>
+#include <cstring>
 #include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
 
 namespace quarbel {
 namespace {
@@ -189,6 +194,22 @@ std::variant<RunReport, std::string> parseJsonReport(const std::string& textToPa
     } catch (const json::exception& error) { // a number out of range, say
         return std::string(error.what());
     }
+}
+
+std::variant<RunReport, std::string> readJsonReportFile(const std::string& path) {
+    std::error_code error;
+    if (std::filesystem::is_directory(path, error)) return path + " is a directory, not a JSON report";
+    std::ifstream in(path, std::ios::binary);
+    if (!in) return "cannot read " + path + ": " + std::strerror(errno);
+    if (const auto size = std::filesystem::file_size(path, error); !error && size > kLargestReportBytes)
+        return path + " is not a Quarbel JSON report: it is larger than 50 MB";
+    std::ostringstream text;
+    text << in.rdbuf();
+    if (in.bad()) return "cannot read " + path;
+    auto parsed = parseJsonReport(text.str());
+    if (const auto* problem = std::get_if<std::string>(&parsed))
+        return path + " is not a Quarbel JSON report: " + *problem;
+    return parsed;
 }
 
 } // namespace quarbel

@@ -231,4 +231,70 @@ std::string comparisonJson(const SavedRun& before, const SavedRun& after, const 
     return document.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
 }
 
+std::string manyRunsText(const std::vector<SavedRun>& runs, const std::vector<RunComparison>& comparisons) {
+    std::string text;
+    std::vector<std::string> header{"Benchmark"};
+    for (std::size_t i = 0; i < runs.size(); ++i) {
+        const std::string column =
+            i < 26 ? std::string(1, static_cast<char>('A' + i)) : "#" + std::to_string(i + 1);
+        text += column + ": " + runLabel(runs[i]) + "\n";
+        header.push_back(column);
+    }
+    text += "\n";
+    std::vector<std::string> titles;
+    for (const SavedRun& run : runs)
+        for (const SavedResult& result : run.results)
+            if (std::find(titles.begin(), titles.end(), result.title) == titles.end())
+                titles.push_back(result.title);
+    std::vector<std::vector<std::string>> cells{header};
+    for (const std::string& title : titles) {
+        std::vector<std::string> row{title};
+        for (std::size_t i = 0; i < runs.size(); ++i) {
+            const auto result = std::find_if(runs[i].results.begin(), runs[i].results.end(),
+                                             [&](const SavedResult& r) { return r.title == title; });
+            if (result == runs[i].results.end() || result->status != "ok") {
+                row.push_back(result == runs[i].results.end() ? "-" : result->status);
+                continue;
+            }
+            std::string cell = scoreText(result->score);
+            if (const std::string interval = uncertaintyText(result->statistics.uncertainty);
+                !interval.empty())
+                cell += " " + interval;
+            if (i > 0) {
+                const auto& rows = comparisons[i - 1].rows;
+                const auto compared = std::find_if(rows.begin(), rows.end(),
+                                                   [&](const ComparisonRow& r) { return r.title == title; });
+                if (compared != rows.end() && compared->compared.ratio)
+                    cell += "  " + format("%.3f", *compared->compared.ratio) + " " +
+                            std::string(verdictText(compared->compared.verdict));
+            }
+            row.push_back(cell);
+        }
+        cells.push_back(std::move(row));
+    }
+    text += aligned(cells);
+    text +=
+        "Each later run against A: its score, B / A and the verdict (a Welch test on the log of the slice "
+        "rates, significance 0.05, changes under " +
+        format("%.1f %%", noiseThresholdPercent(std::nullopt)) + " never called).\n";
+    std::vector<std::string> warnings;
+    for (std::size_t i = 0; i < comparisons.size(); ++i)
+        for (const auto& warning : comparisons[i].warnings) {
+            const std::string line = header[i + 2] + " against A: " + warning;
+            if (std::find(warnings.begin(), warnings.end(), line) == warnings.end()) warnings.push_back(line);
+        }
+    for (const auto& warning : warnings)
+        text += "Warning: " + warning + "\n";
+    return text;
+}
+
+std::string manyRunsJson(const std::vector<SavedRun>& runs, const std::vector<RunComparison>& comparisons) {
+    using json = nlohmann::ordered_json;
+    json pairs = json::array();
+    for (std::size_t i = 0; i < comparisons.size(); ++i)
+        pairs.push_back(json::parse(comparisonJson(runs.front(), runs[i + 1], comparisons[i])));
+    const json document{{"schema", 1}, {"baseline", runs.front().path}, {"comparisons", pairs}};
+    return document.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
+}
+
 } // namespace quarbel

@@ -41,6 +41,12 @@ std::vector<std::string> slowerThan(const RunComparison& comparison, double perc
 std::string historyText(const HistoryListing& history);
 
 std::string comparisonText(const SavedRun& before, const SavedRun& after, const RunComparison& comparison);
+
+// Three or more runs side by side: one row per benchmark (in the order they first appear),
+// one column per run, each later run's cell its score with its ratio to the first run and
+// the verdict of the pair. `comparisons[i]` is runs[i + 1] compared with runs[0].
+std::string manyRunsText(const std::vector<SavedRun>& runs, const std::vector<RunComparison>& comparisons);
+std::string manyRunsJson(const std::vector<SavedRun>& runs, const std::vector<RunComparison>& comparisons);
 std::string comparisonJson(const SavedRun& before, const SavedRun& after, const RunComparison& comparison);
 
 } // namespace quarbel

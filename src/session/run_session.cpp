@@ -2,6 +2,7 @@
 
 #include "model/number_format.h"
 #include "results/json_report.h"
+#include "results/openmetrics.h"
 #include "results/run_history.h"
 #include "results/store_report.h"
 #include "sensors/temperature.h"
@@ -203,6 +204,15 @@ void RunSession::finish() {
     int exitCode = anyFailed(report) || !outputProblem_.empty() ? kExitFailed : kExitOk;
     const std::string reportText = jsonReportText(report);
     if (options_.report) exitCode = std::max(exitCode, writeReport(reportText));
+    if (options_.metrics) {
+        const ReportWrite written = writeReportFile(*options_.metrics, openMetricsText(report));
+        if (!written.problem.empty()) {
+            // A half-written metrics file would be scraped as it is: none is better.
+            if (!written.keptAt.empty()) std::remove(written.keptAt.c_str());
+            notice("the metrics file was not written: " + written.problem);
+            exitCode = std::max(exitCode, int(kExitFailed));
+        }
+    }
     if (options_.cardsDirectory)
         exitCode = std::max(exitCode, writeCards(report, *options_.cardsDirectory, out_));
     keepInHistory(isoTimestamp(report.startedAt), reportText);

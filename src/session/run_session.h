@@ -26,6 +26,7 @@ struct RunOptions {
     std::optional<std::string> cardsDirectory;  // absent: no result cards; else checked, absolute
     std::string historyDirectory;               // where the report is also kept; empty: not kept
     std::optional<StabilityTarget> untilStable; // rerun each benchmark until its interval is narrow
+    std::optional<ReportTarget> metrics;        // absent: no Prometheus text file
 };
 
 // The process exit status of a run.

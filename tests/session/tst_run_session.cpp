@@ -48,6 +48,7 @@ TEST(RunSession, InterruptStopsTheRunWithoutSummaryAndExit130) {
                                  std::get<ReportTarget>(resolveReportTarget(report.string())),
                                  std::nullopt,
                                  std::string(),
+                                 std::nullopt,
                                  std::nullopt},
                                 out, false, [] {
                                     return std::vector<std::pair<std::string, std::string>>{{"CPU", "Fake"}};
@@ -154,6 +155,7 @@ TEST(RunSession, EachResultCarriesTheTemperaturesAtItsEndAndItsMode) {
                                  std::get<ReportTarget>(resolveReportTarget(report.string())),
                                  std::nullopt,
                                  std::string(),
+                                 std::nullopt,
                                  std::nullopt},
                                 out, false, {});
     int exitCode = -1;

@@ -1,0 +1,184 @@
+// Exports and many-run comparisons through the real quarbel, from a real quick run.
+#include "process.h"
+#include "sensors/fake_tree.h"
+
+#include <nlohmann/json.hpp>
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <map>
+#include <regex>
+#include <sstream>
+
+using namespace quarbel;
+using quarbel::testing::FakeTree;
+
+namespace {
+
+const std::string kQuarbel = QUARBEL_BINARY;
+
+std::string readFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+std::vector<std::string> lines(const std::string& text, const char* separator = "\n") {
+    std::vector<std::string> out;
+    std::size_t start = 0;
+    for (std::size_t end; (end = text.find(separator, start)) != std::string::npos;
+         start = end + std::strlen(separator))
+        out.push_back(text.substr(start, end - start));
+    return out;
+}
+
+// The fields of one CSV record (quoted fields may hold commas and doubled quotes).
+std::vector<std::string> csvFields(const std::string& record) {
+    std::vector<std::string> fields(1);
+    bool quoted = false;
+    for (std::size_t i = 0; i < record.size(); ++i) {
+        const char c = record[i];
+        if (quoted && c == '"' && i + 1 < record.size() && record[i + 1] == '"') {
+            fields.back() += '"';
+            ++i;
+        } else if (c == '"') {
+            quoted = !quoted;
+        } else if (c == ',' && !quoted) {
+            fields.emplace_back();
+        } else {
+            fields.back() += c;
+        }
+    }
+    return fields;
+}
+
+// One quick run of two benchmarks shared by the tests: its report and its metrics file.
+struct QuickRun {
+    FakeTree tree;
+    std::vector<std::string> env{"XDG_DATA_HOME=" + tree.root(), "TMPDIR=" + tree.root()};
+    std::string report = tree.path("run.json");
+    std::string metrics = tree.path("run.prom");
+    test::ProcessResult result;
+    QuickRun() {
+        result = test::runProcess({kQuarbel, "run", "cpuInteger", "memoryStream", "--quick", "--no-history",
+                                   "--json", report, "--metrics", metrics},
+                                  env);
+    }
+};
+
+QuickRun& quickRun() {
+    static QuickRun run;
+    return run;
+}
+
+} // namespace
+
+TEST(Exports, TheMetricsFileIsValidPrometheusTextInBaseUnits) {
+    QuickRun& run = quickRun();
+    ASSERT_EQ(run.result.exitCode, 0) << run.result.err;
+    const std::string text = readFile(run.metrics);
+    const nlohmann::json report = nlohmann::json::parse(readFile(run.report));
+
+    // Every family once, HELP then TYPE then its samples; samples are name{labels} value.
+    const std::regex sample(
+        R"(^([a-zA-Z_:][a-zA-Z0-9_:]*)(\{([a-zA-Z_][a-zA-Z0-9_]*="([^"\\]|\\.)*",?)*\})? (\S+)$)");
+    std::map<std::string, int> blocks;
+    std::string family;
+    std::map<std::string, double> values;
+    for (const auto& line : lines(text)) {
+        std::smatch m;
+        if (line.rfind("# HELP ", 0) == 0) {
+            family = line.substr(7, line.find(' ', 7) - 7);
+            ++blocks[family];
+        } else if (line.rfind("# TYPE ", 0) == 0) {
+            EXPECT_EQ(line, "# TYPE " + family + " gauge");
+        } else {
+            ASSERT_TRUE(std::regex_match(line, m, sample)) << line;
+            EXPECT_EQ(m[1].str(), family) << "a sample outside its family's block: " << line;
+            values[m[1].str() + m[2].str()] = std::stod(m[5].str());
+        }
+    }
+    for (const auto& [name, count] : blocks)
+        EXPECT_EQ(count, 1) << name;
+
+    for (const auto& result : report["results"]) {
+        const std::string id = result["id"];
+        EXPECT_DOUBLE_EQ(values["quarbel_score{benchmark=\"" + id + "\"}"], result["score"].get<double>());
+        EXPECT_NEAR(values["quarbel_score_ci95_percent{benchmark=\"" + id + "\"}"],
+                    result["ci95Percent"].get<double>(), 1e-9);
+    }
+    // The memory stream's decimal GB/s becomes bytes per second.
+    const double gigabytes = std::stod(report["results"][1]["primary"]["value"].get<std::string>());
+    EXPECT_NEAR(values["quarbel_primary_bytes_per_second{benchmark=\"memoryStream\",label=\"Bandwidth\"}"],
+                gigabytes * 1e9, 1);
+    EXPECT_EQ(values["quarbel_run_complete"], 1);
+}
+
+TEST(Exports, CsvHtmlAndManyRunComparisonsCarryEveryRun) {
+    QuickRun& run = quickRun();
+    ASSERT_EQ(run.result.exitCode, 0) << run.result.err;
+
+    const auto csv =
+        test::runProcess({kQuarbel, "export", run.report, run.report, "--format", "csv"}, run.env);
+    ASSERT_EQ(csv.exitCode, 0) << csv.err;
+    const auto records = lines(csv.out, "\r\n");
+    ASSERT_EQ(records.size(), 5u) << "a header and two benchmarks of each run";
+    const auto header = csvFields(records[0]);
+    const auto sliceColumn = std::find(header.begin(), header.end(), "slice_rates") - header.begin();
+    for (std::size_t i = 1; i < records.size(); ++i) {
+        const auto fields = csvFields(records[i]);
+        ASSERT_EQ(fields.size(), header.size()) << records[i];
+        EXPECT_GE(lines(fields[sliceColumn] + " ", " ").size(), 5u) << "the slice rates, raw";
+    }
+
+    const std::string page = run.tree.path("out/page.html");
+    std::filesystem::create_directories(run.tree.path("out"));
+    const auto html = test::runProcess(
+        {kQuarbel, "export", run.report, run.report, run.report, "--format", "html", "--out", page}, run.env);
+    ASSERT_EQ(html.exitCode, 0) << html.err;
+    const std::string text = readFile(page);
+    EXPECT_EQ(text.find("<script"), std::string::npos);
+    EXPECT_EQ(std::regex_replace(text, std::regex("http://www.w3.org/2000/svg"), "").find("http"),
+              std::string::npos)
+        << "nothing is fetched";
+    EXPECT_EQ(lines(text, "<svg ").size(), 3u) << "the global score and one chart per benchmark";
+
+    const auto compare = test::runProcess({kQuarbel, "compare", run.report, run.report, run.report}, run.env);
+    ASSERT_EQ(compare.exitCode, 0) << compare.err;
+    EXPECT_NE(compare.out.find("Benchmark        A"), std::string::npos) << compare.out;
+    // Each later run against A, identical: ratio 1 (its verdict depends on how quiet the machine was).
+    EXPECT_EQ(lines(compare.out, "  1.000 ").size(), 4u) << compare.out;
+}
+
+TEST(Exports, BadInputIsRefusedWithExit2AndNothingWritten) {
+    QuickRun& run = quickRun();
+    ASSERT_EQ(run.result.exitCode, 0) << run.result.err;
+    run.tree.write("bad.json", "{\"schema\": 1, \"results\": [");
+    run.tree.write("future.json", "{\"schema\": 2}");
+    struct Case {
+        std::vector<std::string> arguments;
+        const char* message;
+    };
+    const Case cases[] = {
+        {{"export", run.report, "--format", "xml"}, "--format must be csv, md, html, json or openmetrics"},
+        {{"export", run.report, run.report, "--format", "openmetrics"}, "exports one run"},
+        {{"export", run.tree.path("bad.json"), "--format", "csv"}, "is not a Quarbel JSON report"},
+        {{"export", run.tree.path("future.json"), "--format", "csv"}, "schema 2 is not known"},
+        {{"export", run.report, "--format", "csv", "--out", run.tree.path("missing/x.csv")},
+         "does not exist"},
+        {{"export", run.report, "--format", "csv", "--out", "/proc/quarbel.csv"}, ""},
+        {{"export", "99", "--format", "csv"}, "no run 99 in the history"},
+        {{"run", "cpuInteger", "--no-history", "--metrics", run.tree.path("missing/m.prom")}, "--metrics"},
+    };
+    for (const Case& c : cases) {
+        std::vector<std::string> command{kQuarbel};
+        command.insert(command.end(), c.arguments.begin(), c.arguments.end());
+        const auto result = test::runProcess(command, run.env);
+        EXPECT_EQ(result.exitCode, 2) << c.message << "\n" << result.err;
+        EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
+        EXPECT_TRUE(result.out.empty()) << "nothing exported or run: " << result.out;
+    }
+    EXPECT_FALSE(std::filesystem::exists(run.tree.path("missing")));
+}
