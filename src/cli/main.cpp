@@ -1,6 +1,7 @@
 // quarbel: the headless command line of the benchmark suite.
 #include "cli/card_command.h"
 #include "cli/export_command.h"
+#include "cli/import_command.h"
 #include "cli/info_command.h"
 #include "model/number_format.h"
 #include "results/report_file.h"
@@ -84,6 +85,12 @@ constexpr const char* kExportExitStatus =
     "  1    the output could not be written (nothing is left half-written)\n"
     "  2    a run that cannot be read, an unknown format, an unusable FILE, "
     "or bad arguments; nothing was written";
+
+constexpr const char* kImportExitStatus = "Exit status:\n"
+                                          "  0    every report was imported or was already in the history\n"
+                                          "  1    the history could not be written\n"
+                                          "  2    a file that is not a report, or bad arguments; nothing was "
+                                          "imported";
 
 int listBenchmarks() {
     std::printf("%-16s %-18s %-8s %s\n", "ID", "TITLE", "CATEGORY", "TARGET");
@@ -245,6 +252,14 @@ int main(int argc, char** argv) {
     exporter->add_option("--out", exportOut, "Write to FILE, replaced atomically, instead of standard output")
         ->type_name("FILE");
 
+    auto* importer =
+        app.add_subcommand("import", "Add reports from other machines to this machine's history");
+    importer->footer(kImportExitStatus);
+    std::vector<std::string> importedFiles;
+    importer->add_option("files", importedFiles, "Reports written by 'quarbel run --json' or a history")
+        ->required()
+        ->type_name("FILE...");
+
     std::string metricsPath;
     run->add_option("--metrics", metricsPath,
                     "Also write the results in the Prometheus text format to FILE, replaced atomically "
@@ -265,6 +280,7 @@ int main(int argc, char** argv) {
     }
 
     if (app.got_subcommand("list")) return afterFlushingOutput(listBenchmarks());
+    if (app.got_subcommand("import")) return afterFlushingOutput(cli::importCommand(importedFiles));
     if (app.got_subcommand("export"))
         return afterFlushingOutput(
             cli::exportCommand(exportedRuns, exportFormat,

@@ -52,6 +52,22 @@ json conditionJson(const RunReport& report) {
     return condition;
 }
 
+// Everything that tells machines apart in one object, for tools that gather reports.
+json machineJson(const MachineIdentity& machine,
+                 const std::vector<std::pair<std::string, std::string>>& system) {
+    const auto row = [&](const char* label) {
+        for (const auto& [name, value] : system)
+            if (name == label) return value;
+        return std::string();
+    };
+    return {{"hostName", machine.hostName},
+            {"machineId", machine.machineId},
+            {"cpu", row("CPU")},
+            {"gpu", row("Metal GPU")},
+            {"kernel", machine.kernel},
+            {"storageDevice", machine.storageDevice}};
+}
+
 } // namespace
 
 std::string jsonReportText(const RunReport& report) {
@@ -89,6 +105,7 @@ std::string jsonReportText(const RunReport& report) {
         {"summary", report.summary ? summaryJson(*report.summary) : json(nullptr)},
         {"globalScore", report.globalScore},
         {"condition", conditionJson(report)},
+        {"machine", report.machine ? machineJson(*report.machine, report.system) : json(nullptr)},
         {"log", report.log},
     };
     // Replace rather than throw on text that is not valid UTF-8 (a device name, say).

@@ -176,6 +176,15 @@ RunReport report(const json& document) {
                     if (item.is_string()) target.push_back(item.get<std::string>());
         }
     }
+    if (const auto machine = document.find("machine"); machine != document.end() && machine->is_object()) {
+        MachineIdentity& m = r.machine.emplace();
+        for (auto [key, target] : {std::pair{"hostName", &m.hostName},
+                                   {"machineId", &m.machineId},
+                                   {"kernel", &m.kernel},
+                                   {"storageDevice", &m.storageDevice}})
+            if (const auto value = machine->find(key); value != machine->end() && value->is_string())
+                *target = value->get<std::string>();
+    }
     if (const auto log = document.find("log"); log != document.end() && log->is_array())
         for (const json& lineText : *log)
             if (lineText.is_string()) r.log.push_back(lineText.get<std::string>());

@@ -83,7 +83,10 @@ RunComparison compareRuns(const SavedRun& before, const SavedRun& after) {
         comparison.warnings.push_back("One run is in " + before.mode + " mode and the other in " +
                                       after.mode +
                                       " mode; their results combine a different number of passes.");
-    if (!before.machine.empty() && !after.machine.empty() && before.machine != after.machine)
+    if (!before.machineId.empty() && !after.machineId.empty() && before.machineId != after.machineId)
+        comparison.warnings.push_back("The runs come from different machines (" + before.hostName + " and " +
+                                      after.hostName + ").");
+    else if (!before.machine.empty() && !after.machine.empty() && before.machine != after.machine)
         comparison.warnings.push_back("The runs come from different machines (" + before.machine + " and " +
                                       after.machine + ").");
     if (before.stopped || after.stopped) comparison.warnings.push_back("A run was stopped before its end.");

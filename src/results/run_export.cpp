@@ -185,7 +185,10 @@ std::string svgChart(const std::string& title, const std::vector<ChartPoint>& po
             std::snprintf(buffer, sizeof buffer,
                           "<text x=\"%.1f\" y=\"%.1f\" class=\"v\" text-anchor=\"middle\">", x(i),
                           kHeight - 14);
-            svg += buffer + htmlEscaped(p.label) + "</text>";
+            // A report file goes by its file name; the table below has the whole path.
+            std::string label = p.label.substr(p.label.find_last_of('/') + 1);
+            if (label.size() > 22) label = label.substr(0, 21) + "…";
+            svg += buffer + htmlEscaped(label) + "</text>";
         }
     }
     if (!line.empty()) svg += "<polyline points=\"" + line + "\" class=\"line\"/>";

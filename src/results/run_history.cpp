@@ -111,6 +111,10 @@ std::optional<SavedRun> readSavedRun(const std::string& path, std::string* probl
         for (const auto& row : document["system"])
             if (row.is_object() && valueOr<std::string>(row, "label", "") == "CPU")
                 run.machine = valueOr<std::string>(row, "value", "");
+    if (const auto machine = document.find("machine"); machine != document.end() && machine->is_object()) {
+        run.machineId = valueOr<std::string>(*machine, "machineId", "");
+        run.hostName = valueOr<std::string>(*machine, "hostName", "");
+    }
     for (const auto& result : document["results"]) {
         if (!result.is_object()) return fail("has a result that is not an object");
         SavedResult saved;

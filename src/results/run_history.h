@@ -46,7 +46,9 @@ struct SavedRun {
     std::string title;    // the summary's title, or "Stopped run"
     double runScore = 0;  // the summary's score, over the run's own benchmarks; 0 when stopped
     double globalScore = 0;
-    std::string machine; // the processor row of the system facts
+    std::string machine;   // the processor row of the system facts
+    std::string machineId; // the hashed machine identifier, empty in older reports
+    std::string hostName;
     std::vector<SavedResult> results;
 };
 

@@ -7,6 +7,7 @@
 #include "model/outcome.h"
 #include "results/result_statistics.h"
 #include "sensors/machine_condition.h"
+#include "sensors/machine_identity.h"
 #include "sensors/temperature.h"
 
 #include <optional>
@@ -44,6 +45,7 @@ struct RunReport {
     std::optional<MachineCondition> condition; // the machine as the run started
     std::vector<std::string> throttleSigns;    // seen while it ran
     std::vector<std::string> badges;           // short remarks for results and cards
+    std::optional<MachineIdentity> machine;    // absent in reports from before runs named it
 };
 
 // "98.7 %" for a stability, with " (throttling)" below kThrottlingStabilityPercent.

@@ -31,6 +31,7 @@ RunReport reportFromStore(const BenchmarkStore& store, ReportFrame frame) {
     report.summary = store.runSummary();
     report.globalScore = store.totalScore();
     report.log = std::move(frame.log);
+    report.machine = readMachineIdentity();
     return report;
 }
 

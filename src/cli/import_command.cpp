@@ -1,0 +1,82 @@
+#include "cli/import_command.h"
+
+#include "results/json_report.h"
+#include "results/run_history.h"
+#include "session/run_session.h"
+
+#include <cstdio>
+#include <fstream>
+#include <set>
+#include <sstream>
+
+namespace quarbel::cli {
+namespace {
+
+// What makes two reports the same run: where and when it ran, and what it scored.
+std::string runKey(const SavedRun& run) {
+    std::ostringstream key;
+    key.precision(17);
+    key << run.startedAt << '|' << (run.machineId.empty() ? run.machine : run.machineId) << '|'
+        << run.globalScore;
+    for (const auto& result : run.results)
+        key << '|' << result.title << '=' << result.score;
+    return key.str();
+}
+
+} // namespace
+
+int importCommand(const std::vector<std::string>& files) {
+    const std::string directory = historyDirectory();
+    if (directory.empty()) {
+        std::fprintf(stderr, "quarbel: no history folder: set XDG_DATA_HOME or HOME\n");
+        return session::kExitBadInput;
+    }
+    struct Incoming {
+        std::string path;
+        std::string text;
+        SavedRun run;
+    };
+    std::vector<Incoming> incoming;
+    for (const std::string& path : files) {
+        // The strict reader decides what is a report; the listing's reader gives the key.
+        if (auto report = readJsonReportFile(path); std::holds_alternative<std::string>(report)) {
+            std::fprintf(stderr, "quarbel: %s; nothing was imported\n",
+                         std::get<std::string>(report).c_str());
+            return session::kExitBadInput;
+        }
+        std::string problem;
+        auto run = readSavedRun(path, &problem);
+        if (!run) {
+            std::fprintf(stderr, "quarbel: %s %s; nothing was imported\n", path.c_str(), problem.c_str());
+            return session::kExitBadInput;
+        }
+        std::ifstream in(path, std::ios::binary);
+        std::ostringstream text;
+        text << in.rdbuf();
+        incoming.push_back({path, text.str(), std::move(*run)});
+    }
+
+    std::set<std::string> known;
+    for (const SavedRun& run : listHistory(directory).runs)
+        known.insert(runKey(run));
+    int imported = 0, duplicates = 0;
+    for (const Incoming& file : incoming) {
+        if (!known.insert(runKey(file.run)).second) {
+            std::printf("%s: already in the history, skipped\n", file.path.c_str());
+            ++duplicates;
+            continue;
+        }
+        const HistorySave saved = saveToHistory(directory, file.run.startedAt, file.text);
+        if (!saved.problem.empty()) {
+            std::fprintf(stderr, "quarbel: %s was not imported: %s\n", file.path.c_str(),
+                         saved.problem.c_str());
+            return session::kExitFailed;
+        }
+        std::printf("%s: imported as %s\n", file.path.c_str(), saved.path.c_str());
+        ++imported;
+    }
+    std::printf("%d imported, %d already in the history.\n", imported, duplicates);
+    return session::kExitOk;
+}
+
+} // namespace quarbel::cli
