@@ -2,6 +2,7 @@
 // offscreen platform: what the controls allow, what the centre shows, what follows what.
 #include "run/benchmark_store.h"
 #include "run/fake_workloads.h"
+#include "text_recorder.h"
 #include "ui/views/live_text.h"
 #include "ui/views/main_window.h"
 #include "ui/views/result_panel.h"
@@ -133,6 +134,91 @@ TEST(MainWindow, TheStageOnScreenMatchesAWholeRepaintAfterPartialOnes) {
         EXPECT_TRUE(onScreen == whole) << "a part that changed was left out of the tick's repaint";
         w.workloads.release();
         ASSERT_TRUE(w.waitIdle());
+    }
+}
+
+namespace {
+
+// What `widget` paints, its children included, as one line of text.
+QString paintedText(QWidget& widget, std::vector<std::string>* faults = nullptr) {
+    test::TextRecorder recorder(widget.size());
+    widget.render(&recorder);
+    if (faults) *faults = test::layoutFaults(recorder, widget.size());
+    return recorder.texts().join(QLatin1Char(' ')).simplified();
+}
+
+} // namespace
+
+// Every outcome's whole text is on the panel, wrapped inside it, at either window width;
+// a benchmark without a score shows none (no "0.00") and cannot be saved as a card.
+TEST(ResultPanel, ShowsWholeDetailsAndTellsHowToEnableASkippedDevice) {
+    FakeWorkloads fakes;
+    fakes.queueScores(BenchmarkID::cineTile, {1010, 980, 1000});
+    fakes.set(BenchmarkID::cpuCrypto, FakeBehaviour::failing);
+    StoreServices services = fakes.services();
+    services.runWorkload = [&](BenchmarkID id, const WorkloadContext& context) {
+        switch (id) {
+        case BenchmarkID::metalCompute: return skippedOutcome("Metal is not available on this machine.");
+        case BenchmarkID::openCLCompute:
+            return skippedOutcome("OpenCL is unavailable or no compatible device was found.");
+        default: return fakes.run(id, context);
+        }
+    };
+    BenchmarkStore store(services);
+    MainWindow window(store);
+    window.show();
+
+    struct Case {
+        BenchmarkID id;
+        bool accuracy;
+        std::vector<const char*> shown;
+        std::vector<const char*> absent;
+        bool saveable;
+    };
+    const Case cases[] = {
+        {BenchmarkID::cineTile,
+         true,
+         {"pass scores 1010.0, 980.00, 1000.0 pts; spread 3.0%; confidence Good.", "(95 %, 3 passes)"},
+         {"TO RUN IT"},
+         true},
+        {BenchmarkID::metalCompute,
+         false,
+         {"Metal is not available on this machine.", "mesa-vulkan-drivers", "QUARBEL_GPU", "quarbel info"},
+         {"OpenCL"},
+         false},
+        {BenchmarkID::openCLCompute,
+         false,
+         {"OpenCL is unavailable or no compatible device was found.", "pocl-opencl-icd", "clinfo"},
+         {"Vulkan"},
+         false},
+        {BenchmarkID::cpuCrypto, false, {"Failed", "Disk exploded."}, {"TO RUN IT"}, false},
+    };
+    for (const Case& c : cases) {
+        store.setAccuracyMode(c.accuracy);
+        store.run({c.id}, false);
+        ASSERT_TRUE(QTest::qWaitFor([&] { return !store.busy(); }, 5000));
+        store.setSelectedID(c.id);
+        EXPECT_EQ(window.resultPanel()->saveCardButton()->isEnabled(), c.saveable) << title(c.id);
+        for (const int width : {960, 1400}) {
+            SCOPED_TRACE(std::string(title(c.id)) + " at " + std::to_string(width));
+            window.resize(width, 820);
+            QTest::qWait(20); // the layout settles over a few turns of the event loop
+            std::vector<std::string> faults;
+            const QString panel = paintedText(*window.resultPanel(), &faults);
+            for (const std::string& fault : faults)
+                ADD_FAILURE() << fault;
+            for (const char* text : c.shown)
+                EXPECT_TRUE(panel.contains(QString::fromUtf8(text)))
+                    << text << " in: " << panel.toStdString();
+            for (const char* text : c.absent)
+                EXPECT_FALSE(panel.contains(QString::fromUtf8(text))) << text;
+            // Nowhere a zero score for what has none: not in the summary, not in the list.
+            for (QWidget* view :
+                 {static_cast<QWidget*>(window.resultPanel()), static_cast<QWidget*>(window.summaryPanel()),
+                  static_cast<QWidget*>(window.sidebar())})
+                EXPECT_FALSE(paintedText(*view).split(QLatin1Char(' ')).contains(QStringLiteral("0.00")))
+                    << view->metaObject()->className();
+        }
     }
 }
 
