@@ -4,6 +4,7 @@
 #include "run/fake_workloads.h"
 #include "text_recorder.h"
 #include "ui/views/live_text.h"
+#include "ui/views/log_panel.h"
 #include "ui/views/main_window.h"
 #include "ui/views/result_panel.h"
 #include "ui/views/run_header.h"
@@ -13,8 +14,12 @@
 #include "ui/views/summary_panel.h"
 
 #include <QAbstractButton>
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScreen>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QStackedWidget>
 #include <QTest>
@@ -220,6 +225,34 @@ TEST(ResultPanel, ShowsWholeDetailsAndTellsHowToEnableASkippedDevice) {
                     << view->metaObject()->className();
         }
     }
+}
+
+// The log view holds exactly the store's lines as they come and go, follows the newest
+// unless the reader scrolled back, and its text can be copied.
+TEST(LogPanel, HoldsEveryKeptLineFollowsTheNewestAndCopies) {
+    FakeWorkloads fakes;
+    BenchmarkStore store(fakes.services());
+    LogPanel panel(store);
+    panel.resize(600, 150);
+    panel.show();
+    QPlainTextEdit* view = panel.textView();
+    QScrollBar* bar = view->verticalScrollBar();
+    for (int i = 0; i < 40; ++i) {
+        store.logNotice(QStringLiteral("notice %1").arg(i));
+        QCoreApplication::processEvents();
+        ASSERT_EQ(view->toPlainText(), store.logLines().join(QLatin1Char('\n'))) << i;
+    }
+    EXPECT_GT(bar->maximum(), 0) << "more lines than fit: the view scrolls";
+    EXPECT_EQ(bar->value(), bar->maximum());
+    bar->setValue(0);
+    store.logNotice(QStringLiteral("while reading back"));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(bar->value(), 0) << "the reader's place is kept";
+
+    EXPECT_TRUE(view->isReadOnly());
+    view->selectAll();
+    view->copy();
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), store.logLines().join(QLatin1Char('\n')));
 }
 
 TEST(LiveText, RatesInTheWorkloadsOwnUnitAndFrameStatistics) {
