@@ -14,6 +14,7 @@
 #include "ui/views/summary_panel.h"
 
 #include <QAbstractButton>
+#include <QApplication>
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QPlainTextEdit>
@@ -225,6 +226,48 @@ TEST(ResultPanel, ShowsWholeDetailsAndTellsHowToEnableASkippedDevice) {
                     << view->metaObject()->className();
         }
     }
+}
+
+TEST(SidebarView, ArrowKeysMoveOverTheRowsAndTabRingsTheSelection) {
+    Window w;
+    SidebarView* sidebar = w.window.sidebar();
+    w.window.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&w.window));
+    const auto ring = [&] {
+        return sidebar->grab(sidebar->rowRect(w.store.selectedID()).adjusted(0, -2, 0, 2)).toImage();
+    };
+    // The rows in the order the list shows them, category by category.
+    std::vector<BenchmarkID> order;
+    for (const BenchmarkCategory category : kAllCategories)
+        for (const BenchmarkID id : byCategory(category))
+            order.push_back(id);
+    w.store.setSelectedID(order.back());
+    const QImage unfocused = ring();
+
+    w.window.header()->runButton()->setFocus(Qt::OtherFocusReason);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
+    ASSERT_TRUE(sidebar->hasFocus()) << "the list comes before the run controls";
+    EXPECT_NE(ring(), unfocused) << "the focused selection is ringed";
+
+    const std::pair<Qt::Key, BenchmarkID> steps[] = {
+        {Qt::Key_Home, order.front()}, {Qt::Key_Up, order.front()},  {Qt::Key_Down, order[1]},
+        {Qt::Key_End, order.back()},   {Qt::Key_Down, order.back()}, {Qt::Key_Home, order.front()},
+    };
+    for (const auto& [key, expected] : steps) {
+        QTest::keyClick(sidebar, key);
+        EXPECT_EQ(w.store.selectedID(), expected) << QTest::toString(key);
+    }
+    // Down over a category's last row lands on the next category's first, past its heading.
+    for (std::size_t i = 1; i < order.size(); ++i) {
+        QTest::keyClick(sidebar, Qt::Key_Down);
+        EXPECT_EQ(w.store.selectedID(), order[i]) << title(order[i]);
+    }
+
+    QTest::mouseClick(sidebar, Qt::LeftButton, {}, sidebar->rowRect(w.store.selectedID()).center());
+    EXPECT_TRUE(sidebar->hasFocus());
+    EXPECT_EQ(ring(), unfocused) << "a click shows where it went without a ring";
+    QTest::keyClick(sidebar, Qt::Key_Tab);
+    EXPECT_TRUE(w.window.header()->runButton()->hasFocus());
 }
 
 // The log view holds exactly the store's lines as they come and go, follows the newest

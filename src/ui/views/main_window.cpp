@@ -12,10 +12,13 @@
 #include "ui/views/system_panel.h"
 #include "ui/views/theme.h"
 
+#include <QAbstractButton>
 #include <QCoreApplication>
 #include <QGridLayout>
 #include <QHBoxLayout>
+#include <QPlainTextEdit>
 #include <QPointer>
+#include <QPushButton>
 #include <QResizeEvent>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -124,6 +127,22 @@ MainWindow::MainWindow(BenchmarkStore& store, QWidget* parent)
     layout->addWidget(separator);
     layout->addLayout(rightSide, 1);
     setCentralWidget(central);
+
+    // Tab goes from the benchmark list to the run controls, the card buttons and the log;
+    // the scroll areas themselves take no focus (they follow the focused widget).
+    sidebarScroll_->setFocusPolicy(Qt::NoFocus);
+    bodyScroll_->setFocusPolicy(Qt::NoFocus);
+    const QList<QWidget*> tabOrder = {sidebar_,
+                                      header_->runButton(),
+                                      header_->allButton(),
+                                      header_->stopButton(),
+                                      header_->accuracySwitch(),
+                                      result_->saveCardButton(),
+                                      summary_->saveCardButton(),
+                                      log_->textView()};
+    for (qsizetype i = 1; i < tabOrder.size(); ++i)
+        setTabOrder(tabOrder[i - 1], tabOrder[i]);
+    sidebar_->setFocus();
 
     connect(&store_, &BenchmarkStore::runningIDChanged, this, &MainWindow::showStageOrResult);
     connect(&store_, &BenchmarkStore::selectedIDChanged, this, &MainWindow::followSelection);
