@@ -10,6 +10,7 @@
 #include <QPaintEvent>
 #include <QPainter>
 #include <QPushButton>
+#include <QStackedWidget>
 
 #include <algorithm>
 #include <cmath>
@@ -135,6 +136,14 @@ void ResultPanel::fitHeight() {
     // text needs at the width it has.
     const int needed = int(std::ceil(contentHeight(width())));
     if (needed != minimumHeight()) setMinimumHeight(needed);
+    // The stack that shows this panel or the stage has a floor of its own, which as a set
+    // minimum would override this one and clip the panel: it goes up with the text, and
+    // back down to that floor.
+    if (auto* stack = qobject_cast<QStackedWidget*>(parentWidget())) {
+        if (!stackFloor_) stackFloor_ = stack->minimumHeight();
+        const int stackMinimum = std::max(*stackFloor_, needed);
+        if (stack->minimumHeight() != stackMinimum) stack->setMinimumHeight(stackMinimum);
+    }
 }
 
 void ResultPanel::paintEvent(QPaintEvent* event) {

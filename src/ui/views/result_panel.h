@@ -8,6 +8,8 @@
 
 #include <QWidget>
 
+#include <optional>
+
 class QPushButton;
 
 namespace quarbel {
@@ -35,6 +37,7 @@ class ResultPanel : public QWidget {
 
     BenchmarkStore& store_;
     QPushButton* saveCard_;
+    std::optional<int> stackFloor_; // the minimum height the enclosing stack came with
 };
 
 // What a Linux user can do about a skipped GPU benchmark (install a driver, pick another
