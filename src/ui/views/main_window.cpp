@@ -36,8 +36,10 @@ QPushButton:hover { background: rgba(255,255,255,0.14); }
 QPushButton:pressed { background: rgba(255,255,255,0.05); }
 QPushButton:disabled { color: rgba(255,255,255,0.30); background: rgba(255,255,255,0.04);
   border-color: rgba(255,255,255,0.06); }
+QPushButton:focus { outline: none; border: 2px solid rgba(255,255,255,0.85); padding: 6px 15px; }
 QPushButton#primaryButton:enabled { background: #21c9e0; color: #061015; border-color: #21c9e0; }
 QPushButton#primaryButton:enabled:hover { background: #4dd6e8; }
+QPushButton#primaryButton:enabled:focus { border-color: #ffffff; }
 QPushButton#stopButton:enabled { background: rgba(245,97,102,0.18); color: #f7868a;
   border-color: rgba(245,97,102,0.45); }
 QMenuBar { background: #0d0f12; border-bottom: 1px solid rgba(255,255,255,0.08); }
