@@ -11,6 +11,8 @@
 #include <QStringList>
 #include <QTransform>
 
+#include <string>
+
 #include <vector>
 
 namespace quarbel::test {
@@ -81,5 +83,24 @@ class TextRecorder : public QPaintDevice {
     QSize size_;
     mutable Engine engine_;
 };
+
+// Texts that overlap each other or a shape they do not belong to, or leave the device.
+inline std::vector<std::string> layoutFaults(const TextRecorder& recorder, QSize size) {
+    std::vector<std::string> faults;
+    const auto& texts = recorder.drawnTexts();
+    const auto name = [](const DrawnText& t) { return t.text.left(24).toStdString(); };
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        const QRectF a = texts[i].bounds.adjusted(1, 1, -1, -1);
+        if (!QRectF(QPointF(0, 0), size).contains(a)) faults.push_back(name(texts[i]) + " leaves the card");
+        for (std::size_t j = i + 1; j < texts.size(); ++j)
+            if (a.intersects(texts[j].bounds.adjusted(1, 1, -1, -1)))
+                faults.push_back(name(texts[i]) + " overlaps " + name(texts[j]));
+        // A text lies inside a shape (its panel, tile or pill) or clear of it.
+        for (const QRectF& shape : recorder.shapes())
+            if (a.intersects(shape) && !shape.contains(a))
+                faults.push_back(name(texts[i]) + " runs over the edge of a shape");
+    }
+    return faults;
+}
 
 } // namespace quarbel::test

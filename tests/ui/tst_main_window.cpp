@@ -2,7 +2,9 @@
 // offscreen platform: what the controls allow, what the centre shows, what follows what.
 #include "run/benchmark_store.h"
 #include "run/fake_workloads.h"
+#include "text_recorder.h"
 #include "ui/views/live_text.h"
+#include "ui/views/log_panel.h"
 #include "ui/views/main_window.h"
 #include "ui/views/result_panel.h"
 #include "ui/views/run_header.h"
@@ -12,8 +14,13 @@
 #include "ui/views/summary_panel.h"
 
 #include <QAbstractButton>
+#include <QApplication>
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScreen>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QStackedWidget>
 #include <QTest>
@@ -145,6 +152,168 @@ TEST(MainWindow, EachBenchmarkOfASuiteDrawsItsOwnRateTrace) {
     // The second benchmark's clock starts below where the first one's ended.
     EXPECT_TRUE(QTest::qWaitFor([&] { return w.window.stage()->rateSampleCount() >= 2; }, 700));
     ASSERT_TRUE(w.waitIdle());
+}
+
+namespace {
+
+// What `widget` paints, its children included, as one line of text.
+QString paintedText(QWidget& widget, std::vector<std::string>* faults = nullptr) {
+    test::TextRecorder recorder(widget.size());
+    widget.render(&recorder);
+    if (faults) *faults = test::layoutFaults(recorder, widget.size());
+    return recorder.texts().join(QLatin1Char(' ')).simplified();
+}
+
+} // namespace
+
+// Every outcome's whole text is on the panel, wrapped inside it, at any window width;
+// a benchmark without a score shows none (no "0.00") and cannot be saved as a card.
+TEST(ResultPanel, ShowsWholeDetailsAndTellsHowToEnableASkippedDevice) {
+    FakeWorkloads fakes;
+    fakes.queueScores(BenchmarkID::cineTile, {1010, 980, 1000});
+    fakes.set(BenchmarkID::cpuCrypto, FakeBehaviour::failing);
+    StoreServices services = fakes.services();
+    services.runWorkload = [&](BenchmarkID id, const WorkloadContext& context) {
+        switch (id) {
+        case BenchmarkID::metalCompute: return skippedOutcome("Metal is not available on this machine.");
+        case BenchmarkID::openCLCompute:
+            return skippedOutcome("OpenCL is unavailable or no compatible device was found. The loader "
+                                  "lists no platform: no ICD is registered under /etc/OpenCL/vendors, and "
+                                  "OCL_ICD_VENDORS names no other folder with one in it.");
+        default: return fakes.run(id, context);
+        }
+    };
+    BenchmarkStore store(services);
+    MainWindow window(store);
+    window.resize(960, 820);
+    window.show();
+
+    struct Case {
+        BenchmarkID id;
+        bool accuracy;
+        std::vector<const char*> shown;
+        std::vector<const char*> absent;
+        bool saveable;
+    };
+    const Case cases[] = {
+        {BenchmarkID::cineTile,
+         true,
+         {"pass scores 1010.0, 980.00, 1000.0 pts; spread 3.0%; confidence Good.", "(95 %, 3 passes)"},
+         {"TO RUN IT"},
+         true},
+        {BenchmarkID::metalCompute,
+         false,
+         {"Metal is not available on this machine.", "mesa-vulkan-drivers", "QUARBEL_GPU", "quarbel info"},
+         {"OpenCL"},
+         false},
+        {BenchmarkID::openCLCompute,
+         false,
+         {"OpenCL is unavailable or no compatible device was found.", "pocl-opencl-icd", "clinfo"},
+         {"Vulkan"},
+         false},
+        {BenchmarkID::cpuCrypto, false, {"Failed", "Disk exploded."}, {"TO RUN IT"}, false},
+    };
+    for (const Case& c : cases) {
+        store.setAccuracyMode(c.accuracy);
+        store.run({c.id}, false);
+        ASSERT_TRUE(QTest::qWaitFor([&] { return !store.busy(); }, 5000));
+        store.setSelectedID(c.id);
+        EXPECT_EQ(window.resultPanel()->saveCardButton()->isEnabled(), c.saveable) << title(c.id);
+        // First as the run left the window (the panel was hidden behind the stage while its
+        // text changed), then at a wide and a narrow width.
+        for (const int width : {0, 1400, 960}) {
+            SCOPED_TRACE(std::string(title(c.id)) + " at " + std::to_string(width));
+            if (width > 0) window.resize(width, 820);
+            QTest::qWait(20); // the layout settles over a few turns of the event loop
+            EXPECT_LE(window.resultPanel()->height(), window.resultPanel()->parentWidget()->height())
+                << "the panel is clipped by the place the window gives it";
+            std::vector<std::string> faults;
+            const QString panel = paintedText(*window.resultPanel(), &faults);
+            for (const std::string& fault : faults)
+                ADD_FAILURE() << fault;
+            for (const char* text : c.shown)
+                EXPECT_TRUE(panel.contains(QString::fromUtf8(text)))
+                    << text << " in: " << panel.toStdString();
+            for (const char* text : c.absent)
+                EXPECT_FALSE(panel.contains(QString::fromUtf8(text))) << text;
+            // Nowhere a zero score for what has none: not in the summary, not in the list.
+            for (QWidget* view :
+                 {static_cast<QWidget*>(window.resultPanel()), static_cast<QWidget*>(window.summaryPanel()),
+                  static_cast<QWidget*>(window.sidebar())})
+                EXPECT_FALSE(paintedText(*view).split(QLatin1Char(' ')).contains(QStringLiteral("0.00")))
+                    << view->metaObject()->className();
+        }
+    }
+}
+
+TEST(SidebarView, ArrowKeysMoveOverTheRowsAndTabRingsTheSelection) {
+    Window w;
+    SidebarView* sidebar = w.window.sidebar();
+    w.window.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&w.window));
+    const auto ring = [&] {
+        return sidebar->grab(sidebar->rowRect(w.store.selectedID()).adjusted(0, -2, 0, 2)).toImage();
+    };
+    // The rows in the order the list shows them, category by category.
+    std::vector<BenchmarkID> order;
+    for (const BenchmarkCategory category : kAllCategories)
+        for (const BenchmarkID id : byCategory(category))
+            order.push_back(id);
+    w.store.setSelectedID(order.back());
+    const QImage unfocused = ring();
+
+    w.window.header()->runButton()->setFocus(Qt::OtherFocusReason);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
+    ASSERT_TRUE(sidebar->hasFocus()) << "the list comes before the run controls";
+    EXPECT_NE(ring(), unfocused) << "the focused selection is ringed";
+
+    const std::pair<Qt::Key, BenchmarkID> steps[] = {
+        {Qt::Key_Home, order.front()}, {Qt::Key_Up, order.front()},  {Qt::Key_Down, order[1]},
+        {Qt::Key_End, order.back()},   {Qt::Key_Down, order.back()}, {Qt::Key_Home, order.front()},
+    };
+    for (const auto& [key, expected] : steps) {
+        QTest::keyClick(sidebar, key);
+        EXPECT_EQ(w.store.selectedID(), expected) << QTest::toString(key);
+    }
+    // Down over a category's last row lands on the next category's first, past its heading.
+    for (std::size_t i = 1; i < order.size(); ++i) {
+        QTest::keyClick(sidebar, Qt::Key_Down);
+        EXPECT_EQ(w.store.selectedID(), order[i]) << title(order[i]);
+    }
+
+    QTest::mouseClick(sidebar, Qt::LeftButton, {}, sidebar->rowRect(w.store.selectedID()).center());
+    EXPECT_TRUE(sidebar->hasFocus());
+    EXPECT_EQ(ring(), unfocused) << "a click shows where it went without a ring";
+    QTest::keyClick(sidebar, Qt::Key_Tab);
+    EXPECT_TRUE(w.window.header()->runButton()->hasFocus());
+}
+
+// The log view holds exactly the store's lines as they come and go, follows the newest
+// unless the reader scrolled back, and its text can be copied.
+TEST(LogPanel, HoldsEveryKeptLineFollowsTheNewestAndCopies) {
+    FakeWorkloads fakes;
+    BenchmarkStore store(fakes.services());
+    LogPanel panel(store);
+    panel.resize(600, 150);
+    panel.show();
+    QPlainTextEdit* view = panel.textView();
+    QScrollBar* bar = view->verticalScrollBar();
+    for (int i = 0; i < 40; ++i) {
+        store.logNotice(QStringLiteral("notice %1").arg(i));
+        QCoreApplication::processEvents();
+        ASSERT_EQ(view->toPlainText(), store.logLines().join(QLatin1Char('\n'))) << i;
+    }
+    EXPECT_GT(bar->maximum(), 0) << "more lines than fit: the view scrolls";
+    EXPECT_EQ(bar->value(), bar->maximum());
+    bar->setValue(0);
+    store.logNotice(QStringLiteral("while reading back"));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(bar->value(), 0) << "the reader's place is kept";
+
+    EXPECT_TRUE(view->isReadOnly());
+    view->selectAll();
+    view->copy();
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), store.logLines().join(QLatin1Char('\n')));
 }
 
 TEST(LiveText, RatesInTheResultsOwnUnitAndFrameStatistics) {

@@ -8,6 +8,7 @@
 #include "ui/views/summary_panel.h"
 
 #include <QFileDialog>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTemporaryDir>
@@ -17,6 +18,7 @@
 
 using namespace quarbel;
 using namespace quarbel::ui;
+using quarbel::test::FakeBehaviour;
 using quarbel::test::FakeWorkloads;
 
 namespace {
@@ -40,6 +42,18 @@ struct Window {
     }
     QMessageBox* errorBox() const {
         return window.findChild<QMessageBox*>(QStringLiteral("resultCardError"));
+    }
+    QLabel* savedNote() const { return window.findChild<QLabel*>(QStringLiteral("resultCardSaved")); }
+    // Saves through the dialog `button` opens, as its Save button would; returns the folder
+    // the dialog opened in.
+    QString saveTo(QPushButton* button, const QString& path) {
+        QFileDialog* dialog = openDialog(button);
+        if (!dialog) return {};
+        const QString opened = dialog->directory().absolutePath();
+        dialog->selectFile(path);
+        static_cast<QDialog*>(dialog)->accept();
+        QTest::qWait(1); // the finished dialog goes on the next turn of the event loop
+        return opened;
     }
 };
 
@@ -79,7 +93,39 @@ TEST(ResultCardSaver, SavesTheSelectedOutcomeAndTheSummaryThroughANonModalDialog
         static_cast<QDialog*>(dialog)->accept(); // the dialog's own accept, as its Save button
         EXPECT_EQ(QImage(path).size(), c.size) << suggested.toStdString();
         EXPECT_EQ(w.errorBox(), nullptr);
+        ASSERT_NE(w.savedNote(), nullptr) << "a saved card says where it went";
+        EXPECT_TRUE(w.savedNote()->isVisible());
+        EXPECT_TRUE(w.savedNote()->text().contains(path)) << w.savedNote()->text().toStdString();
         QTest::qWait(1); // the finished dialog goes on the next turn of the event loop
+    }
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !w.savedNote()->isVisible(); },
+                                ResultCardSaver::kNoticeMilliseconds + 2000))
+        << "the note goes by itself";
+}
+
+TEST(ResultCardSaver, OffersOnlyFoldersACardReachedAndNoCardWithoutAScore) {
+    Window w;
+    w.workloads.set(BenchmarkID::openCLCompute, FakeBehaviour::skipping);
+    w.workloads.set(BenchmarkID::cpuCrypto, FakeBehaviour::failing);
+    w.store.setSelectedID(BenchmarkID::cpuInteger);
+    w.runSelected();
+    QPushButton* button = w.window.resultPanel()->saveCardButton();
+    QTemporaryDir dir;
+    w.saveTo(button, dir.filePath(QStringLiteral("first.png")));
+    EXPECT_EQ(w.saveTo(button, dir.filePath(QStringLiteral("missing/second.png"))),
+              QDir(dir.path()).absolutePath());
+    ASSERT_NE(w.errorBox(), nullptr);
+    w.errorBox()->close();
+    QTest::qWait(1);
+    EXPECT_EQ(w.saveTo(button, dir.filePath(QStringLiteral("third.png"))), QDir(dir.path()).absolutePath())
+        << "the folder that refused the card is not offered again";
+
+    for (const BenchmarkID id : {BenchmarkID::openCLCompute, BenchmarkID::cpuCrypto}) {
+        w.store.setSelectedID(id);
+        w.runSelected();
+        EXPECT_FALSE(button->isEnabled()) << title(id);
+        w.saver->saveSelectedBenchmarkCard();
+        EXPECT_EQ(w.window.findChild<QFileDialog*>(QStringLiteral("resultCardDialog")), nullptr) << title(id);
     }
 }
 

@@ -184,29 +184,6 @@ TEST(ResultCards, GlobalCardHasTheTableInOrderAndTheSkippedAndFailedSection) {
     EXPECT_FALSE(listed.contains(QStringLiteral("CPU Single-Core"))) << "a completed benchmark is not listed";
 }
 
-namespace {
-
-// Texts that overlap each other or a tile they do not belong to, or leave the card.
-std::vector<std::string> layoutFaults(const test::TextRecorder& recorder, QSize size) {
-    std::vector<std::string> faults;
-    const auto& texts = recorder.drawnTexts();
-    const auto name = [](const test::DrawnText& t) { return t.text.left(24).toStdString(); };
-    for (std::size_t i = 0; i < texts.size(); ++i) {
-        const QRectF a = texts[i].bounds.adjusted(1, 1, -1, -1);
-        if (!QRectF(QPointF(0, 0), size).contains(a)) faults.push_back(name(texts[i]) + " leaves the card");
-        for (std::size_t j = i + 1; j < texts.size(); ++j)
-            if (a.intersects(texts[j].bounds.adjusted(1, 1, -1, -1)))
-                faults.push_back(name(texts[i]) + " overlaps " + name(texts[j]));
-        // A text lies inside a shape (its panel, tile or pill) or clear of it.
-        for (const QRectF& shape : recorder.shapes())
-            if (a.intersects(shape) && !shape.contains(a))
-                faults.push_back(name(texts[i]) + " runs over the edge of a shape");
-    }
-    return faults;
-}
-
-} // namespace
-
 TEST(ResultCards, LongValuesStayInsideTheirPlaces) {
     BenchmarkCardContent single = benchmarkContent(true);
     single.outcome = longOutcome();
@@ -233,7 +210,7 @@ TEST(ResultCards, LongValuesStayInsideTheirPlaces) {
         QPainter painter(&recorder);
         c.paint(painter);
         painter.end();
-        for (const std::string& fault : layoutFaults(recorder, c.size))
+        for (const std::string& fault : test::layoutFaults(recorder, c.size))
             ADD_FAILURE() << c.card << ": " << fault;
     }
     const QStringList texts = textsOf(single, kBenchmarkCardSize, paintBenchmarkCard);

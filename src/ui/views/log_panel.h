@@ -1,7 +1,11 @@
-// The store's log: its last fourteen lines, newest at the bottom.
+// The store's log: every line it keeps, newest at the bottom, in a read-only view that
+// scrolls and whose text can be selected and copied.
 #pragma once
 
+#include <QStringList>
 #include <QWidget>
+
+class QPlainTextEdit;
 
 namespace quarbel {
 class BenchmarkStore;
@@ -15,11 +19,18 @@ class LogPanel : public QWidget {
     explicit LogPanel(BenchmarkStore& store, QWidget* parent = nullptr);
     QSize sizeHint() const override { return {600, 150}; }
 
+    QPlainTextEdit* textView() const { return text_; }
+
   protected:
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
   private:
+    void follow();
+
     BenchmarkStore& store_;
+    QPlainTextEdit* text_;
+    QStringList shown_; // the lines the view holds, as the store last listed them
 };
 
 } // namespace quarbel::ui

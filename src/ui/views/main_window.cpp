@@ -12,10 +12,13 @@
 #include "ui/views/system_panel.h"
 #include "ui/views/theme.h"
 
+#include <QAbstractButton>
 #include <QCoreApplication>
 #include <QGridLayout>
 #include <QHBoxLayout>
+#include <QPlainTextEdit>
 #include <QPointer>
+#include <QPushButton>
 #include <QResizeEvent>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -33,8 +36,10 @@ QPushButton:hover { background: rgba(255,255,255,0.14); }
 QPushButton:pressed { background: rgba(255,255,255,0.05); }
 QPushButton:disabled { color: rgba(255,255,255,0.30); background: rgba(255,255,255,0.04);
   border-color: rgba(255,255,255,0.06); }
+QPushButton:focus { outline: none; border: 2px solid rgba(255,255,255,0.85); padding: 6px 15px; }
 QPushButton#primaryButton:enabled { background: #21c9e0; color: #061015; border-color: #21c9e0; }
 QPushButton#primaryButton:enabled:hover { background: #4dd6e8; }
+QPushButton#primaryButton:enabled:focus { border-color: #ffffff; }
 QPushButton#stopButton:enabled { background: rgba(245,97,102,0.18); color: #f7868a;
   border-color: rgba(245,97,102,0.45); }
 QMenuBar { background: #0d0f12; border-bottom: 1px solid rgba(255,255,255,0.08); }
@@ -124,6 +129,22 @@ MainWindow::MainWindow(BenchmarkStore& store, QWidget* parent)
     layout->addWidget(separator);
     layout->addLayout(rightSide, 1);
     setCentralWidget(central);
+
+    // Tab goes from the benchmark list to the run controls, the card buttons and the log;
+    // the scroll areas themselves take no focus (they follow the focused widget).
+    sidebarScroll_->setFocusPolicy(Qt::NoFocus);
+    bodyScroll_->setFocusPolicy(Qt::NoFocus);
+    const QList<QWidget*> tabOrder = {sidebar_,
+                                      header_->runButton(),
+                                      header_->allButton(),
+                                      header_->stopButton(),
+                                      header_->accuracySwitch(),
+                                      result_->saveCardButton(),
+                                      summary_->saveCardButton(),
+                                      log_->textView()};
+    for (qsizetype i = 1; i < tabOrder.size(); ++i)
+        setTabOrder(tabOrder[i - 1], tabOrder[i]);
+    sidebar_->setFocus();
 
     connect(&store_, &BenchmarkStore::runningIDChanged, this, &MainWindow::showStageOrResult);
     connect(&store_, &BenchmarkStore::selectedIDChanged, this, &MainWindow::followSelection);

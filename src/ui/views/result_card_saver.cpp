@@ -6,6 +6,7 @@
 #include "ui/cards/result_card_exporter.h"
 #include "ui/views/main_window.h"
 #include "ui/views/result_panel.h"
+#include "ui/views/sidebar_view.h"
 #include "ui/views/summary_panel.h"
 #include "ui/views/theme.h"
 
@@ -13,9 +14,12 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStandardPaths>
+
+#include <algorithm>
 
 namespace quarbel::ui {
 namespace {
@@ -58,10 +62,18 @@ void useDarkSurfaces(QWidget& dialog) {
 
 } // namespace
 
+QString ResultCardSaver::defaultDirectory() {
+    const QString pictures = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
+    return pictures.isEmpty() || !QFileInfo(pictures).isDir() ? QDir::homePath() : pictures;
+}
+
 ResultCardSaver::ResultCardSaver(BenchmarkStore& store, MainWindow& window)
-    : QObject(&window), store_(store), window_(&window),
-      directory_(QStandardPaths::writableLocation(QStandardPaths::PicturesLocation)) {
-    if (directory_.isEmpty() || !QFileInfo(directory_).isDir()) directory_ = QDir::homePath();
+    : QObject(&window), store_(store), window_(&window), directory_(defaultDirectory()) {
+    noticeTimer_.setSingleShot(true);
+    noticeTimer_.setInterval(kNoticeMilliseconds);
+    connect(&noticeTimer_, &QTimer::timeout, this, [this] {
+        if (notice_) notice_->hide();
+    });
     connect(window.resultPanel()->saveCardButton(), &QPushButton::clicked, this,
             &ResultCardSaver::saveSelectedBenchmarkCard);
     connect(window.summaryPanel()->saveCardButton(), &QPushButton::clicked, this,
@@ -95,7 +107,9 @@ cards::SummaryCardContent ResultCardSaver::summaryCardContent(const BenchmarkSto
 
 void ResultCardSaver::saveSelectedBenchmarkCard() {
     const BenchmarkID id = store_.selectedID();
-    if (!store_.rows()[id].outcome) return;
+    // A skipped or failed benchmark has no score to put on a card.
+    const auto& outcome = store_.rows()[id].outcome;
+    if (!outcome || outcome->status != OutcomeStatus::ok) return;
     save([content = benchmarkCardContent(store_, id)] { return cards::renderBenchmarkCard(content); },
          Exporter::filename(Exporter::benchmarkCardPrefix(id)));
 }
@@ -113,6 +127,8 @@ void ResultCardSaver::save(std::function<QImage()> render, const QString& sugges
     dialog->setFileMode(QFileDialog::AnyFile);
     dialog->setMimeTypeFilters({QStringLiteral("image/png")});
     dialog->setDefaultSuffix(QStringLiteral("png"));
+    // A folder that went away since the last card would leave the dialog somewhere arbitrary.
+    if (!QFileInfo(directory_).isDir()) directory_ = defaultDirectory();
     dialog->setDirectory(directory_);
     dialog->selectFile(suggestedName);
     // The window stays usable while the dialog is open, as a sheet would leave it.
@@ -120,11 +136,50 @@ void ResultCardSaver::save(std::function<QImage()> render, const QString& sugges
     useDarkSurfaces(*dialog);
     connect(dialog, &QFileDialog::fileSelected, this,
             [this, render = std::move(render)](const QString& path) {
+                // Only a folder the card reached is offered again: one that refused it (or
+                // a pseudo file system such as /proc) would only fail, or stall the dialog.
+                if (const auto problem = Exporter::writePNG(render(), path)) {
+                    showSaveError(*problem);
+                    return;
+                }
                 directory_ = QFileInfo(path).absolutePath();
-                if (const auto problem = Exporter::writePNG(render(), path)) showSaveError(*problem);
+                showSaved(QFileInfo(path).absoluteFilePath());
             });
     connect(dialog, &QDialog::finished, dialog, &QObject::deleteLater);
     dialog->show();
+}
+
+void ResultCardSaver::showSaved(const QString& path) {
+    if (!window_) return;
+    if (!notice_) {
+        // A brief note over the foot of the window, in the dark style with a success edge;
+        // it takes no focus and goes by itself.
+        notice_ = new QLabel(window_);
+        notice_->setObjectName(QStringLiteral("resultCardSaved"));
+        notice_->setFocusPolicy(Qt::NoFocus);
+        notice_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        notice_->setStyleSheet(
+            QStringLiteral("QLabel#resultCardSaved { background: #1b1f24; color: %1; "
+                           "border: 1px solid %2; border-radius: 8px; padding: 8px 14px; "
+                           "font-size: 13px; }")
+                .arg(theme::text().name(QColor::HexArgb), theme::stateColor(TestRunState::done).name()));
+    }
+    // Centred under the result, clear of the benchmark list and its footer.
+    int left = 16;
+    if (const auto* main = qobject_cast<MainWindow*>(window_.data()))
+        left = main->sidebar()->mapTo(main, QPoint(main->sidebar()->width(), 0)).x() + 16;
+    const int room = std::max(240, window_->width() - left - 16);
+    const QString shown = QDir::toNativeSeparators(path);
+    notice_->ensurePolished();
+    const QString text = tr("Result card saved to %1").arg(shown);
+    notice_->setText(notice_->fontMetrics().elidedText(text, Qt::ElideMiddle, room - 32));
+    notice_->setToolTip(shown);
+    notice_->adjustSize();
+    notice_->move(std::max(0, left + (room - notice_->width()) / 2),
+                  window_->height() - notice_->height() - 24);
+    notice_->raise();
+    notice_->show();
+    noticeTimer_.start();
 }
 
 void ResultCardSaver::showSaveError(const QString& reason) {

@@ -2,6 +2,7 @@
 
 #include "model/number_format.h"
 #include "model/stability.h"
+#include "results/result_statistics.h"
 #include "results/run_report.h"
 #include "run/benchmark_store.h"
 #include "ui/views/theme.h"
@@ -9,6 +10,10 @@
 #include <QPaintEvent>
 #include <QPainter>
 #include <QPushButton>
+#include <QStackedWidget>
+
+#include <algorithm>
+#include <cmath>
 
 namespace quarbel::ui {
 namespace {
@@ -27,22 +32,74 @@ void drawTile(QPainter& painter, const QRectF& box, const QString& label, const 
                      QFontMetrics(painter.font()).elidedText(value, Qt::ElideRight, int(box.width() - 24)));
 }
 
+constexpr qreal kPadding = 20;          // above and below the content
+constexpr qreal kHeaderHeight = 64;     // icon, title and subtitle
+constexpr qreal kScoreRowHeight = 62;   // the score, or the status pill
+constexpr qreal kTilesHeight = 62 + 16; // the three tiles and the gap under them
+constexpr qreal kAdvicePadding = 12;    // inside the box that says how to enable a device
+constexpr qreal kAdviceLabelHeight = 20;
+
+QFont detailFont() { return theme::font(13); }
+QFont adviceFont() { return theme::font(13); }
+QFont explanationFont() { return theme::font(13.5); }
+
+// The height `text` takes wrapped at `width`: long details go over several lines instead
+// of being cut.
+qreal wrappedHeight(const QFont& font, const QString& text, qreal width) {
+    if (text.isEmpty() || width <= 0) return 0;
+    return QFontMetricsF(font)
+        .boundingRect(QRectF(0, 0, width, 1e6), Qt::TextWordWrap | Qt::AlignLeft | Qt::AlignTop, text)
+        .height();
+}
+
+QString explanation(BenchmarkID id) {
+    return theme::qstring(runningExplanation(id)) +
+           QObject::tr("\n\nTarget duration: %1 s per pass.").arg(targetSeconds(id));
+}
+
+// "± 1.3 % (95 % interval)", naming the passes when the interval comes from several.
+QString intervalText(const BenchmarkEndState& end) {
+    const QString interval = theme::qstring(uncertaintyText(end.uncertainty));
+    if (interval.isEmpty()) return {};
+    if (end.passes > 1) return QObject::tr("%1 (95 %, %2 passes)").arg(interval).arg(end.passes);
+    return QObject::tr("%1 (95 % interval)").arg(interval);
+}
+
 } // namespace
+
+QString skipAdvice(BenchmarkID id) {
+    switch (id) {
+    case BenchmarkID::metalVisual:
+    case BenchmarkID::metalCompute:
+    case BenchmarkID::rawMetalDecode:
+        return QObject::tr("On Linux this benchmark runs on Vulkan. Install a Vulkan driver "
+                           "(mesa-vulkan-drivers for the CPU fallback, or your GPU vendor's), or pick "
+                           "another device with QUARBEL_GPU (see `quarbel info`).");
+    case BenchmarkID::openCLCompute:
+        return QObject::tr("Install an OpenCL driver (ICD): pocl-opencl-icd for the CPU, or your GPU "
+                           "vendor's ICD. `clinfo` lists the devices OpenCL can see.");
+    default: return {};
+    }
+}
 
 ResultPanel::ResultPanel(BenchmarkStore& store, QWidget* parent)
     : QWidget(parent), store_(store), saveCard_(new QPushButton(tr("Save Result Card"), this)) {
     setAttribute(Qt::WA_OpaquePaintEvent);
     saveCard_->setObjectName(QStringLiteral("secondaryButton"));
-    saveCard_->setToolTip(tr("Save this result as a PNG card"));
     connect(&store_, &BenchmarkStore::rowsChanged, this, &ResultPanel::refresh);
     connect(&store_, &BenchmarkStore::selectedIDChanged, this, &ResultPanel::refresh);
     refresh();
 }
 
 void ResultPanel::refresh() {
-    // A card needs an outcome; a benchmark running again has none to show yet.
+    // A card needs a completed result; a benchmark running again has none to show yet, and
+    // a skipped or failed one has no score to put on a card.
     const BenchmarkRowState& row = store_.rows()[store_.selectedID()];
-    saveCard_->setEnabled(row.outcome.has_value() && row.state != TestRunState::running);
+    const bool hasScore = row.outcome && row.outcome->status == OutcomeStatus::ok;
+    saveCard_->setEnabled(hasScore && row.state != TestRunState::running);
+    saveCard_->setToolTip(row.outcome && !hasScore ? tr("Only a completed result can be saved as a card")
+                                                   : tr("Save this result as a PNG card"));
+    fitHeight();
     update();
 }
 
@@ -50,6 +107,43 @@ void ResultPanel::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     const QSize hint = saveCard_->sizeHint();
     saveCard_->setGeometry(width() - 24 - hint.width(), 22, hint.width(), hint.height());
+    fitHeight();
+}
+
+qreal ResultPanel::contentHeight(qreal width) const {
+    const qreal textWidth = width - 48;
+    const BenchmarkID id = store_.selectedID();
+    const BenchmarkRowState& row = store_.rows()[id];
+    qreal height = kPadding + kHeaderHeight;
+    if (!row.outcome)
+        return height + 34 + wrappedHeight(explanationFont(), explanation(id), textWidth) + kPadding;
+    const BenchmarkOutcome& outcome = *row.outcome;
+    height += kScoreRowHeight;
+    if (outcome.status == OutcomeStatus::ok) {
+        height += kTilesHeight + wrappedHeight(detailFont(), theme::qstring(outcome.detail), textWidth);
+    } else {
+        height += wrappedHeight(detailFont(), theme::qstring(outcome.detail), textWidth);
+        if (const QString advice = skipAdvice(id);
+            outcome.status == OutcomeStatus::skipped && !advice.isEmpty())
+            height += 14 + 2 * kAdvicePadding + kAdviceLabelHeight +
+                      wrappedHeight(adviceFont(), advice, textWidth - 2 * kAdvicePadding);
+    }
+    return height + kPadding;
+}
+
+void ResultPanel::fitHeight() {
+    // The window scrolls below its header, so the panel may ask for all the height its
+    // text needs at the width it has.
+    const int needed = int(std::ceil(contentHeight(width())));
+    if (needed != minimumHeight()) setMinimumHeight(needed);
+    // The stack that shows this panel or the stage has a floor of its own, which as a set
+    // minimum would override this one and clip the panel: it goes up with the text, and
+    // back down to that floor.
+    if (auto* stack = qobject_cast<QStackedWidget*>(parentWidget())) {
+        if (!stackFloor_) stackFloor_ = stack->minimumHeight();
+        const int stackMinimum = std::max(*stackFloor_, needed);
+        if (stack->minimumHeight() != stackMinimum) stack->setMinimumHeight(stackMinimum);
+    }
 }
 
 void ResultPanel::paintEvent(QPaintEvent* event) {
@@ -62,62 +156,109 @@ void ResultPanel::paintEvent(QPaintEvent* event) {
     const BenchmarkID id = store_.selectedID();
     const BenchmarkRowState& row = store_.rows()[id];
     const QColor accent = theme::accent(category(id));
-    const QRectF area = panel.adjusted(24, 20, -24, -20);
+    const QRectF area = QRectF(rect()).adjusted(24, kPadding, -24, -kPadding);
+    const qreal headerTextWidth = std::max<qreal>(0, saveCard_->x() - 12 - (area.left() + 36));
 
     painter.drawPixmap(QPointF(area.left(), area.top() + 2),
                        theme::icon(icon(id), 26, accent, devicePixelRatioF()));
     painter.setFont(theme::font(18, QFont::Bold));
     painter.setPen(theme::text());
-    painter.drawText(QRectF(area.left() + 36, area.top(), area.width() - 200, 30),
-                     Qt::AlignLeft | Qt::AlignVCenter, theme::qstring(title(id)));
+    painter.drawText(QRectF(area.left() + 36, area.top(), headerTextWidth, 30),
+                     Qt::AlignLeft | Qt::AlignVCenter,
+                     QFontMetrics(painter.font())
+                         .elidedText(theme::qstring(title(id)), Qt::ElideRight, int(headerTextWidth)));
     painter.setFont(theme::font(12.5));
     painter.setPen(theme::secondary());
-    painter.drawText(QRectF(area.left() + 36, area.top() + 28, area.width() - 200, 18),
-                     Qt::AlignLeft | Qt::AlignVCenter, theme::qstring(subtitle(id)));
+    painter.drawText(QRectF(area.left() + 36, area.top() + 28, headerTextWidth, 18),
+                     Qt::AlignLeft | Qt::AlignVCenter,
+                     QFontMetrics(painter.font())
+                         .elidedText(theme::qstring(subtitle(id)), Qt::ElideRight, int(headerTextWidth)));
 
-    qreal y = area.top() + 64;
+    qreal y = area.top() + kHeaderHeight;
     if (!row.outcome) {
         painter.setFont(theme::font(15, QFont::DemiBold));
         painter.setPen(row.state == TestRunState::running ? theme::stateColor(row.state) : theme::muted());
         painter.drawText(QRectF(area.left(), y, area.width(), 24), Qt::AlignLeft | Qt::AlignVCenter,
                          row.state == TestRunState::running ? tr("Running now") : tr("Not run yet"));
-        painter.setFont(theme::font(13.5));
+        painter.setFont(explanationFont());
         painter.setPen(theme::secondary());
         painter.drawText(QRectF(area.left(), y + 34, area.width(), area.bottom() - y - 34),
-                         Qt::TextWordWrap | Qt::AlignLeft | Qt::AlignTop,
-                         theme::qstring(runningExplanation(id)) +
-                             tr("\n\nTarget duration: %1 s per pass.").arg(targetSeconds(id)));
+                         Qt::TextWordWrap | Qt::AlignLeft | Qt::AlignTop, explanation(id));
         return;
     }
 
     const BenchmarkOutcome& outcome = *row.outcome;
-    if (outcome.status == OutcomeStatus::ok) {
-        painter.setFont(theme::font(40, QFont::Bold));
-        painter.setPen(accent);
-        const QString score = theme::qstring(scoreText(outcome.score));
-        painter.drawText(QRectF(area.left(), y, area.width(), 48), Qt::AlignLeft | Qt::AlignVCenter, score);
-        const qreal scoreWidth = QFontMetricsF(painter.font()).horizontalAdvance(score);
-        painter.setFont(theme::font(14, QFont::DemiBold));
-        painter.setPen(theme::secondary());
-        painter.drawText(QRectF(area.left() + scoreWidth + 10, y + 12, 200, 30),
-                         Qt::AlignLeft | Qt::AlignVCenter, tr("Quarbel points"));
-        // Whether the workload kept its pace to the end: amber when it fell below 90 %.
-        if (const auto stability = store_.endState(id).stabilityPercent) {
-            const QString text = tr("Stability %1").arg(theme::qstring(stabilityText(*stability)));
-            const qreal width = theme::pillWidth(text, 26);
-            const qreal left = area.left() + scoreWidth + 10 + 130;
-            if (left + width <= area.right())
-                theme::drawPill(painter, QRectF(area.right() - width, y + 14, width, 26), text,
-                                theme::stateColor(*stability < kThrottlingStabilityPercent
-                                                      ? TestRunState::skipped
-                                                      : TestRunState::done));
-        }
-    } else {
-        const QColor color = theme::stateColor(rowStateFor(outcome.status));
+    const QString detail = theme::qstring(outcome.detail);
+    if (outcome.status != OutcomeStatus::ok) {
+        // No score, no tiles: the status, the system's reason, and on a skip what would let
+        // the benchmark run here.
+        const TestRunState state = rowStateFor(outcome.status);
         const QString status = outcome.status == OutcomeStatus::failed ? tr("Failed") : tr("Skipped");
-        theme::drawPill(painter, QRectF(area.left(), y + 8, theme::pillWidth(status, 30), 30), status, color);
+        theme::drawPill(painter, QRectF(area.left(), y + 8, theme::pillWidth(status, 30), 30), status,
+                        theme::stateColor(state));
+        y += kScoreRowHeight;
+        painter.setFont(detailFont());
+        painter.setPen(theme::text());
+        const qreal detailHeight = wrappedHeight(detailFont(), detail, area.width());
+        painter.drawText(QRectF(area.left(), y, area.width(), detailHeight),
+                         Qt::TextWordWrap | Qt::AlignLeft | Qt::AlignTop, detail);
+        y += detailHeight + 14;
+        const QString advice = skipAdvice(id);
+        if (outcome.status != OutcomeStatus::skipped || advice.isEmpty()) return;
+        const qreal adviceWidth = area.width() - 2 * kAdvicePadding;
+        const qreal adviceHeight = wrappedHeight(adviceFont(), advice, adviceWidth);
+        const QRectF box(area.left(), y, area.width(),
+                         2 * kAdvicePadding + kAdviceLabelHeight + adviceHeight);
+        QColor tint = theme::stateColor(state);
+        tint.setAlphaF(0.10f);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(tint);
+        painter.drawRoundedRect(box, 10, 10);
+        const QRectF inside = box.adjusted(kAdvicePadding, kAdvicePadding, -kAdvicePadding, -kAdvicePadding);
+        painter.setFont(theme::font(11, QFont::DemiBold));
+        painter.setPen(theme::stateColor(state));
+        painter.drawText(QRectF(inside.left(), inside.top(), inside.width(), 16),
+                         Qt::AlignLeft | Qt::AlignVCenter, tr("TO RUN IT ON THIS MACHINE"));
+        painter.setFont(adviceFont());
+        painter.setPen(theme::text());
+        painter.drawText(QRectF(inside.left(), inside.top() + kAdviceLabelHeight, adviceWidth, adviceHeight),
+                         Qt::TextWordWrap | Qt::AlignLeft | Qt::AlignTop, advice);
+        return;
     }
-    y += 62;
+
+    painter.setFont(theme::font(40, QFont::Bold));
+    painter.setPen(accent);
+    const QString score = theme::qstring(scoreText(outcome.score));
+    painter.drawText(QRectF(area.left(), y, area.width(), 48), Qt::AlignLeft | Qt::AlignVCenter, score);
+    const qreal labelLeft = area.left() + QFontMetricsF(painter.font()).horizontalAdvance(score) + 10;
+    // Beside the score: its unit, and under it the score's 95 % interval where one is known.
+    const BenchmarkEndState& end = store_.endState(id);
+    const QString interval = intervalText(end);
+    const QFont unitFont = theme::font(14, QFont::DemiBold);
+    const QFont intervalFont = theme::font(12.5);
+    painter.setFont(unitFont);
+    painter.setPen(theme::secondary());
+    const QString unit = tr("Quarbel points");
+    qreal labelWidth = QFontMetricsF(unitFont).horizontalAdvance(unit);
+    if (interval.isEmpty()) {
+        painter.drawText(QRectF(labelLeft, y + 12, 200, 30), Qt::AlignLeft | Qt::AlignVCenter, unit);
+    } else {
+        painter.drawText(QRectF(labelLeft, y + 5, 200, 20), Qt::AlignLeft | Qt::AlignVCenter, unit);
+        painter.setFont(intervalFont);
+        painter.drawText(QRectF(labelLeft, y + 25, 260, 18), Qt::AlignLeft | Qt::AlignVCenter, interval);
+        labelWidth = std::max(labelWidth, QFontMetricsF(intervalFont).horizontalAdvance(interval));
+    }
+    // Whether the workload kept its pace to the end: amber when it fell below 90 %.
+    if (end.stabilityPercent) {
+        const QString text = tr("Stability %1").arg(theme::qstring(stabilityText(*end.stabilityPercent)));
+        const qreal width = theme::pillWidth(text, 26);
+        if (labelLeft + labelWidth + 16 + width <= area.right())
+            theme::drawPill(painter, QRectF(area.right() - width, y + 14, width, 26), text,
+                            theme::stateColor(*end.stabilityPercent < kThrottlingStabilityPercent
+                                                  ? TestRunState::skipped
+                                                  : TestRunState::done));
+    }
+    y += kScoreRowHeight;
 
     // Three tiles: primary, secondary, duration.
     const qreal gap = 10;
@@ -130,12 +271,13 @@ void ResultPanel::paintEvent(QPaintEvent* event) {
              outcome.secondary ? lineText(*outcome.secondary) : tr("Unavailable"));
     drawTile(painter, QRectF(area.left() + 2 * (tileWidth + gap), y, tileWidth, 62), tr("Duration"),
              theme::qstring(format(outcome.duration, 2)) + QStringLiteral(" s"));
-    y += 62 + 16;
+    y += kTilesHeight;
 
-    painter.setFont(theme::font(13));
+    // The whole detail (Accuracy Mode's pass scores, spread and confidence included), wrapped.
+    painter.setFont(detailFont());
     painter.setPen(theme::secondary());
-    painter.drawText(QRectF(area.left(), y, area.width(), area.bottom() - y),
-                     Qt::TextWordWrap | Qt::AlignLeft | Qt::AlignTop, theme::qstring(outcome.detail));
+    painter.drawText(QRectF(area.left(), y, area.width(), wrappedHeight(detailFont(), detail, area.width())),
+                     Qt::TextWordWrap | Qt::AlignLeft | Qt::AlignTop, detail);
 }
 
 } // namespace quarbel::ui

@@ -1,9 +1,14 @@
-// The selected benchmark's last result: score in Quarbel points, its measurement lines,
-// duration and detail (Accuracy Mode's pass scores included), and the card button,
-// enabled while the selected benchmark has an outcome.
+// The selected benchmark's last result: score in Quarbel points with its 95 % interval,
+// its measurement lines, duration and whole detail (Accuracy Mode's pass scores, spread and
+// confidence included), and the card button, enabled while the selected benchmark has a
+// completed result. A skipped GPU benchmark also says what would let it run here.
 #pragma once
 
+#include "model/catalogue.h"
+
 #include <QWidget>
+
+#include <optional>
 
 class QPushButton;
 
@@ -26,9 +31,17 @@ class ResultPanel : public QWidget {
 
   private:
     void refresh();
+    // The height the selected benchmark's content takes at `width`, padding included.
+    qreal contentHeight(qreal width) const;
+    void fitHeight();
 
     BenchmarkStore& store_;
     QPushButton* saveCard_;
+    std::optional<int> stackFloor_; // the minimum height the enclosing stack came with
 };
+
+// What a Linux user can do about a skipped GPU benchmark (install a driver, pick another
+// device); empty for the benchmarks that need no GPU.
+QString skipAdvice(BenchmarkID id);
 
 } // namespace quarbel::ui

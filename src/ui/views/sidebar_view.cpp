@@ -3,8 +3,11 @@
 #include "run/benchmark_store.h"
 #include "ui/views/theme.h"
 
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
+
+#include <algorithm>
 
 namespace quarbel::ui {
 namespace {
@@ -29,6 +32,8 @@ QString stateMark(TestRunState state) {
 
 SidebarView::SidebarView(BenchmarkStore& store, QWidget* parent) : QWidget(parent), store_(store) {
     setMouseTracking(true);
+    setFocusPolicy(Qt::StrongFocus);
+    setAccessibleName(tr("Benchmarks"));
     setAttribute(Qt::WA_OpaquePaintEvent);
     layoutItems();
     // Rows repaint only when their state or the selection changes, not on clock ticks.
@@ -101,6 +106,12 @@ void SidebarView::paintRow(QPainter& painter, const Item& item) {
         painter.setBrush(fill);
         painter.drawRoundedRect(card.adjusted(0.5, 0.5, -0.5, -0.5), 9, 9);
     }
+    if (selected && hasFocus() && keyboardRing_) {
+        // The keyboard's place: a light ring just outside the selected row.
+        painter.setPen(QPen(theme::text(), 2));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRoundedRect(card.adjusted(-2, -1, 2, 1), 10, 10);
+    }
 
     // Icon tile.
     const QRectF tile(card.left() + 8, card.center().y() - 15, 30, 30);
@@ -153,6 +164,10 @@ void SidebarView::paintRow(QPainter& painter, const Item& item) {
 
 void SidebarView::mousePressEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton) return;
+    if (keyboardRing_) {
+        keyboardRing_ = false;
+        update(rowRect(store_.selectedID()));
+    }
     if (const auto id = benchmarkAt(event->position().toPoint())) store_.setSelectedID(*id);
 }
 
@@ -163,6 +178,52 @@ void SidebarView::mouseMoveEvent(QMouseEvent* event) {
     hovered_ = id;
     if (hovered_) update(rowRect(*hovered_));
     setCursor(id ? Qt::PointingHandCursor : Qt::ArrowCursor);
+}
+
+void SidebarView::keyPressEvent(QKeyEvent* event) {
+    std::vector<BenchmarkID> order;
+    for (const Item& item : items_)
+        if (item.id) order.push_back(*item.id);
+    const auto at = std::find(order.begin(), order.end(), store_.selectedID());
+    if (at == order.end()) return QWidget::keyPressEvent(event);
+    std::optional<BenchmarkID> next;
+    switch (event->key()) {
+    case Qt::Key_Up:
+        if (at != order.begin()) next = *(at - 1);
+        break;
+    case Qt::Key_Down:
+        if (at + 1 != order.end()) next = *(at + 1);
+        break;
+    case Qt::Key_Home: next = order.front(); break;
+    case Qt::Key_End: next = order.back(); break;
+    default: return QWidget::keyPressEvent(event);
+    }
+    // Taken even at either end, so that the scroll area around does not scroll instead.
+    event->accept();
+    if (!keyboardRing_) {
+        keyboardRing_ = true;
+        update(rowRect(store_.selectedID()));
+    }
+    if (next && *next != store_.selectedID()) store_.setSelectedID(*next);
+}
+
+void SidebarView::focusInEvent(QFocusEvent* event) {
+    QWidget::focusInEvent(event);
+    // The ring marks where keys act; a click shows that already. Coming back to the window
+    // keeps what it had.
+    switch (event->reason()) {
+    case Qt::TabFocusReason:
+    case Qt::BacktabFocusReason:
+    case Qt::ShortcutFocusReason: keyboardRing_ = true; break;
+    case Qt::MouseFocusReason: keyboardRing_ = false; break;
+    default: break;
+    }
+    update(rowRect(store_.selectedID()).adjusted(0, -2, 0, 2));
+}
+
+void SidebarView::focusOutEvent(QFocusEvent* event) {
+    QWidget::focusOutEvent(event);
+    update(rowRect(store_.selectedID()).adjusted(0, -2, 0, 2));
 }
 
 void SidebarView::leaveEvent(QEvent*) {

@@ -1,5 +1,7 @@
 // The benchmark list: one section per category in catalogue order, a row per benchmark
-// with its icon, title, subtitle, state mark and last score. Clicking a row selects it.
+// with its icon, title, subtitle, state mark and last score. Clicking a row selects it;
+// with the keyboard focus, Up / Down move the selection over the rows (not the headings)
+// and Home / End go to the first and last, the selected row ringed.
 #pragma once
 
 #include "model/catalogue.h"
@@ -31,6 +33,9 @@ class SidebarView : public QWidget {
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void leaveEvent(QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
 
   private:
     struct Item {
@@ -46,6 +51,7 @@ class SidebarView : public QWidget {
     BenchmarkStore& store_;
     std::vector<Item> items_;
     std::optional<BenchmarkID> hovered_;
+    bool keyboardRing_ = false; // the focus came by the keyboard, or keys moved the selection
 };
 
 } // namespace quarbel::ui

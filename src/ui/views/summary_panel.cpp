@@ -15,6 +15,20 @@ QString durationText(double seconds) {
     return theme::qstring(format(seconds / 60, 1)) + QLatin1Char('m');
 }
 
+TestRunState totalScoreState(const RunSummary& summary) {
+    if (summary.completed > 0) return TestRunState::done;
+    return summary.failed > 0 && summary.skipped == 0 ? TestRunState::failed : TestRunState::skipped;
+}
+
+QString totalScoreText(const RunSummary& summary) {
+    // A run where nothing completed has no score to show: a green "0.00" would read as one.
+    switch (totalScoreState(summary)) {
+    case TestRunState::done: return theme::qstring(scoreText(summary.score));
+    case TestRunState::failed: return QObject::tr("Failed");
+    default: return summary.failed > 0 ? QObject::tr("Skipped / failed") : QObject::tr("Skipped");
+    }
+}
+
 SummaryPanel::SummaryPanel(BenchmarkStore& store, QWidget* parent)
     : QWidget(parent), store_(store), saveCard_(new QPushButton(tr("Save Result Card"), this)) {
     setAttribute(Qt::WA_OpaquePaintEvent);
@@ -70,7 +84,7 @@ void SummaryPanel::paintEvent(QPaintEvent* event) {
         QString value;
     };
     const Metric metrics[] = {
-        {tr("Total score"), theme::qstring(scoreText(summary->score))},
+        {tr("Total score"), totalScoreText(*summary)},
         {tr("Completed"), tr("%1 / %2").arg(summary->completed).arg(summary->total)},
         {tr("Skipped / failed"), tr("%1 / %2").arg(summary->skipped).arg(summary->failed)},
         {tr("Elapsed"), durationText(summary->duration)},
@@ -88,7 +102,7 @@ void SummaryPanel::paintEvent(QPaintEvent* event) {
         painter.drawText(QRectF(cell.left(), cell.top(), cell.width(), 16), Qt::AlignLeft | Qt::AlignVCenter,
                          metrics[i].label.toUpper());
         painter.setFont(theme::font(17, QFont::Bold));
-        painter.setPen(i == 0 ? theme::stateColor(TestRunState::done) : theme::text());
+        painter.setPen(i == 0 ? theme::stateColor(totalScoreState(*summary)) : theme::text());
         painter.drawText(
             QRectF(cell.left(), cell.top() + 16, cell.width(), 26), Qt::AlignLeft | Qt::AlignVCenter,
             QFontMetrics(painter.font()).elidedText(metrics[i].value, Qt::ElideRight, int(cell.width())));

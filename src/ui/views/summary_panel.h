@@ -2,6 +2,8 @@
 // score, completed / skipped / failed of total, elapsed time and peak temperatures.
 #pragma once
 
+#include "model/outcome.h"
+
 #include <QWidget>
 
 class QPushButton;
@@ -27,6 +29,11 @@ class SummaryPanel : public QWidget {
     BenchmarkStore& store_;
     QPushButton* saveCard_;
 };
+
+// The run's total score, or when nothing completed, "Skipped", "Failed" or both; and the
+// state whose colour it is shown in.
+QString totalScoreText(const RunSummary& summary);
+TestRunState totalScoreState(const RunSummary& summary);
 
 // "42.0s" under a minute, else "3.5m".
 QString durationText(double seconds);
