@@ -182,3 +182,39 @@ TEST(Exports, BadInputIsRefusedWithExit2AndNothingWritten) {
     }
     EXPECT_FALSE(std::filesystem::exists(run.tree.path("missing")));
 }
+
+TEST(Exports, ImportAddsReportsOnceAndRefusesWhatIsNotAReportWhole) {
+    QuickRun& run = quickRun();
+    ASSERT_EQ(run.result.exitCode, 0) << run.result.err;
+    FakeTree home;
+    const std::vector<std::string> env{"XDG_DATA_HOME=" + home.root()};
+    const std::string runs = home.path("quarbel/runs");
+    const auto count = [&] {
+        std::error_code ignored;
+        return std::distance(std::filesystem::directory_iterator(runs, ignored),
+                             std::filesystem::directory_iterator{});
+    };
+    const auto first = test::runProcess({kQuarbel, "import", run.report, run.report}, env);
+    ASSERT_EQ(first.exitCode, 0) << first.err;
+    EXPECT_NE(first.out.find("1 imported, 1 already in the history."), std::string::npos) << first.out;
+    const auto again = test::runProcess({kQuarbel, "import", run.report}, env);
+    EXPECT_NE(again.out.find("0 imported, 1 already in the history."), std::string::npos) << again.out;
+    ASSERT_EQ(count(), 1);
+    // The imported run names its machine, and it is the one the history lists.
+    const auto history = test::runProcess({kQuarbel, "history"}, env);
+    EXPECT_NE(history.out.find("Selected Test Summary"), std::string::npos) << history.out;
+    const nlohmann::json report = nlohmann::json::parse(readFile(run.report));
+    EXPECT_EQ(report["machine"]["machineId"].get<std::string>().size(), 16u);
+    EXPECT_FALSE(report["machine"]["kernel"].get<std::string>().empty());
+
+    home.write("future.json", "{\"schema\": 2}");
+    home.write("truncated.json", readFile(run.report).substr(0, 300));
+    home.write("huge.json", std::string(51 * 1024 * 1024, ' '));
+    for (const char* bad : {"truncated.json", "huge.json"}) {
+        const auto result =
+            test::runProcess({kQuarbel, "import", run.tree.path("future.json"), home.path(bad)}, env);
+        EXPECT_EQ(result.exitCode, 2) << bad;
+        EXPECT_NE(result.err.find("nothing was imported"), std::string::npos) << result.err;
+    }
+    EXPECT_EQ(count(), 1) << "the history is untouched";
+}
