@@ -1,5 +1,6 @@
 #include "results/run_history.h"
 
+#include "results/history_index.h"
 #include "results/report_file.h"
 
 #include <nlohmann/json.hpp>
@@ -137,17 +138,42 @@ HistoryListing listHistory(const std::string& directory) {
     std::error_code error;
     fs::directory_iterator entries(directory, error);
     if (error) return listing; // no history yet
-    std::vector<std::string> paths;
-    for (const auto& entry : entries)
-        if (entry.path().extension() == ".json" && entry.is_regular_file(error))
-            paths.push_back(entry.path());
-    std::sort(paths.begin(), paths.end(), std::greater<>());
-    for (const auto& path : paths) {
-        std::string problem;
-        if (auto run = readSavedRun(path, &problem))
-            listing.runs.push_back(std::move(*run));
-        else
-            listing.warnings.push_back("skipped " + path + ": it " + problem);
+    // Each report is read once: later listings take what it said from the index, as long as
+    // the file keeps its size and modification time.
+    const std::string indexPath = historyIndexPath(directory);
+    auto index = readHistoryIndex(indexPath);
+    const std::size_t indexed = index.size();
+    std::vector<IndexedFile> files;
+    bool changed = false;
+    for (const auto& entry : entries) {
+        if (entry.path().extension() != ".json") continue;
+        struct stat info {};
+        if (::stat(entry.path().c_str(), &info) != 0 || !S_ISREG(info.st_mode)) continue;
+        IndexedFile file;
+        file.name = entry.path().filename();
+        file.size = static_cast<std::uintmax_t>(info.st_size);
+        file.modifiedNanoseconds = std::int64_t{info.st_mtim.tv_sec} * 1'000'000'000 + info.st_mtim.tv_nsec;
+        if (const auto known = index.find(file.name);
+            known != index.end() && known->second.size == file.size &&
+            known->second.modifiedNanoseconds == file.modifiedNanoseconds) {
+            files.push_back(std::move(known->second));
+            continue;
+        }
+        file.run = readSavedRun(entry.path(), &file.problem);
+        files.push_back(std::move(file));
+        changed = true;
+    }
+    if (changed || files.size() != indexed) writeHistoryIndex(indexPath, files);
+    std::sort(files.begin(), files.end(),
+              [](const IndexedFile& a, const IndexedFile& b) { return a.name > b.name; });
+    for (auto& file : files) {
+        const std::string path = (fs::path(directory) / file.name).string();
+        if (file.run) {
+            file.run->path = path;
+            listing.runs.push_back(std::move(*file.run));
+        } else {
+            listing.warnings.push_back("skipped " + path + ": it " + file.problem);
+        }
     }
     // Newest first; runs started in the same second come in the order of their "-2", "-3"
     // suffixes, which saveToHistory gives in the order they ended.

@@ -87,6 +87,35 @@ TEST(RunHistory, SavesAtomicallyListsNewestFirstAndSkipsWhatIsNotAReport) {
 
     for (const auto& entry : std::filesystem::directory_iterator(dir))
         EXPECT_FALSE(entry.path().filename().string().starts_with(".")) << "a temporary file stayed behind";
+
+    // The second listing comes from the index and says the same; a changed, removed or added
+    // file is read again, and a damaged index is rebuilt.
+    const auto summary = [](const HistoryListing& l) {
+        std::vector<std::string> lines = l.warnings;
+        for (const auto& run : l.runs) {
+            std::string line =
+                run.path + " " + run.startedAt + " " + run.title + " " + std::to_string(run.globalScore);
+            for (const auto& result : run.results)
+                line += " " + result.title + "=" + std::to_string(result.score) +
+                        uncertaintyText(result.statistics.uncertainty) + (result.statistics.noisy ? "!" : "");
+            lines.push_back(line);
+        }
+        return lines;
+    };
+    ASSERT_TRUE(std::filesystem::exists(dir + ".index"));
+    EXPECT_EQ(summary(listHistory(dir)), summary(listing));
+    tree.write("data/quarbel/runs/other.json",
+               reportText("2026-11-25T08:00:00Z", "1.0", false,
+                          {{"CPU Single-Core", 1000, std::nullopt, 0.01, true}}));
+    std::filesystem::remove(first.path);
+    const HistoryListing changed = listHistory(dir);
+    ASSERT_EQ(changed.runs.size(), 3u);
+    EXPECT_EQ(changed.runs[0].results.at(0).title, "CPU Single-Core");
+    EXPECT_TRUE(changed.runs[0].results[0].statistics.noisy);
+    EXPECT_EQ(summary(listHistory(dir)), summary(changed))
+        << "the uncertainty and noisy flag survive the index";
+    tree.write("data/quarbel/runs.index", "quarbel-history-index 1\nnonsense\n");
+    EXPECT_EQ(summary(listHistory(dir)), summary(changed));
     tree.write("blocker", "a file where the directory should be");
     EXPECT_FALSE(saveToHistory(tree.path("blocker/runs"), "2026-11-23T10:00:00Z", "{}").problem.empty());
 }
@@ -173,8 +202,8 @@ TEST(RunHistory, CompareJudgesByStatisticsAndFailsOnSlowerForCI) {
     const std::string a = tree.path("a.json"), b = tree.path("b.json");
     const auto plain = test::runProcess({kQuarbel, "compare", a, b}, env);
     ASSERT_EQ(plain.exitCode, 0) << plain.err;
-    for (const char* expected : {"CPU Single-Core  1000.0 \u00b1 2.1 %", "slower", "within noise", "inconclusive",
-                                 "-20.0 %", "Inconclusive for RAW CPU Decode"})
+    for (const char* expected : {"CPU Single-Core  1000.0 \u00b1 2.1 %", "slower", "within noise",
+                                 "inconclusive", "-20.0 %", "Inconclusive for RAW CPU Decode"})
         EXPECT_NE(plain.out.find(expected), std::string::npos) << expected << "\n" << plain.out;
 
     struct Case {
