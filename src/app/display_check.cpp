@@ -15,20 +15,24 @@ bool isSet(const char* name) {
 
 } // namespace
 
-std::optional<std::string> missingDisplayProblem(int argc, const char* const* argv) {
+DisplayCheck checkDisplay(int argc, const char* const* argv) {
     for (int i = 1; i < argc; ++i) {
         const std::string_view argument = argv[i];
         if (argument == "-platform" || argument == "--platform" || argument.starts_with("-platform="))
-            return std::nullopt;
+            return {};
     }
-    if (isSet("QT_QPA_PLATFORM") || isSet("WAYLAND_DISPLAY")) return std::nullopt;
-    if (!isSet("DISPLAY")) return "no display is set (DISPLAY is empty)";
+    if (isSet("QT_QPA_PLATFORM") || isSet("WAYLAND_DISPLAY")) return {};
+    if (!isSet("DISPLAY")) return {"no display is set (DISPLAY is empty)", nullptr};
     const std::string display = std::getenv("DISPLAY");
-    xcb_connection_t* connection = xcb_connect(display.c_str(), nullptr);
-    const bool failed = xcb_connection_has_error(connection) != 0;
-    xcb_disconnect(connection);
-    if (failed) return "the display \"" + display + "\" cannot be reached";
-    return std::nullopt;
+    std::shared_ptr<void> connection(xcb_connect(display.c_str(), nullptr),
+                                     [](void* c) { xcb_disconnect(static_cast<xcb_connection_t*>(c)); });
+    if (xcb_connection_has_error(static_cast<xcb_connection_t*>(connection.get())) != 0)
+        return {"the display \"" + display + "\" cannot be reached", nullptr};
+    return {std::nullopt, std::move(connection)};
+}
+
+std::optional<std::string> missingDisplayProblem(int argc, const char* const* argv) {
+    return checkDisplay(argc, argv).problem;
 }
 
 } // namespace quarbel::app

@@ -3,6 +3,7 @@
 // program say what is missing and leave with an ordinary exit code.
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -12,5 +13,14 @@ namespace quarbel::app {
 // (-platform, QT_QPA_PLATFORM) or a Wayland session is left to Qt; otherwise the X display
 // named by DISPLAY must accept a connection.
 std::optional<std::string> missingDisplayProblem(int argc, const char* const* argv);
+
+// The same check, with its connection to the display kept open until `connection` is let go:
+// an X server whose last client leaves resets itself and refuses new connections meanwhile,
+// so closing the check's connection before Qt opens its own could make Qt abort after all.
+struct DisplayCheck {
+    std::optional<std::string> problem;
+    std::shared_ptr<void> connection; // release once the application has connected
+};
+DisplayCheck checkDisplay(int argc, const char* const* argv);
 
 } // namespace quarbel::app

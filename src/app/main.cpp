@@ -41,7 +41,8 @@ int main(int argc, char** argv) {
     QApplication::setApplicationVersion(QStringLiteral(QUARBEL_VERSION));
     QGuiApplication::setDesktopFileName(QStringLiteral("io.github.quarbel.Quarbel"));
     // Without a display Qt would abort; --help and --version still answer.
-    if (const auto problem = app::missingDisplayProblem(argc, argv)) {
+    auto display = app::checkDisplay(argc, argv);
+    if (const auto& problem = display.problem) {
         const auto early = app::parseLaunchArguments(std::vector<std::string>(argv, argv + argc));
         if (const auto* exit = std::get_if<app::LaunchExit>(&early); exit && exit->exitCode == 0) {
             std::fputs(exit->text.c_str(), stdout);
@@ -55,6 +56,7 @@ int main(int argc, char** argv) {
     }
     // Qt takes its own options (-platform, -style, ...) out of argv here; ours remain.
     QApplication application(argc, argv);
+    display.connection.reset();
 
     const auto parsed = app::parseLaunchArguments(std::vector<std::string>(argv, argv + argc));
     if (const auto* exit = std::get_if<app::LaunchExit>(&parsed)) {
