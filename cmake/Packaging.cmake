@@ -1,6 +1,7 @@
 # What `cmake --install` adds beyond the programs and desktop files, and the Debian
 # package that `cpack -G DEB` builds from the same install tree:
 #   share/man/man1               quarbel.1.gz, quarbel-gui.1.gz
+#   share/bash-completion/...    completions for both programs
 #   lib/systemd/system           quarbel-benchmark.service and .timer (never enabled)
 #   share/doc/quarbel            copyright, changelog.gz
 # The package alone also carries /etc/default/quarbel: a plain `cmake --install --prefix DIR`
@@ -28,6 +29,9 @@ quarbel_install_gzipped(${QUARBEL_PACKAGING_DIR}/man/quarbel.1 ${CMAKE_INSTALL_M
 quarbel_install_gzipped(${QUARBEL_PACKAGING_DIR}/man/quarbel-gui.1 ${CMAKE_INSTALL_MANDIR}/man1)
 quarbel_install_gzipped(${QUARBEL_PACKAGING_DIR}/debian/changelog ${CMAKE_INSTALL_DATADIR}/doc/quarbel)
 install(FILES ${QUARBEL_PACKAGING_DIR}/debian/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quarbel)
+
+install(FILES ${QUARBEL_PACKAGING_DIR}/completion/quarbel ${QUARBEL_PACKAGING_DIR}/completion/quarbel-gui
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 
 set(QUARBEL_SYSTEMD_UNIT_DIR lib/systemd/system CACHE STRING
     "Where the systemd units go, relative to the install prefix")
