@@ -90,7 +90,9 @@ if [[ -r /usr/share/bash-completion/bash_completion ]]; then
     echo "# with bash-completion"
     # shellcheck source=/dev/null
     source /usr/share/bash-completion/bash_completion
+    # shellcheck source=/dev/null
     source "$here/completion/quarbel"
+    # shellcheck source=/dev/null
     source "$here/completion/quarbel-gui"
     run_checks
 fi
