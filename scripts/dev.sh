@@ -22,6 +22,7 @@ PACKAGES=(
   ocl-icd-opencl-dev opencl-headers pocl-opencl-icd
   hyperfine fio clpeak
   xvfb xauth xdotool desktop-file-utils appstream
+  dpkg-dev groff-base lintian
 )
 
 install_missing_packages() {
