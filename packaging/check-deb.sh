@@ -25,7 +25,8 @@ nice -n 5 cmake --build "$BUILD" -j "$JOBS"
 rm -f "$BUILD"/quarbel_*.deb
 (cd "$BUILD" && cpack -G DEB) | grep -E 'package: |Error|Warning' || true
 debs=("$BUILD"/quarbel_*.deb)
-deb="${debs[0]}"
+# apt-get takes a path only when it starts with / or ./
+deb="$(realpath "${debs[0]}")"
 [[ -f $deb ]] || { echo "check-deb: cpack wrote no package" >&2; exit 1; }
 
 step "package $(basename "$deb"), $(stat -c %s "$deb") bytes"
