@@ -85,7 +85,7 @@ std::string lineOf(const IndexedFile& file) {
             clean(r.title) + kField + number(r.runScore) + kField + number(r.globalScore) + kField +
             clean(r.machine) + kField + clean(r.machineId) + kField + clean(r.hostName) + kField;
     for (std::size_t i = 0; i < r.results.size(); ++i)
-        line += (i == 0 ? "" : std::string(1, kResult)) + resultText(r.results[i]);
+        line.append(i == 0 ? 0 : 1, kResult).append(resultText(r.results[i]));
     return line;
 }
 

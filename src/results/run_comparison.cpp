@@ -238,8 +238,8 @@ std::string manyRunsText(const std::vector<SavedRun>& runs, const std::vector<Ru
     std::string text;
     std::vector<std::string> header{"Benchmark"};
     for (std::size_t i = 0; i < runs.size(); ++i) {
-        const std::string column =
-            i < 26 ? std::string(1, static_cast<char>('A' + i)) : "#" + std::to_string(i + 1);
+        const std::string column = i < 26 ? std::string(1, static_cast<char>('A' + i))
+                                          : std::string("#").append(std::to_string(i + 1));
         text += column + ": " + runLabel(runs[i]) + "\n";
         header.push_back(column);
     }

@@ -217,7 +217,7 @@ std::string exportCsv(const std::vector<ExportedRun>& runs) {
         for (const auto& entry : run.report.results) {
             std::string line;
             for (const auto& cell : rowCells(run, entry))
-                line += (line.empty() ? "" : ",") + csvField(cell);
+                line.append(line.empty() ? "" : ",").append(csvField(cell));
             out += line + "\r\n";
         }
     return out;
@@ -235,7 +235,7 @@ std::string exportMarkdown(const std::vector<ExportedRun>& runs) {
         for (const auto& entry : run.report.results) {
             out += "|";
             for (const auto& cell : rowCells(run, entry))
-                out += " " + markdownCell(cell) + " |";
+                out.append(" ").append(markdownCell(cell)).append(" |");
             out += "\n";
         }
     return out;
