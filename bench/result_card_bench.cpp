@@ -39,7 +39,8 @@ BenchmarkCardContent single() {
             std::chrono::system_clock::now(),
             kHardware,
             "0.1.0",
-            98.5};
+            98.5,
+            RateUncertainty{20, 0.01, 19}};
 }
 
 SummaryCardContent global() {

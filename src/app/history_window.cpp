@@ -119,9 +119,15 @@ ui::ComparisonTable comparisonTable(const SavedRun& before, const SavedRun& afte
     table.afterLabel = label('B', after);
     for (const auto& row : comparison.rows) {
         const auto score = [](double value) { return value > 0 ? q(scoreText(value)) : QStringLiteral("-"); };
-        table.rows.push_back(
-            {q(row.title), score(row.before), score(row.after), changeText(row.compared.ratio),
-             QStringLiteral("\u00B1%1 %").arg(row.compared.bandPercent, 0, 'f', 1), row.compared.verdict});
+        // Judged by statistics: half the width of the ratio's 95 % interval; else the fixed band.
+        const ComparedScore& c = row.compared;
+        const double uncertainty = c.ratio && c.ratioLow && c.ratioHigh
+                                       ? (*c.ratioHigh - *c.ratioLow) / 2 / *c.ratio * 100
+                                       : c.bandPercent;
+        const QString uncertaintyText =
+            c.ratio ? QStringLiteral("\u00B1%1 %").arg(uncertainty, 0, 'f', 1) : QStringLiteral("-");
+        table.rows.push_back({q(row.title), score(row.before), score(row.after), changeText(c.ratio),
+                              uncertaintyText, c.verdict});
     }
     for (const auto& warning : comparison.warnings)
         table.warnings << q(warning);

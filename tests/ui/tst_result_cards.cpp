@@ -44,7 +44,8 @@ BenchmarkCardContent benchmarkContent(bool accuracyMode) {
             std::chrono::system_clock::now(),
             kHardware,
             "0.1.0",
-            accuracyMode ? std::optional(62.5) : std::nullopt};
+            accuracyMode ? std::optional(62.5) : std::nullopt,
+            RateUncertainty{20, 0.01, 19}};
 }
 
 // One benchmark done, one skipped, one failed, ten never run.
@@ -64,6 +65,7 @@ SummaryCardContent summaryContent() {
     content.hardware = kHardware;
     content.appVersion = "0.1.0";
     content.badges = {"on battery", "throttling seen"};
+    content.uncertainties[BenchmarkID::cpuInteger] = {20, 0.01, 19};
     return content;
 }
 
@@ -120,10 +122,10 @@ TEST(ResultCards, HaveExactlyTheirSizesAtScaleOneInThePaletteColours) {
 TEST(ResultCards, SingleCardSaysWhatWasMeasuredWhenAndOnWhichMachine) {
     const QStringList texts = benchmarkTexts(benchmarkContent(false));
     for (const char* expected :
-         {"Quarbel Result Card", "Benchmark Detail", "SSD Sequential", "1234.6", "Quarbel points", "Read",
-          "2.50 GB/s", "Secondary", "Unavailable", "Duration", "15.02s", "CPU / GPU",
-          "52 \u00B0C / Unavailable", "Workload", "large block file read/write", "SSD", "Fake CPU 9000",
-          "Debian 12, kernel 6.1"})
+         {"Quarbel Result Card", "Benchmark Detail", "SSD Sequential", "1234.6", "Quarbel points",
+          "\u00b1 2.1 % (95 %)", "Read", "2.50 GB/s", "Secondary", "Unavailable", "Duration", "15.02s",
+          "CPU / GPU", "52 \u00B0C / Unavailable", "Workload", "large block file read/write", "SSD",
+          "Fake CPU 9000", "Debian 12, kernel 6.1"})
         EXPECT_TRUE(texts.contains(QString::fromUtf8(expected))) << expected << "\n"
                                                                  << texts.join('|').toStdString();
     EXPECT_EQ(
@@ -163,7 +165,7 @@ TEST(ResultCards, GlobalCardHasTheTableInOrderAndTheSkippedAndFailedSection) {
     for (const char* expected :
          {"Quarbel Global Result Card", "Global Benchmark Result", "All Benchmark Results",
           "Selected Test Summary", "500.00", "1 / 3", "2.5m", "61 \u00B0C", "Peak CPU", "Peak GPU",
-          "Unavailable", "1.50s", "3.1 Mops/s", "on battery", "throttling seen"})
+          "Unavailable", "1.50s", "3.1 Mops/s", "on battery", "throttling seen", "\u00b1 2.1 % (95 %)"})
         EXPECT_TRUE(texts.contains(QString::fromUtf8(expected))) << expected;
     // Each measurement in the table is named: its label comes just before its value.
     const qsizetype firstRow = header + 6;
@@ -191,8 +193,11 @@ TEST(ResultCards, LongValuesStayInsideTheirPlaces) {
     SummaryCardContent global = summaryContent();
     global.summary = {"Full Suite Accuracy Summary", 13, 0, 0, 13, 123456789.0, 86399, 123.4, 123.4, {}};
     global.globalScore = 123456789.0;
-    for (BenchmarkID id : kAllBenchmarks)
+    for (BenchmarkID id : kAllBenchmarks) {
         global.rows[id] = {TestRunState::done, longOutcome()};
+        global.uncertainties[id] = {2, 0.9, 1}; // "± 1143.6 %"
+    }
+    single.uncertainty = RateUncertainty{2, 0.9, 1};
     const struct {
         const char* card;
         QSize size;

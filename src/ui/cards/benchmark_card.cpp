@@ -31,7 +31,8 @@ constexpr qreal kMargin = 56;
 
 // The score in large accent figures followed by its unit, or the status pill of an
 // outcome that has no score.
-void drawScore(QPainter& painter, const QRectF& rect, const BenchmarkOutcome& outcome, const QColor& accent) {
+void drawScore(QPainter& painter, const QRectF& rect, const BenchmarkOutcome& outcome, const QColor& accent,
+               const std::optional<RateUncertainty>& uncertainty) {
     painter.save();
     if (outcome.status == OutcomeStatus::ok) {
         const QString score = qstring(scoreText(outcome.score));
@@ -53,6 +54,13 @@ void drawScore(QPainter& painter, const QRectF& rect, const BenchmarkOutcome& ou
         painter.setFont(unitFont);
         painter.setPen(Palette::secondary());
         painter.drawText(QPointF(rect.left() - 4 + scoreWidth + 14, baseline), unit);
+        // The score's 95 % interval stands over its unit: a score without it is half a result.
+        if (const std::string interval = uncertaintyText(uncertainty); !interval.empty()) {
+            painter.setFont(cardFont(20, QFont::DemiBold));
+            painter.setPen(Palette::muted());
+            painter.drawText(QPointF(rect.left() - 4 + scoreWidth + 14, baseline - 36),
+                             qstring(interval) + QStringLiteral(" (95 %)"));
+        }
     } else {
         const QString status =
             outcome.status == OutcomeStatus::failed ? QStringLiteral("Failed") : QStringLiteral("Skipped");
@@ -115,7 +123,8 @@ void paintBenchmarkCard(QPainter& painter, const BenchmarkCardContent& content) 
     parts::drawWrapped(painter, QRectF(inner.left(), inner.top() + 102, leftWidth, 48),
                        qstring(runningExplanation(content.id)), 2);
 
-    drawScore(painter, QRectF(inner.left(), inner.top() + 158, leftWidth, 120), outcome, accent);
+    drawScore(painter, QRectF(inner.left(), inner.top() + 158, leftWidth, 120), outcome, accent,
+              content.uncertainty);
     painter.setFont(cardFont(16));
     painter.setPen(Palette::muted());
     parts::drawWrapped(painter, QRectF(inner.left(), inner.top() + 284, leftWidth, 66),

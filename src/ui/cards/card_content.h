@@ -7,6 +7,7 @@
 #include "results/run_report.h"
 #include "sensors/temperature.h"
 
+#include <map>
 #include <optional>
 #include <string>
 #include <utility>
@@ -26,7 +27,8 @@ struct BenchmarkCardContent {
     SystemTimePoint generatedAt{};
     HardwareRows hardware;
     std::string appVersion;
-    std::optional<double> stabilityPercent; // last fifth's pace over the first fifth's
+    std::optional<double> stabilityPercent;     // last fifth's pace over the first fifth's
+    std::optional<RateUncertainty> uncertainty; // the score's 95 % interval, when it has one
 };
 
 // The global card of a run.
@@ -39,6 +41,7 @@ struct SummaryCardContent {
     HardwareRows hardware;
     std::string appVersion;
     std::vector<std::string> badges; // what made the run less trustworthy: "on battery", ...
+    std::map<BenchmarkID, RateUncertainty> uncertainties; // of the scores that have an interval
 };
 
 // The cards of a saved report: one per result, in run order.

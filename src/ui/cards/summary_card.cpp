@@ -96,7 +96,7 @@ void drawResultPanel(QPainter& painter, const QRectF& rect, const SummaryCardCon
 }
 
 void drawTableRow(QPainter& painter, const QRectF& rect, BenchmarkID id, const BenchmarkRowState& row,
-                  bool shaded) {
+                  const RateUncertainty* uncertainty, bool shaded) {
     painter.save();
     if (shaded) {
         painter.setPen(Qt::NoPen);
@@ -154,8 +154,18 @@ void drawTableRow(QPainter& painter, const QRectF& rect, BenchmarkID id, const B
         text(where.adjusted(labelWidth, 0, 0, 0), qstring(cardValue(line)), Palette::text(), valueFont);
     };
     const QString none = QStringLiteral("-");
-    text(cell(2), scored ? qstring(scoreText(outcome->score)) : none,
-         scored ? Palette::text() : Palette::muted(), cardFont(17, QFont::Bold));
+    const QRectF scoreBox = cell(2);
+    if (scored && uncertainty != nullptr) {
+        // The score and, under it as under a title, its 95 % interval.
+        text(QRectF(scoreBox.left(), rect.top() + 2, scoreBox.width(), 20),
+             qstring(scoreText(outcome->score)), Palette::text(), cardFont(17, QFont::Bold));
+        text(QRectF(scoreBox.left(), rect.top() + 21, scoreBox.width(), 16),
+             qstring(uncertaintyText(*uncertainty)) + QStringLiteral(" (95 %)"), Palette::muted(),
+             cardFont(12.5));
+    } else {
+        text(scoreBox, scored ? qstring(scoreText(outcome->score)) : none,
+             scored ? Palette::text() : Palette::muted(), cardFont(17, QFont::Bold));
+    }
     if (outcome)
         measurement(cell(3), outcome->primary);
     else
@@ -169,7 +179,8 @@ void drawTableRow(QPainter& painter, const QRectF& rect, BenchmarkID id, const B
     painter.restore();
 }
 
-void drawTable(QPainter& painter, const QRectF& rect, const BenchmarkRows& rows) {
+void drawTable(QPainter& painter, const QRectF& rect, const BenchmarkRows& rows,
+               const std::map<BenchmarkID, RateUncertainty>& uncertainties) {
     parts::drawPanel(painter, rect);
     const QRectF inner = rect.adjusted(28, 22, -28, -18);
     parts::drawSectionTitle(painter, QRectF(inner.left(), inner.top(), 500, 18),
@@ -188,9 +199,12 @@ void drawTable(QPainter& painter, const QRectF& rect, const BenchmarkRows& rows)
     painter.drawLine(QPointF(inner.left(), headerTop + 32.5), QPointF(inner.right(), headerTop + 32.5));
     painter.restore();
     qreal y = headerTop + 38;
-    for (std::size_t i = 0; i < kAllBenchmarks.size(); ++i, y += kRowHeight)
+    for (std::size_t i = 0; i < kAllBenchmarks.size(); ++i, y += kRowHeight) {
+        const auto found = uncertainties.find(kAllBenchmarks[i]);
         drawTableRow(painter, QRectF(inner.left(), y, inner.width(), kRowHeight), kAllBenchmarks[i],
-                     rows[kAllBenchmarks[i]], i % 2 == 1);
+                     rows[kAllBenchmarks[i]], found == uncertainties.end() ? nullptr : &found->second,
+                     i % 2 == 1);
+    }
 }
 
 void drawSkippedAndFailed(QPainter& painter, const QRectF& rect, const BenchmarkRows& rows) {
@@ -271,7 +285,8 @@ void paintSummaryCard(QPainter& painter, const SummaryCardContent& content) {
     parts::drawPillsRightAligned(painter, header.right(), header.top() + 19, 36, pills);
 
     drawResultPanel(painter, QRectF(kMargin, 128, inner, 170), content);
-    drawTable(painter, QRectF(kMargin, 316, inner, 28 + 22 + 38 + 13 * kRowHeight + 18), content.rows);
+    drawTable(painter, QRectF(kMargin, 316, inner, 28 + 22 + 38 + 13 * kRowHeight + 18), content.rows,
+              content.uncertainties);
     const qreal bottomTop = 962;
     const qreal listWidth = 800;
     drawSkippedAndFailed(painter, QRectF(kMargin, bottomTop, listWidth, 198), content.rows);

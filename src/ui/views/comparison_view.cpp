@@ -71,7 +71,8 @@ void ComparisonView::paintEvent(QPaintEvent* event) {
     qreal y = area.top() + kHeaderTop;
     painter.setFont(theme::font(11, QFont::DemiBold));
     painter.setPen(theme::muted());
-    const QString headers[] = {tr("BENCHMARK"), tr("A"), tr("B"), tr("CHANGE"), tr("NOISE"), tr("VERDICT")};
+    const QString headers[] = {tr("BENCHMARK"), tr("A"),           tr("B"),
+                               tr("CHANGE"),    tr("\u00B1 95 %"), tr("VERDICT")};
     for (int i = 0; i < 6; ++i)
         painter.drawText(QRectF(columns[i], y, i == 0 ? titleWidth : number, 18),
                          Qt::AlignVCenter | (i == 0 ? Qt::AlignLeft : Qt::AlignRight), headers[i]);

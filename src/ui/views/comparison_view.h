@@ -18,7 +18,7 @@ struct ComparisonTable {
     struct Row {
         QString title, before, after;
         QString change; // "+4.2 %", "−12.0 %"; "-" when either score is missing
-        QString band;   // "±3.0 %"
+        QString band;   // "±3.0 %": the change's 95 % interval, or the fixed noise band
         Verdict verdict = Verdict::withinNoise;
     };
     std::vector<Row> rows;

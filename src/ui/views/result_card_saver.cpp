@@ -91,18 +91,24 @@ cards::BenchmarkCardContent ResultCardSaver::benchmarkCardContent(const Benchmar
             std::chrono::system_clock::now(),
             hardwareRows(),
             appVersion(),
-            end.stabilityPercent};
+            end.stabilityPercent,
+            end.uncertainty};
 }
 
 cards::SummaryCardContent ResultCardSaver::summaryCardContent(const BenchmarkStore& store) {
-    return {store.runSummary().value_or(RunSummary{}),
-            store.rows(),
-            store.totalScore(),
-            store.budgetScale() < 1.0,
-            std::chrono::system_clock::now(),
-            hardwareRows(),
-            appVersion(),
-            store.runCondition().badges};
+    cards::SummaryCardContent content{store.runSummary().value_or(RunSummary{}),
+                                      store.rows(),
+                                      store.totalScore(),
+                                      store.budgetScale() < 1.0,
+                                      std::chrono::system_clock::now(),
+                                      hardwareRows(),
+                                      appVersion(),
+                                      store.runCondition().badges,
+                                      {}};
+    for (BenchmarkID id : kAllBenchmarks)
+        if (const auto& uncertainty = store.endState(id).uncertainty)
+            content.uncertainties[id] = *uncertainty;
+    return content;
 }
 
 void ResultCardSaver::saveSelectedBenchmarkCard() {
