@@ -40,7 +40,8 @@ BenchmarkCardContent single() {
             kHardware,
             "0.1.0",
             98.5,
-            RateUncertainty{20, 0.01, 19}};
+            RateUncertainty{20, 0.01, 19},
+            false};
 }
 
 SummaryCardContent global() {

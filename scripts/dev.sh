@@ -38,6 +38,26 @@ install_missing_packages() {
   "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"
 }
 
+# The metrics test reads its file with Prometheus's own tools. Only their programs are taken
+# out of Debian's packages, into build/tools: installing the packages would also set up and
+# start a Prometheus server and an exporter on this machine.
+fetch_prometheus_tools() {
+  local tools="$ROOT/build/tools"
+  [[ -x "$tools/promtool" && -x "$tools/prometheus-node-exporter" ]] && return 0
+  local downloads
+  downloads="$(mktemp -d)"
+  if (cd "$downloads" && apt-get download -qq prometheus prometheus-node-exporter >/dev/null 2>&1); then
+    mkdir -p "$tools"
+    for deb in "$downloads"/*.deb; do
+      dpkg-deb --fsys-tarfile "$deb" | tar -x -C "$downloads" ./usr/bin/
+    done
+    cp "$downloads/usr/bin/promtool" "$downloads/usr/bin/prometheus-node-exporter" "$tools/"
+  else
+    echo "Prometheus's tools could not be fetched: the metrics test will be skipped" >&2
+  fi
+  rm -rf "$downloads"
+}
+
 # configure_and_build <build dir> [cmake args...]
 configure_and_build() {
   local dir="$1"
@@ -62,6 +82,7 @@ case "$ACTION" in
     exec "$ROOT/build/release/src/cli/quarbel" run --all "$@"
     ;;
   test)
+    fetch_prometheus_tools
     configure_and_build "$ROOT/build/dev" -DCMAKE_BUILD_TYPE=RelWithDebInfo
     ctest --test-dir "$ROOT/build/dev" --output-on-failure --no-tests=error -j "$(nproc)" "$@"
     ;;

@@ -5,6 +5,7 @@
 #include "results/report_file.h"
 #include "results/run_comparison.h"
 #include "ui/cards/result_card_exporter.h"
+#include "ui/views/theme.h"
 
 #include <QButtonGroup>
 #include <QComboBox>
@@ -112,6 +113,35 @@ QString benchmarksText(const SavedRun& run) {
     return titles.join(QStringLiteral(", "));
 }
 
+std::vector<ui::TrendSeries> trendSeries(const std::vector<SavedRun>& runs, std::size_t selected,
+                                         std::size_t most) {
+    std::vector<ui::TrendSeries> series;
+    if (selected >= runs.size()) return series;
+    const SavedRun& chosen = runs[selected];
+    for (const SavedResult& result : chosen.results) {
+        if (result.status != "ok") continue;
+        const auto id = benchmarkFromRawValue(result.id);
+        ui::TrendSeries trend{
+            q(result.title), id ? ui::theme::accent(category(*id)) : ui::theme::secondary(), {}};
+        // Runs are kept newest first; the chart reads oldest first.
+        for (std::size_t i = runs.size(); i-- > 0;) {
+            const SavedRun& run = runs[i];
+            if (run.stopped || run.quick != chosen.quick) continue;
+            for (const SavedResult& r : run.results)
+                if (r.title == result.title && r.status == "ok") {
+                    const auto& u = r.statistics.uncertainty;
+                    trend.points.push_back({r.score, u ? r.score * u->ci95Percent() / 100 : 0, i == selected,
+                                            r.statistics.noisy});
+                    break;
+                }
+        }
+        if (trend.points.size() > most)
+            trend.points.erase(trend.points.begin(), trend.points.end() - std::ptrdiff_t(most));
+        series.push_back(std::move(trend));
+    }
+    return series;
+}
+
 ui::ComparisonTable comparisonTable(const SavedRun& before, const SavedRun& after) {
     const RunComparison comparison = compareRuns(before, after);
     ui::ComparisonTable table;
@@ -139,9 +169,10 @@ HistoryView::HistoryView(std::string directory, QWidget* parent)
     : QWidget(parent), directory_(std::move(directory)), status_(new QLabel(this)),
       list_(new QListWidget(this)), runHeading_(new QLabel(this)),
       comparisonTab_(new QPushButton(tr("Comparison"))), resultsTab_(new QPushButton(tr("Results"))),
-      saveCards_(new QPushButton(tr("Save Result Cards…"))),
+      trendTab_(new QPushButton(tr("Trend"))), saveCards_(new QPushButton(tr("Save Result Cards…"))),
       saveReport_(new QPushButton(tr("Save JSON Report…"))), pages_(new QStackedWidget),
-      baseline_(new QComboBox), comparison_(new ui::ComparisonView), results_(new ui::RunResultsView) {
+      baseline_(new QComboBox), comparison_(new ui::ComparisonView), results_(new ui::RunResultsView),
+      trend_(new ui::TrendView) {
     setWindowTitle(tr("Quarbel - Run History"));
     resize(1160, 700);
     applyDarkPalette(*this);
@@ -164,15 +195,19 @@ HistoryView::HistoryView(std::string directory, QWidget* parent)
     runHeading_->setWordWrap(true);
     runHeading_->setObjectName(QStringLiteral("runHeading"));
 
-    // Two pages for the selected run: compared with another, or its own results.
-    for (QPushButton* tab : {comparisonTab_, resultsTab_})
+    // Three pages for the selected run: compared with another, its own results, and the trend
+    // of its benchmarks over the history.
+    for (QPushButton* tab : {comparisonTab_, resultsTab_, trendTab_})
         tab->setCheckable(true);
     auto* tabs = new QButtonGroup(this);
     tabs->addButton(comparisonTab_);
     tabs->addButton(resultsTab_);
+    tabs->addButton(trendTab_);
     comparisonTab_->setChecked(true);
     comparisonTab_->setToolTip(tr("Compare the selected run with an earlier one"));
     resultsTab_->setToolTip(tr("Open the selected run's results (read only)"));
+    trendTab_->setToolTip(
+        tr("Each benchmark of the selected run over the history's runs of the same length"));
     saveCards_->setToolTip(
         tr("Save the global card and a card per benchmark of the selected run as PNG files"));
     saveReport_->setToolTip(tr("Save the selected run's JSON report"));
@@ -193,11 +228,13 @@ HistoryView::HistoryView(std::string directory, QWidget* parent)
     comparisonColumn->addWidget(scrolling(comparison_), 1);
     pages_->addWidget(comparisonPage);
     pages_->addWidget(scrolling(results_));
+    pages_->addWidget(scrolling(trend_));
 
     auto* actions = new QHBoxLayout;
     actions->setSpacing(6);
     actions->addWidget(comparisonTab_);
     actions->addWidget(resultsTab_);
+    actions->addWidget(trendTab_);
     actions->addStretch(1);
     actions->addWidget(saveCards_);
     actions->addWidget(saveReport_);
@@ -220,10 +257,11 @@ HistoryView::HistoryView(std::string directory, QWidget* parent)
         userChoseRun_ = true;
         selectRun(row);
     });
-    connect(list_, &QListWidget::itemActivated, this, [this] { showPage(true); });
+    connect(list_, &QListWidget::itemActivated, this, [this] { showPage(1); });
     connect(baseline_, &QComboBox::currentIndexChanged, this, &HistoryView::showComparison);
-    connect(comparisonTab_, &QPushButton::clicked, this, [this] { showPage(false); });
-    connect(resultsTab_, &QPushButton::clicked, this, [this] { showPage(true); });
+    connect(comparisonTab_, &QPushButton::clicked, this, [this] { showPage(0); });
+    connect(resultsTab_, &QPushButton::clicked, this, [this] { showPage(1); });
+    connect(trendTab_, &QPushButton::clicked, this, [this] { showPage(2); });
     connect(saveCards_, &QPushButton::clicked, this, &HistoryView::chooseCardsFolder);
     connect(saveReport_, &QPushButton::clicked, this, &HistoryView::chooseReportFile);
 }
@@ -303,6 +341,7 @@ void HistoryView::selectRun(int row) {
     baseline_->setEnabled(baseline_->count() > 0);
     baseline_->blockSignals(false);
     showComparison();
+    showTrend();
     updateStatus();
 }
 
@@ -325,9 +364,22 @@ void HistoryView::showComparison() {
         comparisonTable(history_.runs[std::size_t(before)], history_.runs[std::size_t(selected_)]));
 }
 
-void HistoryView::showPage(bool results) {
-    pages_->setCurrentIndex(results ? 1 : 0);
-    (results ? resultsTab_ : comparisonTab_)->setChecked(true);
+void HistoryView::showPage(int page) {
+    pages_->setCurrentIndex(page);
+    (page == 0 ? comparisonTab_ : page == 1 ? resultsTab_ : trendTab_)->setChecked(true);
+}
+
+void HistoryView::showTrend() {
+    if (selected_ < 0 || std::size_t(selected_) >= history_.runs.size()) {
+        trend_->setSeries({}, {}, tr("Run a benchmark to start the history."));
+        return;
+    }
+    const SavedRun& run = history_.runs[std::size_t(selected_)];
+    trend_->setSeries(
+        trendSeries(history_.runs, std::size_t(selected_)),
+        run.quick ? tr("Quick runs of the history, oldest on the left; the selected run is ringed.")
+                  : tr("Full runs of the history, oldest on the left; the selected run is ringed."),
+        tr("A trend needs the same benchmarks in two runs of the same length. Run them again."));
 }
 
 void HistoryView::updateStatus() {

@@ -10,6 +10,7 @@
 #include "results/run_report.h"
 #include "ui/views/comparison_view.h"
 #include "ui/views/run_results_view.h"
+#include "ui/views/trend_view.h"
 
 #include <QWidget>
 
@@ -31,6 +32,12 @@ ui::ComparisonTable comparisonTable(const SavedRun& before, const SavedRun& afte
 // "0.0 %"; "-" without a ratio.
 QString changeText(const std::optional<double>& ratio);
 
+// The trend of each benchmark of `runs[selected]`: its ok scores over the complete runs of the
+// same length (quick or full: their scores do not compare), oldest first, the last `most` of
+// them, the selected run marked.
+std::vector<ui::TrendSeries> trendSeries(const std::vector<SavedRun>& runs, std::size_t selected,
+                                         std::size_t most = 40);
+
 // What a run held: "Full suite", or its benchmarks' titles ("CPU Single-Core, Memory Stream").
 QString benchmarksText(const SavedRun& run);
 
@@ -48,6 +55,8 @@ class HistoryView : public QWidget {
     ui::RunResultsView* results() const { return results_; }
     QPushButton* comparisonButton() const { return comparisonTab_; }
     QPushButton* resultsButton() const { return resultsTab_; }
+    QPushButton* trendButton() const { return trendTab_; }
+    ui::TrendView* trend() const { return trend_; }
     QPushButton* saveCardsButton() const { return saveCards_; }
     QPushButton* saveReportButton() const { return saveReport_; }
     bool showingResults() const;
@@ -68,7 +77,8 @@ class HistoryView : public QWidget {
     void showComparison();
     void chooseCardsFolder();
     void chooseReportFile();
-    void showPage(bool results);
+    void showPage(int page);
+    void showTrend();
     void showProblem(const QString& what, const QString& reason);
     void updateStatus();
 
@@ -83,12 +93,14 @@ class HistoryView : public QWidget {
     QLabel* runHeading_;
     QPushButton* comparisonTab_;
     QPushButton* resultsTab_;
+    QPushButton* trendTab_;
     QPushButton* saveCards_;
     QPushButton* saveReport_;
     QStackedWidget* pages_;
     QComboBox* baseline_;
     ui::ComparisonView* comparison_;
     ui::RunResultsView* results_;
+    ui::TrendView* trend_;
     QString cardsFolder_; // where the last cards went; the dialog opens there
 };
 

@@ -193,3 +193,38 @@ TEST(RunHistoryWindow, APastRunOpensReadOnlyAndSavesItsCardsAndReportOrSaysWhyNo
     EXPECT_TRUE(blockedDir.entryList(QDir::Files).isEmpty()) << "nothing half-written stays behind";
     EXPECT_FALSE(QFileInfo::exists(QString::fromStdString(tree.path("missing"))));
 }
+
+TEST(RunHistoryWindow, TheTrendFollowsEachBenchmarkOverRunsOfTheSameLength) {
+    const auto run = [](bool quick, bool stopped, std::vector<std::pair<std::string, double>> scores) {
+        SavedRun saved;
+        saved.quick = quick;
+        saved.stopped = stopped;
+        for (const auto& [id, score] : scores)
+            saved.results.push_back({id,
+                                     std::string(title(*benchmarkFromRawValue(id))),
+                                     score > 0 ? "ok" : "failed",
+                                     score,
+                                     std::nullopt,
+                                     {}});
+        return saved;
+    };
+    // Newest first, as the history lists them.
+    const std::vector<SavedRun> runs = {
+        run(false, false, {{"cpuInteger", 130}, {"memoryStream", 30}}),
+        run(true, false, {{"cpuInteger", 13}}),                        // quick: not on a full run's trend
+        run(false, true, {{"cpuInteger", 999}}),                       // stopped
+        run(false, false, {{"cpuInteger", 120}, {"memoryStream", 0}}), // memoryStream failed
+        run(false, false, {{"cpuInteger", 110}}),
+    };
+    const auto series = trendSeries(runs, 0);
+    ASSERT_EQ(series.size(), 2u);
+    std::vector<double> scores;
+    for (const auto& point : series[0].points)
+        scores.push_back(point.score);
+    EXPECT_EQ(scores, (std::vector<double>{110, 120, 130})) << "oldest first, full complete runs only";
+    EXPECT_TRUE(series[0].points.back().selected);
+    EXPECT_FALSE(series[0].points.front().selected);
+    EXPECT_EQ(series[1].points.size(), 1u) << "a failed result is no point";
+    EXPECT_EQ(trendSeries(runs, 0, 2)[0].points.front().score, 120) << "the newest ones are kept";
+    EXPECT_EQ(trendSeries(runs, 1)[0].points.size(), 1u) << "a quick run's trend has only quick runs";
+}

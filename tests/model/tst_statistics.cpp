@@ -122,7 +122,9 @@ TEST(RateSlices, PassesAndTheRunToRunFloorWidenTheInterval) {
 }
 
 TEST(Comparison, StatisticalVerdictsHoldAnAATestAndSeeARealChange) {
-    // Pairs of simulated runs of one benchmark: unchanged, 5 % slower, and noisy.
+    // Pairs of simulated single runs of one benchmark: unchanged, 15 % slower, and noisy. With
+    // the run-to-run noise a single run cannot see (2.4 % a side), smaller changes between
+    // single runs are not called reliably; several passes narrow the interval.
     std::mt19937 random(7);
     const auto compare = [&](double slowdown, bool noisy) {
         const auto a = simulatedPass(random, 300, 0.05, 0.1);
@@ -140,7 +142,7 @@ TEST(Comparison, StatisticalVerdictsHoldAnAATestAndSeeARealChange) {
     int withinNoise = 0, slower = 0;
     for (int i = 0; i < 200; ++i) {
         withinNoise += compare(0, false).verdict == Verdict::withinNoise;
-        slower += compare(0.05, false).verdict == Verdict::slower;
+        slower += compare(0.15, false).verdict == Verdict::slower;
     }
     EXPECT_GE(withinNoise, 190);
     EXPECT_GE(slower, 190);

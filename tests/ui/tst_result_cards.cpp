@@ -45,7 +45,8 @@ BenchmarkCardContent benchmarkContent(bool accuracyMode) {
             kHardware,
             "0.1.0",
             accuracyMode ? std::optional(62.5) : std::nullopt,
-            RateUncertainty{20, 0.01, 19}};
+            RateUncertainty{20, 0.01, 19},
+            accuracyMode};
 }
 
 // One benchmark done, one skipped, one failed, ten never run.
@@ -66,6 +67,7 @@ SummaryCardContent summaryContent() {
     content.appVersion = "0.1.0";
     content.badges = {"on battery", "throttling seen"};
     content.uncertainties[BenchmarkID::cpuInteger] = {20, 0.01, 19};
+    content.noisy.insert(BenchmarkID::cpuInteger);
     return content;
 }
 
@@ -137,6 +139,8 @@ TEST(ResultCards, SingleCardSaysWhatWasMeasuredWhenAndOnWhichMachine) {
     const QStringList accuracyTexts = benchmarkTexts(benchmarkContent(true));
     EXPECT_TRUE(accuracyTexts.contains(QStringLiteral("Accuracy Mode")));
     EXPECT_TRUE(accuracyTexts.contains(QStringLiteral("Stability 62.5 % (throttling)")));
+    EXPECT_TRUE(accuracyTexts.contains(QStringLiteral("Noisy machine")));
+    EXPECT_FALSE(benchmarkTexts(benchmarkContent(false)).contains(QStringLiteral("Noisy machine")));
 
     BenchmarkCardContent skipped = benchmarkContent(false);
     skipped.outcome = skippedOutcome("No OpenCL device.");
@@ -162,10 +166,10 @@ TEST(ResultCards, GlobalCardHasTheTableInOrderAndTheSkippedAndFailedSection) {
     }
     EXPECT_EQ(texts.count(QStringLiteral("Not Run")), 10);
     EXPECT_EQ(texts.count(QStringLiteral("Completed")), 2) << "the metric label and the done row";
-    for (const char* expected :
-         {"Quarbel Global Result Card", "Global Benchmark Result", "All Benchmark Results",
-          "Selected Test Summary", "500.00", "1 / 3", "2.5m", "61 \u00B0C", "Peak CPU", "Peak GPU",
-          "Unavailable", "1.50s", "3.1 Mops/s", "on battery", "throttling seen", "\u00b1 2.1 % (95 %)"})
+    for (const char* expected : {"Quarbel Global Result Card", "Global Benchmark Result",
+                                 "All Benchmark Results", "Selected Test Summary", "500.00", "1 / 3", "2.5m",
+                                 "61 \u00B0C", "Peak CPU", "Peak GPU", "Unavailable", "1.50s", "3.1 Mops/s",
+                                 "on battery", "throttling seen", "\u00b1 2.1 %, noisy"})
         EXPECT_TRUE(texts.contains(QString::fromUtf8(expected))) << expected;
     // Each measurement in the table is named: its label comes just before its value.
     const qsizetype firstRow = header + 6;

@@ -94,6 +94,8 @@ void paintBenchmarkCard(QPainter& painter, const BenchmarkCardContent& content) 
         pills.emplace_back(QStringLiteral("Accuracy Mode"), Palette::stateColor(TestRunState::running));
     if (content.quick)
         pills.emplace_back(QStringLiteral("Quick run"), Palette::stateColor(TestRunState::skipped));
+    if (content.noisy)
+        pills.emplace_back(QStringLiteral("Noisy machine"), Palette::stateColor(TestRunState::skipped));
     if (content.stabilityPercent) {
         const bool throttled = *content.stabilityPercent < kThrottlingStabilityPercent;
         pills.emplace_back(QStringLiteral("Stability ") + qstring(stabilityText(*content.stabilityPercent)),

@@ -9,6 +9,7 @@
 
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -29,6 +30,7 @@ struct BenchmarkCardContent {
     std::string appVersion;
     std::optional<double> stabilityPercent;     // last fifth's pace over the first fifth's
     std::optional<RateUncertainty> uncertainty; // the score's 95 % interval, when it has one
+    bool noisy = false;                         // other work disturbed the machine while it ran
 };
 
 // The global card of a run.
@@ -42,6 +44,7 @@ struct SummaryCardContent {
     std::string appVersion;
     std::vector<std::string> badges; // what made the run less trustworthy: "on battery", ...
     std::map<BenchmarkID, RateUncertainty> uncertainties; // of the scores that have an interval
+    std::set<BenchmarkID> noisy;                          // measured while other work disturbed the machine
 };
 
 // The cards of a saved report: one per result, in run order.

@@ -96,7 +96,7 @@ void drawResultPanel(QPainter& painter, const QRectF& rect, const SummaryCardCon
 }
 
 void drawTableRow(QPainter& painter, const QRectF& rect, BenchmarkID id, const BenchmarkRowState& row,
-                  const RateUncertainty* uncertainty, bool shaded) {
+                  const RateUncertainty* uncertainty, bool noisy, bool shaded) {
     painter.save();
     if (shaded) {
         painter.setPen(Qt::NoPen);
@@ -160,8 +160,9 @@ void drawTableRow(QPainter& painter, const QRectF& rect, BenchmarkID id, const B
         text(QRectF(scoreBox.left(), rect.top() + 2, scoreBox.width(), 20),
              qstring(scoreText(outcome->score)), Palette::text(), cardFont(17, QFont::Bold));
         text(QRectF(scoreBox.left(), rect.top() + 21, scoreBox.width(), 16),
-             qstring(uncertaintyText(*uncertainty)) + QStringLiteral(" (95 %)"), Palette::muted(),
-             cardFont(12.5));
+             qstring(uncertaintyText(*uncertainty)) +
+                 (noisy ? QStringLiteral(", noisy") : QStringLiteral(" (95 %)")),
+             noisy ? Palette::stateColor(TestRunState::skipped) : Palette::muted(), cardFont(12.5));
     } else {
         text(scoreBox, scored ? qstring(scoreText(outcome->score)) : none,
              scored ? Palette::text() : Palette::muted(), cardFont(17, QFont::Bold));
@@ -180,7 +181,8 @@ void drawTableRow(QPainter& painter, const QRectF& rect, BenchmarkID id, const B
 }
 
 void drawTable(QPainter& painter, const QRectF& rect, const BenchmarkRows& rows,
-               const std::map<BenchmarkID, RateUncertainty>& uncertainties) {
+               const std::map<BenchmarkID, RateUncertainty>& uncertainties,
+               const std::set<BenchmarkID>& noisy) {
     parts::drawPanel(painter, rect);
     const QRectF inner = rect.adjusted(28, 22, -28, -18);
     parts::drawSectionTitle(painter, QRectF(inner.left(), inner.top(), 500, 18),
@@ -203,7 +205,7 @@ void drawTable(QPainter& painter, const QRectF& rect, const BenchmarkRows& rows,
         const auto found = uncertainties.find(kAllBenchmarks[i]);
         drawTableRow(painter, QRectF(inner.left(), y, inner.width(), kRowHeight), kAllBenchmarks[i],
                      rows[kAllBenchmarks[i]], found == uncertainties.end() ? nullptr : &found->second,
-                     i % 2 == 1);
+                     noisy.contains(kAllBenchmarks[i]), i % 2 == 1);
     }
 }
 
@@ -286,7 +288,7 @@ void paintSummaryCard(QPainter& painter, const SummaryCardContent& content) {
 
     drawResultPanel(painter, QRectF(kMargin, 128, inner, 170), content);
     drawTable(painter, QRectF(kMargin, 316, inner, 28 + 22 + 38 + 13 * kRowHeight + 18), content.rows,
-              content.uncertainties);
+              content.uncertainties, content.noisy);
     const qreal bottomTop = 962;
     const qreal listWidth = 800;
     drawSkippedAndFailed(painter, QRectF(kMargin, bottomTop, listWidth, 198), content.rows);

@@ -92,7 +92,8 @@ cards::BenchmarkCardContent ResultCardSaver::benchmarkCardContent(const Benchmar
             hardwareRows(),
             appVersion(),
             end.stabilityPercent,
-            end.uncertainty};
+            end.uncertainty,
+            end.noisy};
 }
 
 cards::SummaryCardContent ResultCardSaver::summaryCardContent(const BenchmarkStore& store) {
@@ -104,10 +105,13 @@ cards::SummaryCardContent ResultCardSaver::summaryCardContent(const BenchmarkSto
                                       hardwareRows(),
                                       appVersion(),
                                       store.runCondition().badges,
+                                      {},
                                       {}};
-    for (BenchmarkID id : kAllBenchmarks)
-        if (const auto& uncertainty = store.endState(id).uncertainty)
-            content.uncertainties[id] = *uncertainty;
+    for (BenchmarkID id : kAllBenchmarks) {
+        const BenchmarkEndState& end = store.endState(id);
+        if (end.uncertainty) content.uncertainties[id] = *end.uncertainty;
+        if (end.noisy) content.noisy.insert(id);
+    }
     return content;
 }
 

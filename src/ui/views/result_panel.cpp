@@ -248,15 +248,21 @@ void ResultPanel::paintEvent(QPaintEvent* event) {
         painter.drawText(QRectF(labelLeft, y + 25, 260, 18), Qt::AlignLeft | Qt::AlignVCenter, interval);
         labelWidth = std::max(labelWidth, QFontMetricsF(intervalFont).horizontalAdvance(interval));
     }
-    // Whether the workload kept its pace to the end: amber when it fell below 90 %.
-    if (end.stabilityPercent) {
-        const QString text = tr("Stability %1").arg(theme::qstring(stabilityText(*end.stabilityPercent)));
-        const qreal width = theme::pillWidth(text, 26);
-        if (labelLeft + labelWidth + 16 + width <= area.right())
-            theme::drawPill(painter, QRectF(area.right() - width, y + 14, width, 26), text,
-                            theme::stateColor(*end.stabilityPercent < kThrottlingStabilityPercent
-                                                  ? TestRunState::skipped
-                                                  : TestRunState::done));
+    // At the right edge: whether other work disturbed the machine, and whether the workload
+    // kept its pace to the end (amber when it fell below 90 %).
+    std::vector<std::pair<QString, QColor>> pills;
+    if (end.noisy) pills.emplace_back(tr("Noisy machine"), theme::stateColor(TestRunState::skipped));
+    if (end.stabilityPercent)
+        pills.emplace_back(tr("Stability %1").arg(theme::qstring(stabilityText(*end.stabilityPercent))),
+                           theme::stateColor(*end.stabilityPercent < kThrottlingStabilityPercent
+                                                 ? TestRunState::skipped
+                                                 : TestRunState::done));
+    qreal right = area.right();
+    for (auto pill = pills.rbegin(); pill != pills.rend(); ++pill) {
+        const qreal width = theme::pillWidth(pill->first, 26);
+        if (labelLeft + labelWidth + 16 + width > right) break;
+        theme::drawPill(painter, QRectF(right - width, y + 14, width, 26), pill->first, pill->second);
+        right -= width + 8;
     }
     y += kScoreRowHeight;
 
