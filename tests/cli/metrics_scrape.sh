@@ -16,7 +16,10 @@ fi
 dir="$(mktemp -d)"
 exporter=""
 cleanup() {
-  [[ -n "$exporter" ]] && kill "$exporter" 2>/dev/null && wait "$exporter" 2>/dev/null
+  if [[ -n "$exporter" ]]; then
+    kill "$exporter" 2>/dev/null || true
+    wait "$exporter" 2>/dev/null || true
+  fi
   rm -rf "$dir"
 }
 trap cleanup EXIT
@@ -34,7 +37,7 @@ for _ in 1 2 3 4 5; do
     --collector.textfile.directory="$dir/textfile" >"$dir/exporter.log" 2>&1 &
   exporter=$!
   for _ in $(seq 50); do
-    if exec 3<>"/dev/tcp/127.0.0.1/$port" 2>/dev/null; then
+    if { exec 3<>"/dev/tcp/127.0.0.1/$port"; } 2>/dev/null; then
       printf 'GET /metrics HTTP/1.0\r\nHost: 127.0.0.1\r\n\r\n' >&3
       scrape="$(cat <&3)"
       exec 3<&-
@@ -44,7 +47,8 @@ for _ in 1 2 3 4 5; do
     sleep 0.1
   done
   [[ -n "$scrape" ]] && break
-  kill "$exporter" 2>/dev/null && wait "$exporter" 2>/dev/null
+  kill "$exporter" 2>/dev/null || true
+  wait "$exporter" 2>/dev/null || true
   exporter=""
 done
 [[ -n "$scrape" ]] || { echo "node exporter did not answer"; cat "$dir/exporter.log"; exit 1; }
