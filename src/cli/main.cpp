@@ -24,6 +24,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <tuple>
 #include <unistd.h>
 
 namespace {
@@ -372,21 +373,16 @@ int main(int argc, char** argv) {
         return session::kExitBadInput;
     }
     options.untilStable = std::get<std::optional<StabilityTarget>>(untilStable);
-    if (run->count("--json") > 0) {
-        auto target = resolveReportTarget(jsonPath);
-        if (const auto* problem = std::get_if<std::string>(&target)) {
-            std::fprintf(stderr, "quarbel: %s\n", problem->c_str());
+    // The files written after the run are checked before it: a run is never lost to them.
+    for (auto [option, path, target] : {std::tuple{"--json", &jsonPath, &options.report},
+                                        std::tuple{"--metrics", &metricsPath, &options.metrics}}) {
+        if (run->count(option) == 0) continue;
+        auto resolved = resolveReportTarget(*path);
+        if (const auto* problem = std::get_if<std::string>(&resolved)) {
+            std::fprintf(stderr, "quarbel: %s: %s\n", option, problem->c_str());
             return session::kExitBadInput;
         }
-        options.report = std::get<ReportTarget>(std::move(target));
-    }
-    if (run->count("--metrics") > 0) {
-        auto target = resolveReportTarget(metricsPath);
-        if (const auto* problem = std::get_if<std::string>(&target)) {
-            std::fprintf(stderr, "quarbel: --metrics: %s\n", problem->c_str());
-            return session::kExitBadInput;
-        }
-        options.metrics = std::get<ReportTarget>(std::move(target));
+        *target = std::get<ReportTarget>(std::move(resolved));
     }
     if (run->count("--cards") > 0) {
         auto directory = session::prepareCardsDirectory("--cards", cardsArgument);
