@@ -166,10 +166,10 @@ TEST(ResultCards, GlobalCardHasTheTableInOrderAndTheSkippedAndFailedSection) {
     }
     EXPECT_EQ(texts.count(QStringLiteral("Not Run")), 10);
     EXPECT_EQ(texts.count(QStringLiteral("Completed")), 2) << "the metric label and the done row";
-    for (const char* expected : {"Quarbel Global Result Card", "Global Benchmark Result",
-                                 "All Benchmark Results", "Selected Test Summary", "500.00", "1 / 3", "2.5m",
-                                 "61 \u00B0C", "Peak CPU", "Peak GPU", "Unavailable", "1.50s", "3.1 Mops/s",
-                                 "on battery", "throttling seen", "\u00b1 2.1 %, noisy"})
+    for (const char* expected :
+         {"Quarbel Global Result Card", "Global Benchmark Result", "All Benchmark Results",
+          "Selected Test Summary", "500.00", "1 / 3", "2.5m", "61 \u00B0C", "Peak CPU", "Peak GPU",
+          "Unavailable", "1.50s", "3.1 Mops/s", "on battery", "throttling seen", "\u00b1 2.1 %, noisy"})
         EXPECT_TRUE(texts.contains(QString::fromUtf8(expected))) << expected;
     // Each measurement in the table is named: its label comes just before its value.
     const qsizetype firstRow = header + 6;
