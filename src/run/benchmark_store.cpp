@@ -158,7 +158,9 @@ void BenchmarkStore::setBudgetScale(double scale) {
     if (quickMode() != wasQuick) Q_EMIT quickModeChanged();
 }
 
-bool BenchmarkStore::runIsQuick() const { return task_ ? task_->budgetScale < 1.0 : quickMode(); }
+double BenchmarkStore::runBudgetScale() const { return task_ ? task_->budgetScale : budgetScale_; }
+
+bool BenchmarkStore::runIsQuick() const { return runBudgetScale() < 1.0; }
 
 void BenchmarkStore::runSelected() { run({selectedID_}, false); }
 
@@ -408,7 +410,7 @@ void BenchmarkStore::runBenchmarkPass(BenchmarkID id, PassCompletion completion)
     WorkloadContext context;
     context.cancellation = token.get();
     context.progress = progress.get();
-    context.budgetScale = task_ ? task_->budgetScale : budgetScale_;
+    context.budgetScale = runBudgetScale();
     auto runWorkload = services_.runWorkload;
     // Shared so that the pass can still be answered when its thread never starts.
     auto pending = std::make_shared<PassCompletion>(std::move(completion));
@@ -456,8 +458,7 @@ void BenchmarkStore::runVisibleMetalBenchmark(PassCompletion completion) {
         completion(skippedOutcome("Metal is not available on this machine."));
         return;
     }
-    VisualBenchmarkRequest request{
-        newUUIDText(), kVisualSeconds * (task_ ? task_->budgetScale : budgetScale_), kVisualWorkload};
+    VisualBenchmarkRequest request{newUUIDText(), kVisualSeconds * runBudgetScale(), kVisualWorkload};
     visualRunID_ = request.id;
     visualLiveStats_.reset();
     Q_EMIT visualLiveStatsChanged();
@@ -552,7 +553,7 @@ void BenchmarkStore::startRealtimeClock(BenchmarkID id, int passes) {
     Q_EMIT currentRunStartedAtChanged();
     currentRunTick_ = now;
     // Quick runs shorten every budget, so the target and the bar follow the shortened one.
-    currentRunTargetSeconds_ = targetSeconds(id) * std::max(passes, 1) * (task_ ? task_->budgetScale : 1.0);
+    currentRunTargetSeconds_ = targetSeconds(id) * std::max(passes, 1) * runBudgetScale();
     Q_EMIT currentRunTargetSecondsChanged();
     Q_EMIT currentRunTickChanged();
     delete realtimeTimer_;

@@ -229,6 +229,8 @@ class BenchmarkStore : public QObject {
     void updateVisualLiveStats(const std::string& id, const VisualBenchmarkLiveStats& stats);
     void finishVisualBenchmark(const std::optional<std::string>& id, const BenchmarkOutcome& outcome);
     void visualBenchmarkStalled();
+    // The budget scale of the active run, else the one the next run will take.
+    double runBudgetScale() const;
     void startRealtimeClock(BenchmarkID id, int passes);
     void stopRealtimeClock();
     void onRealtimeTick();
