@@ -73,7 +73,7 @@ run_checks() {
     expect "export --out takes a file" "notes.txt" -- _quarbel "$program" export 1 --format csv --out ""
     expect "identifiers from the program's list" "newBenchmark" -x "ssdRandom" -- _quarbel "$work/lister" run ""
     expect "info's options" "--json" -- _quarbel "$program" info --
-    expect "gui options" "--run --quick --json --quit-when-done" -- _quarbel_gui quarbel-gui --
+    expect "gui options" "--run --quick --json --quit-when-done --history" -- _quarbel_gui quarbel-gui --
     expect "gui --run" "all cpuInteger ssdRandom" -- _quarbel_gui quarbel-gui --run ""
     expect "gui --run after a comma" "cpuInteger,memoryStream" -x "cpuInteger,all cpuInteger,cpuInteger" -- _quarbel_gui quarbel-gui --run cpuInteger,m
     expect "gui --json takes a file" "run.json" -- _quarbel_gui quarbel-gui --run all --json ""

@@ -1,7 +1,7 @@
-// For the start-up benchmark: when QUARBEL_FIRST_PAINT_TRACE is set, prints
-// "first-paint <wall-clock seconds>" on standard error the first time the window paints,
-// and quits at once when its value is "quit". A launcher that notes the time before it
-// starts the program then knows how long the first picture took.
+// For the start-up benchmarks: when QUARBEL_FIRST_PAINT_TRACE is set, prints
+// "<label> <wall-clock seconds>" on standard error the first time a watched window paints,
+// and quits once every watched window has painted when its value is "quit". A launcher that
+// notes the time before it starts the program then knows how long each first picture took.
 #pragma once
 
 #include <QObject>
@@ -12,14 +12,17 @@ class FirstPaintProbe : public QObject {
     Q_OBJECT
   public:
     // Watches `window` when the variable is set; does nothing otherwise.
-    static void watch(QWidget& window);
+    static void watch(QWidget& window, const char* label = "first-paint");
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
-    explicit FirstPaintProbe(QObject* parent, bool quitAfter) : QObject(parent), quitAfter_(quitAfter) {}
+    FirstPaintProbe(QObject* parent, const char* label, bool quitAfter)
+        : QObject(parent), label_(label), quitAfter_(quitAfter) {}
+    const char* label_;
     bool quitAfter_;
+    static int unpainted_; // watched windows that have not painted yet
 };
 
 } // namespace quarbel::app

@@ -38,6 +38,8 @@ std::variant<LaunchOptions, LaunchExit> parseLaunchArguments(const std::vector<s
     app.add_option("--json", jsonPath, "Write the run's results as JSON to FILE (needs --run)")
         ->type_name("FILE");
     app.add_flag("--quit-when-done", quitWhenDone, "Quit once the run's summary is out (needs --run)");
+    bool history = false;
+    app.add_flag("--history", history, "Open the Run History beside the main window");
 
     std::vector<const char*> argv;
     for (const std::string& argument : arguments)
@@ -60,6 +62,7 @@ std::variant<LaunchOptions, LaunchExit> parseLaunchArguments(const std::vector<s
     options.accuracy = run.accuracy;
     options.quick = run.quick;
     options.quitWhenDone = quitWhenDone;
+    options.history = history;
     if (!runGiven) return options;
 
     const bool all = std::find(names.begin(), names.end(), "all") != names.end();

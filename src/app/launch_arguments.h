@@ -1,5 +1,6 @@
 // The command line of the desktop program:
 //   quarbel-gui [--run all|ID[,ID...]] [--accuracy] [--quick] [--json FILE] [--quit-when-done]
+//               [--history]
 #pragma once
 
 #include "session/run_session.h"
@@ -17,6 +18,7 @@ struct LaunchOptions {
     bool accuracy = false;     // Accuracy Mode on from the start
     bool quick = false;        // quick runs (a tenth of every budget) from the start
     bool quitWhenDone = false; // quit once the run's summary is out
+    bool history = false;      // open the Run History beside the main window
 };
 
 // Leave before the window opens: `exitCode` 0 prints `text` on standard output (help,

@@ -106,6 +106,10 @@ int main(int argc, char** argv) {
     if (options.quick) store.setQuickMode(true);
     app::FirstPaintProbe::watch(window);
     window.show();
+    if (options.history) {
+        history.showWindow();
+        app::FirstPaintProbe::watch(*history.window(), "history-paint");
+    }
     delegate.applicationDidFinishLaunching();
 
     // SIGINT and SIGTERM quit as Ctrl+Q does; a second one leaves at once, still taking

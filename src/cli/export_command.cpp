@@ -39,7 +39,7 @@ int exportCommand(const std::vector<std::string>& runs, const std::string& forma
     for (const std::string& name : runs) {
         std::string path = name;
         if (!name.empty() && name.find_first_not_of("0123456789") == std::string::npos) {
-            if (!history) history = listHistory(historyDirectory());
+            if (!history) history = listHistory(historyDirectory(), HistoryDetail::order);
             auto saved = resolveSavedRun(name, *history);
             if (const auto* problem = std::get_if<std::string>(&saved)) return badInput(*problem);
             path = std::get<SavedRun>(saved).path;

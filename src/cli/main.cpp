@@ -307,7 +307,9 @@ int main(int argc, char** argv) {
     }
 
     if (app.got_subcommand("history") || app.got_subcommand("compare")) {
-        const HistoryListing history = listHistory(historyDirectory());
+        const HistoryListing history =
+            listHistory(historyDirectory(),
+                        app.got_subcommand("history") ? HistoryDetail::results : HistoryDetail::order);
         for (const auto& warning : history.warnings)
             std::fprintf(stderr, "quarbel: %s\n", warning.c_str());
         if (app.got_subcommand("history")) {

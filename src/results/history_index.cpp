@@ -1,10 +1,10 @@
 #include "results/history_index.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <fcntl.h>
 #include <fstream>
-#include <sstream>
 #include <unistd.h>
 
 namespace quarbel {
@@ -89,7 +89,7 @@ std::string lineOf(const IndexedFile& file) {
     return line;
 }
 
-bool readLine(std::string_view line, IndexedFile& file) {
+bool readLine(std::string_view line, IndexedFile& file, bool withResults) {
     const auto f = split(line, kField);
     if (f.size() < 5) return false;
     file.name = f[0];
@@ -110,7 +110,7 @@ bool readLine(std::string_view line, IndexedFile& file) {
     r.machine = f[12];
     r.machineId = f[13];
     r.hostName = f[14];
-    if (!f[15].empty())
+    if (withResults && !f[15].empty())
         for (const auto& text : split(f[15], kResult))
             if (!readResult(text, r.results.emplace_back())) return false;
     return true;
@@ -126,21 +126,24 @@ std::string historyIndexPath(const std::string& directory) {
     return path + ".index";
 }
 
-std::unordered_map<std::string, IndexedFile> readHistoryIndex(const std::string& path) {
+std::unordered_map<std::string, IndexedFile> readHistoryIndex(const std::string& path, bool withResults) {
     std::unordered_map<std::string, IndexedFile> files;
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream buffer;
-    buffer << in.rdbuf();
-    const std::string text = buffer.str();
+    std::string text;
+    if (std::ifstream in{path, std::ios::binary}; in && in.seekg(0, std::ios::end)) {
+        text.resize(static_cast<std::size_t>(std::max<std::streamoff>(in.tellg(), 0)));
+        in.seekg(0).read(text.data(), static_cast<std::streamsize>(text.size()));
+        text.resize(static_cast<std::size_t>(in.gcount()));
+    }
     std::string_view rest = text;
     const std::size_t headerEnd = rest.find('\n');
     if (headerEnd == std::string_view::npos || rest.substr(0, headerEnd) != kHeader) return {};
     rest.remove_prefix(headerEnd + 1);
+    files.reserve(static_cast<std::size_t>(std::count(rest.begin(), rest.end(), '\n')));
     while (!rest.empty()) {
         const std::size_t end = rest.find('\n');
         if (end == std::string_view::npos) return {}; // cut short: rebuild it
         IndexedFile file;
-        if (!readLine(rest.substr(0, end), file)) return {};
+        if (!readLine(rest.substr(0, end), file, withResults)) return {};
         files[file.name] = std::move(file);
         rest.remove_prefix(end + 1);
     }

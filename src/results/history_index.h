@@ -24,8 +24,10 @@ struct IndexedFile {
 // The index file of a history folder: "runs.index" beside "runs".
 std::string historyIndexPath(const std::string& directory);
 
-// Its entries by file name; empty when it is missing or not an index of this version.
-std::unordered_map<std::string, IndexedFile> readHistoryIndex(const std::string& path);
+// Its entries by file name; empty when it is missing or not an index of this version. With
+// `withResults` false the runs come without their results.
+std::unordered_map<std::string, IndexedFile> readHistoryIndex(const std::string& path,
+                                                              bool withResults = true);
 
 // Replaces it atomically; false when it could not be written (the listing works without it).
 bool writeHistoryIndex(const std::string& path, const std::vector<IndexedFile>& files);

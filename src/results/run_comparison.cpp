@@ -62,11 +62,13 @@ std::variant<SavedRun, std::string> resolveSavedRun(const std::string& argument,
         if (index < 1 || index > history.runs.size())
             return "no run " + argument + " in the history (it holds " + std::to_string(history.runs.size()) +
                    "; see 'quarbel history')";
-        return history.runs[index - 1];
     }
+    // A run of the history is read from its report, as a file named on the command line is:
+    // the listing may hold only what orders the runs.
+    const std::string path = number ? history.runs[std::stoul(argument) - 1].path : argument;
     std::string problem;
-    if (auto run = readSavedRun(argument, &problem)) return std::move(*run);
-    return argument + " " + problem;
+    if (auto run = readSavedRun(path, &problem)) return std::move(*run);
+    return path + " " + problem;
 }
 
 RunComparison compareRuns(const SavedRun& before, const SavedRun& after) {

@@ -9,8 +9,10 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <dirent.h>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <sstream>
 #include <sys/stat.h>
 
@@ -133,24 +135,26 @@ std::optional<SavedRun> readSavedRun(const std::string& path, std::string* probl
     return run;
 }
 
-HistoryListing listHistory(const std::string& directory) {
+HistoryListing listHistory(const std::string& directory, HistoryDetail detail) {
     HistoryListing listing;
-    std::error_code error;
-    fs::directory_iterator entries(directory, error);
-    if (error) return listing; // no history yet
+    const std::unique_ptr<DIR, int (*)(DIR*)> entries(::opendir(directory.c_str()), ::closedir);
+    if (!entries) return listing; // no history yet
     // Each report is read once: later listings take what it said from the index, as long as
     // the file keeps its size and modification time.
     const std::string indexPath = historyIndexPath(directory);
-    auto index = readHistoryIndex(indexPath);
+    auto index = readHistoryIndex(indexPath, detail == HistoryDetail::results);
     const std::size_t indexed = index.size();
     std::vector<IndexedFile> files;
+    files.reserve(indexed);
     bool changed = false;
-    for (const auto& entry : entries) {
-        if (entry.path().extension() != ".json") continue;
+    while (const dirent* entry = ::readdir(entries.get())) {
+        const std::string_view name = entry->d_name;
+        if (name.size() <= 5 || !name.ends_with(".json")) continue;
         struct stat info {};
-        if (::stat(entry.path().c_str(), &info) != 0 || !S_ISREG(info.st_mode)) continue;
+        if (::fstatat(::dirfd(entries.get()), entry->d_name, &info, 0) != 0 || !S_ISREG(info.st_mode))
+            continue;
         IndexedFile file;
-        file.name = entry.path().filename();
+        file.name = name;
         file.size = static_cast<std::uintmax_t>(info.st_size);
         file.modifiedNanoseconds = std::int64_t{info.st_mtim.tv_sec} * 1'000'000'000 + info.st_mtim.tv_nsec;
         if (const auto known = index.find(file.name);
@@ -159,36 +163,54 @@ HistoryListing listHistory(const std::string& directory) {
             files.push_back(std::move(known->second));
             continue;
         }
-        file.run = readSavedRun(entry.path(), &file.problem);
+        // An index read without results cannot be written back: the full listing reads the
+        // new reports and brings the index up to date.
+        if (detail == HistoryDetail::order) return listHistory(directory, HistoryDetail::results);
+        file.run = readSavedRun((fs::path(directory) / name).string(), &file.problem);
         files.push_back(std::move(file));
         changed = true;
     }
-    if (changed || files.size() != indexed) writeHistoryIndex(indexPath, files);
-    std::sort(files.begin(), files.end(),
-              [](const IndexedFile& a, const IndexedFile& b) { return a.name > b.name; });
-    for (auto& file : files) {
-        const std::string path = (fs::path(directory) / file.name).string();
-        if (file.run) {
-            file.run->path = path;
-            listing.runs.push_back(std::move(*file.run));
-        } else {
-            listing.warnings.push_back("skipped " + path + ": it " + file.problem);
-        }
+    if (changed || files.size() != indexed) {
+        if (detail == HistoryDetail::order) return listHistory(directory, HistoryDetail::results);
+        writeHistoryIndex(indexPath, files);
     }
     // Newest first; runs started in the same second come in the order of their "-2", "-3"
-    // suffixes, which saveToHistory gives in the order they ended.
-    const auto order = [](const SavedRun& run) {
-        const std::string stem = fs::path(run.path).stem();
+    // suffixes, which saveToHistory gives in the order they ended, and then by name.
+    struct Place {
+        IndexedFile* file;
+        int suffix;
+    };
+    std::vector<Place> order;
+    order.reserve(files.size());
+    for (IndexedFile& file : files) {
+        const std::string_view stem = std::string_view(file.name).substr(0, file.name.size() - 5);
         const auto dash = stem.rfind('-');
         int suffix = 1;
-        if (dash != std::string::npos && dash + 1 < stem.size() &&
+        if (dash != std::string_view::npos && dash + 1 < stem.size() && stem.size() - dash < 9 &&
             std::all_of(stem.begin() + long(dash) + 1, stem.end(),
                         [](char c) { return c >= '0' && c <= '9'; }))
-            suffix = std::stoi(stem.substr(dash + 1));
-        return std::pair{run.startedAt, suffix};
-    };
-    std::stable_sort(listing.runs.begin(), listing.runs.end(),
-                     [&](const SavedRun& a, const SavedRun& b) { return order(a) > order(b); });
+            suffix = std::stoi(std::string(stem.substr(dash + 1)));
+        order.push_back({&file, suffix});
+    }
+    const std::string startedAtOfBadFile;
+    std::sort(order.begin(), order.end(), [&](const Place& a, const Place& b) {
+        const std::string& startedA = a.file->run ? a.file->run->startedAt : startedAtOfBadFile;
+        const std::string& startedB = b.file->run ? b.file->run->startedAt : startedAtOfBadFile;
+        if (const int c = startedA.compare(startedB); c != 0) return c > 0;
+        if (a.suffix != b.suffix) return a.suffix > b.suffix;
+        return a.file->name > b.file->name;
+    });
+    const std::string folder = directory.ends_with('/') ? directory : directory + '/';
+    listing.runs.reserve(order.size());
+    for (const Place& place : order) {
+        IndexedFile& file = *place.file;
+        if (file.run) {
+            file.run->path = folder + file.name;
+            listing.runs.push_back(std::move(*file.run));
+        } else {
+            listing.warnings.push_back("skipped " + folder + file.name + ": it " + file.problem);
+        }
+    }
     return listing;
 }
 

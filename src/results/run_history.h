@@ -61,8 +61,13 @@ struct HistoryListing {
     std::vector<std::string> warnings; // one per file that was skipped, with the reason
 };
 
+// How much of each run a listing holds: everything `history` and the window show, or only
+// what orders and names the runs (path, start, version, mode, scores; no results), which is
+// all that picking runs by number needs and a tenth of the work on a long history.
+enum class HistoryDetail { results, order };
+
 // Every report in `directory`; files that do not read as reports are skipped with a warning.
-HistoryListing listHistory(const std::string& directory);
+HistoryListing listHistory(const std::string& directory, HistoryDetail detail = HistoryDetail::results);
 
 // Whether the two runs have a benchmark in common (by title).
 bool shareBenchmarks(const SavedRun& a, const SavedRun& b);

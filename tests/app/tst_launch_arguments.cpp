@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <optional>
@@ -22,7 +23,7 @@ TEST(LaunchArguments, GoodArgumentsGiveTheRunToStart) {
     const Case cases[] = {
         {{}, {}, false, false, false, ""},
         {{"--accuracy"}, {}, true, false, false, ""},
-        {{"--quick"}, {}, false, true, false, ""},
+        {{"--quick", "--history"}, {}, false, true, false, ""},
         {{"--run", "all"}, {kAllBenchmarks.begin(), kAllBenchmarks.end()}, false, false, false, ""},
         {{"--run", "cpuInteger,ssdRandom", "--quick", "--quit-when-done", "--json", report},
          {BenchmarkID::cpuInteger, BenchmarkID::ssdRandom},
@@ -41,6 +42,7 @@ TEST(LaunchArguments, GoodArgumentsGiveTheRunToStart) {
         EXPECT_EQ(options.accuracy, c.accuracy);
         EXPECT_EQ(options.quick, c.quick);
         EXPECT_EQ(options.quitWhenDone, c.quitWhenDone);
+        EXPECT_EQ(options.history, std::ranges::count(c.args, "--history") == 1);
         ASSERT_EQ(options.run.has_value(), !c.ids.empty());
         if (!options.run) continue;
         EXPECT_EQ(options.run->ids, c.ids);

@@ -114,6 +114,22 @@ TEST(RunHistory, SavesAtomicallyListsNewestFirstAndSkipsWhatIsNotAReport) {
     EXPECT_TRUE(changed.runs[0].results[0].statistics.noisy);
     EXPECT_EQ(summary(listHistory(dir)), summary(changed))
         << "the uncertainty and noisy flag survive the index";
+    // Runs picked by number need only the order: the same runs, without their results, and a
+    // report the index does not know yet is found all the same.
+    const auto order = [](const HistoryListing& l) {
+        std::vector<std::string> paths;
+        for (const auto& run : l.runs)
+            paths.push_back(run.path + (run.results.empty() ? "" : " with results"));
+        return paths;
+    };
+    const HistoryListing ordered = listHistory(dir, HistoryDetail::order);
+    EXPECT_EQ(ordered.warnings, changed.warnings);
+    EXPECT_EQ(order(ordered),
+              (std::vector<std::string>{changed.runs[0].path, changed.runs[1].path, changed.runs[2].path}));
+    const auto newest =
+        saveToHistory(dir, "2026-11-26T08:00:00Z", reportText("2026-11-26T08:00:00Z", "1.0", false, {}));
+    EXPECT_EQ(listHistory(dir, HistoryDetail::order).runs.at(0).path, newest.path);
+    std::filesystem::remove(newest.path);
     tree.write("data/quarbel/runs.index", "quarbel-history-index 1\nnonsense\n");
     EXPECT_EQ(summary(listHistory(dir)), summary(changed));
     tree.write("blocker", "a file where the directory should be");
