@@ -14,11 +14,13 @@
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QListView>
 #include <QListWidget>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QStackedWidget>
+#include <QStandardItemModel>
 #include <QVBoxLayout>
 
 #include <cmath>
@@ -124,19 +126,29 @@ std::vector<ui::TrendSeries> trendSeries(const std::vector<SavedRun>& runs, std:
         ui::TrendSeries trend{
             q(result.title), id ? ui::theme::accent(category(*id)) : ui::theme::secondary(), {}};
         // Runs are kept newest first; the chart reads oldest first.
-        for (std::size_t i = runs.size(); i-- > 0;) {
+        std::vector<std::pair<std::size_t, const SavedResult*>> found;
+        std::size_t selectedAt = 0;
+        for (std::size_t i = 0; i < runs.size(); ++i) {
             const SavedRun& run = runs[i];
             if (run.stopped || run.quick != chosen.quick) continue;
             for (const SavedResult& r : run.results)
                 if (r.title == result.title && r.status == "ok") {
-                    const auto& u = r.statistics.uncertainty;
-                    trend.points.push_back({r.score, u ? r.score * u->ci95Percent() / 100 : 0, i == selected,
-                                            r.statistics.noisy});
+                    if (i == selected) selectedAt = found.size();
+                    found.emplace_back(i, &r);
                     break;
                 }
         }
-        if (trend.points.size() > most)
-            trend.points.erase(trend.points.begin(), trend.points.end() - std::ptrdiff_t(most));
+        // The newest `most` points, or, for an older run, `most` points around it; only the
+        // points drawn have their intervals worked out.
+        const std::size_t first = selectedAt < most ? 0 : selectedAt - most / 2;
+        found.erase(found.begin() + std::ptrdiff_t(std::min(found.size(), first + most)), found.end());
+        found.erase(found.begin(), found.begin() + std::ptrdiff_t(first));
+        for (auto point = found.rbegin(); point != found.rend(); ++point) {
+            const SavedResult& r = *point->second;
+            const auto& u = r.statistics.uncertainty;
+            trend.points.push_back({r.score, u ? r.score * u->ci95Percent() / 100 : 0,
+                                    point->first == selected, r.statistics.noisy});
+        }
         series.push_back(std::move(trend));
     }
     return series;
@@ -222,6 +234,12 @@ HistoryView::HistoryView(std::string directory, QWidget* parent)
     auto* chooser = new QHBoxLayout;
     chooser->addWidget(makeTextLabel(tr("Compared with"), 1, QFont::Normal, kSecondaryText));
     chooser->addWidget(baseline_, 1);
+    // A history holds thousands of runs: the chooser and the list size themselves without
+    // measuring every line.
+    baseline_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    baseline_->setMinimumContentsLength(40);
+    if (auto* popup = qobject_cast<QListView*>(baseline_->view())) popup->setUniformItemSizes(true);
+    list_->setUniformItemSizes(true);
     auto* comparisonColumn = new QVBoxLayout(comparisonPage);
     comparisonColumn->setContentsMargins(0, 0, 0, 0);
     comparisonColumn->addLayout(chooser);
@@ -297,10 +315,18 @@ void HistoryView::reload() {
     }
     if (!history_.runs.empty()) list_->setCurrentRow(row);
     list_->blockSignals(false);
+    baseline_->blockSignals(true);
+    baseline_->clear();
+    for (const SavedRun& run : history_.runs)
+        baseline_->addItem(startedText(run) + QStringLiteral(" \u00B7 ") + benchmarksText(run) +
+                           QStringLiteral(" \u00B7 ") + outcomeText(run));
+    baseline_->blockSignals(false);
+    selected_ = -1;
     selectRun(history_.runs.empty() ? -1 : row);
 }
 
 void HistoryView::selectRun(int row) {
+    const int previousSelection = selected_;
     selected_ = row;
     const bool exists = row >= 0 && std::size_t(row) < history_.runs.size();
     selectedText_.clear();
@@ -326,19 +352,16 @@ void HistoryView::selectRun(int row) {
     saveReport_->setEnabled(results_->report().has_value());
 
     // Every other run can be the baseline; the default is the newest complete one before it
-    // that shares a benchmark.
+    // that shares a benchmark. The chooser lists every run (reload() fills it) and greys out
+    // the selected one.
+    auto* choices = qobject_cast<QStandardItemModel*>(baseline_->model());
     baseline_->blockSignals(true);
-    baseline_->clear();
-    for (std::size_t i = 0; exists && i < history_.runs.size(); ++i)
-        if (int(i) != row) {
-            const SavedRun& run = history_.runs[i];
-            baseline_->addItem(startedText(run) + QStringLiteral(" \u00B7 ") + benchmarksText(run) +
-                                   QStringLiteral(" \u00B7 ") + outcomeText(run),
-                               int(i));
-        }
+    if (previousSelection >= 0 && previousSelection < choices->rowCount())
+        choices->item(previousSelection)->setEnabled(true);
+    if (exists) choices->item(row)->setEnabled(false);
     const auto baseline = exists ? baselineRun(history_.runs, std::size_t(row)) : std::nullopt;
-    baseline_->setCurrentIndex(baseline ? baseline_->findData(int(*baseline)) : -1);
-    baseline_->setEnabled(baseline_->count() > 0);
+    baseline_->setCurrentIndex(baseline ? int(*baseline) : -1);
+    baseline_->setEnabled(exists && baseline_->count() > 1);
     baseline_->blockSignals(false);
     showComparison();
     showTrend();
@@ -346,7 +369,7 @@ void HistoryView::selectRun(int row) {
 }
 
 void HistoryView::showComparison() {
-    const int before = baseline_->currentData().isValid() ? baseline_->currentData().toInt() : -1;
+    const int before = baseline_->currentIndex() == selected_ ? -1 : baseline_->currentIndex();
     if (selected_ < 0 || history_.runs.empty()) {
         comparison_->setTable({{}, {}, {}, {}, tr("Run a benchmark to start the history.")});
         return;

@@ -33,8 +33,8 @@ ui::ComparisonTable comparisonTable(const SavedRun& before, const SavedRun& afte
 QString changeText(const std::optional<double>& ratio);
 
 // The trend of each benchmark of `runs[selected]`: its ok scores over the complete runs of the
-// same length (quick or full: their scores do not compare), oldest first, the last `most` of
-// them, the selected run marked.
+// same length (quick or full: their scores do not compare), oldest first, the newest `most`
+// of them or, when the selected run is older, `most` around it; the selected run marked.
 std::vector<ui::TrendSeries> trendSeries(const std::vector<SavedRun>& runs, std::size_t selected,
                                          std::size_t most = 40);
 

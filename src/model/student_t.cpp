@@ -1,5 +1,6 @@
 #include "model/student_t.h"
 
+#include <array>
 #include <cmath>
 #include <limits>
 
@@ -80,6 +81,19 @@ double twoSidedPValue(double t, double degreesOfFreedom) {
     return 2.0 * studentTCdf(-std::abs(t), degreesOfFreedom);
 }
 
-double t95(double degreesOfFreedom) { return studentTQuantile(0.975, degreesOfFreedom); }
+double t95(double degreesOfFreedom) {
+    // Intervals are drawn for every result of a long history, nearly all with the whole
+    // degrees of freedom of their slices: those are worked out once.
+    static const auto wholeDegrees = [] {
+        std::array<double, 65> quantiles{};
+        for (std::size_t n = 1; n < quantiles.size(); ++n)
+            quantiles[n] = studentTQuantile(0.975, double(n));
+        return quantiles;
+    }();
+    if (degreesOfFreedom >= 1 && degreesOfFreedom < double(wholeDegrees.size()) &&
+        degreesOfFreedom == std::floor(degreesOfFreedom))
+        return wholeDegrees[std::size_t(degreesOfFreedom)];
+    return studentTQuantile(0.975, degreesOfFreedom);
+}
 
 } // namespace quarbel

@@ -16,6 +16,7 @@
 #include <QListWidget>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QStandardItemModel>
 #include <QTest>
 
 #include <fstream>
@@ -85,7 +86,7 @@ TEST(RunHistoryWindow, ComparesTheNewestCompleteRunWithTheNewestEarlierOneThatSh
     EXPECT_NE(rowText(2).find("Memory Stream"), std::string::npos);
 
     EXPECT_EQ(view.runList()->currentRow(), 1) << "the newest complete run, not the stopped one";
-    EXPECT_EQ(view.baselineChooser()->currentData().toInt(), 3) << "the newest earlier run in common";
+    EXPECT_EQ(view.baselineChooser()->currentIndex(), 3) << "the newest earlier run in common";
     const ui::ComparisonTable& table = view.comparison()->table();
     ASSERT_EQ(table.rows.size(), 1u);
     EXPECT_EQ(table.rows[0].verdict, Verdict::faster);
@@ -100,7 +101,9 @@ TEST(RunHistoryWindow, ComparesTheNewestCompleteRunWithTheNewestEarlierOneThatSh
     EXPECT_TRUE(view.comparison()->table().rows.empty());
     EXPECT_TRUE(view.comparison()->table().emptyText.startsWith("No earlier complete run"));
     // Any other run can still be chosen by hand, the stopped one included.
-    view.baselineChooser()->setCurrentIndex(view.baselineChooser()->findData(0));
+    EXPECT_FALSE(qobject_cast<QStandardItemModel*>(view.baselineChooser()->model())->item(2)->isEnabled())
+        << "a run is not compared with itself";
+    view.baselineChooser()->setCurrentIndex(0);
     EXPECT_TRUE(view.comparison()->table().warnings.contains("A run was stopped before its end."));
 
     // A run the user selected stays selected when a new run is kept.
@@ -226,5 +229,9 @@ TEST(RunHistoryWindow, TheTrendFollowsEachBenchmarkOverRunsOfTheSameLength) {
     EXPECT_FALSE(series[0].points.front().selected);
     EXPECT_EQ(series[1].points.size(), 1u) << "a failed result is no point";
     EXPECT_EQ(trendSeries(runs, 0, 2)[0].points.front().score, 120) << "the newest ones are kept";
+    const auto older = trendSeries(runs, 4, 2)[0].points;
+    ASSERT_EQ(older.size(), 2u);
+    EXPECT_TRUE(older[0].selected && older[0].score == 110 && older[1].score == 120)
+        << "an older run's trend is drawn around it";
     EXPECT_EQ(trendSeries(runs, 1)[0].points.size(), 1u) << "a quick run's trend has only quick runs";
 }
