@@ -75,5 +75,12 @@ for _ in $(seq 5); do
   mains+=("$(awk -v a="$start" -v b="$main" 'BEGIN { printf "%.0f", (b - a) * 1000 }')")
   histories+=("$(awk -v a="$start" -v b="$history" 'BEGIN { printf "%.0f", (b - a) * 1000 }')")
 done
+alone=()
+for _ in $(seq 5); do
+  start="$(date +%s.%N)"
+  main="$(QUARBEL_FIRST_PAINT_TRACE=quit "$GUI" 2>&1 >/dev/null | sed -n 's/^first-paint //p')"
+  alone+=("$(awk -v a="$start" -v b="$main" 'BEGIN { printf "%.0f", (b - a) * 1000 }')")
+done
+echo "quarbel-gui alone: main window painted after $(printf '%s\n' "${alone[@]}" | median) ms"
 echo "quarbel-gui --history: main window painted after $(printf '%s\n' "${mains[@]}" | median) ms," \
   "Run History after $(printf '%s\n' "${histories[@]}" | median) ms (medians of ${histories[*]})"
