@@ -48,8 +48,12 @@ else:
 # ours <args...>: "read write" from the bench executable, run with TMPDIR=$WORK.
 ours() { TMPDIR="$WORK" "$OURS" "$@" 2>/dev/null | sed -E 's/read=([0-9.]+) write=([0-9.]+)/\1 \2/'; }
 
-declare -A RATIOS
-add_ratio() { RATIOS[$1]+="$(python3 -c "print('%.4f' % ($2 / $3))") "; }
+declare -A RATIOS OUR_VALUES FIO_VALUES
+add_ratio() {
+  RATIOS[$1]+="$(python3 -c "print('%.4f' % ($2 / $3))") "
+  OUR_VALUES[$1]+="$2 "
+  FIO_VALUES[$1]+="$3 "
+}
 
 # Each figure is measured by both tools back to back; the order flips every round so that
 # neither tool always meets the other's dirty pages or a busy shared disk first.
@@ -98,8 +102,12 @@ for ((rep = 1; rep <= REPS; rep++)); do
 done
 
 median() { python3 -c "import statistics, sys; print('%.3f' % statistics.median(map(float, sys.argv[1:])))" "$@"; }
-echo "figure                 median ours/fio   (rounds)"
+# The coefficient of variation over the rounds: fio's is what the disk and the machine vary by
+# themselves; what ours has beyond it is ours.
+cv() { python3 -c "import statistics, sys; v = list(map(float, sys.argv[1:])); print('%.1f' % (100 * statistics.stdev(v) / statistics.mean(v)) if len(v) > 1 else '-')" "$@"; }
+echo "figure                 median ours/fio   CV ours %   CV fio %   (ratios of the rounds)"
 for key in seq_write seq_read real_write real_read rand_read rand_write; do
   # shellcheck disable=SC2086
-  printf '%-22s %8s            %s\n' "$key" "$(median ${RATIOS[$key]})" "${RATIOS[$key]}"
+  printf '%-22s %8s %16s %10s      %s\n' "$key" "$(median ${RATIOS[$key]})" "$(cv ${OUR_VALUES[$key]})" \
+    "$(cv ${FIO_VALUES[$key]})" "${RATIOS[$key]}"
 done

@@ -4,7 +4,8 @@
 #              variation (CV), the within-run uncertainty the slices show, and the run-to-run
 #              noise they cannot see (the floor that quarbel adds to a single pass's interval).
 #   trust N    N + 1 runs of an unchanged machine interleaved with N runs under a steady
-#              competing load (stress-ng --cpu 1 --cpu-load 20, taking a fifth of one core):
+#              competing load (stress-ng --cpu 1 --cpu-load 20 on CPU 0, taking a fifth of
+#              that core):
 #              (a) A/A: the fraction of consecutive unchanged pairs that `quarbel compare` calls
 #                  "within noise" (goal >= 95 %),
 #              (b) power: the fraction of (unchanged, loaded) pairs it calls "slower", for the
@@ -13,7 +14,10 @@
 #              (d) calibration: how often each unchanged run's 95 % interval holds the median of
 #                  all of them (goal >= 9 in 10).
 # One run is the CPU, render, memory and RAW benchmarks at full budgets plus the GPU and
-# storage benchmarks quick. Runs stay out of the user's history.
+# storage benchmarks quick. The single-threaded benchmark runs on CPU 0 in every run, loaded
+# or not: left to the scheduler, its one thread and the load would each get a core of their
+# own on a small machine, and the load would not compete with it at all. Runs stay out of the
+# user's history.
 # Usage: bench/trust.sh survey|trust [N, default 10] [build dir]
 #   QUARBEL=path measures another build of the command line (an older one, say).
 #   TRUST_KEEP=folder keeps the reports there (surveys add up), else they go with the script.
@@ -38,7 +42,8 @@ if [[ "$MODE" == trust ]] && ! command -v stress-ng >/dev/null; then
   "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends stress-ng >/dev/null
 fi
 
-FULL=(cpuInteger cpuFloating cpuCrypto cineTile memoryStream rawCPUDecode)
+SINGLE=(cpuInteger)
+FULL=(cpuFloating cpuCrypto cineTile memoryStream rawCPUDecode)
 QUICK=(metalVisual metalCompute openCLCompute rawMetalDecode ssdSequential ssdRealSpeed ssdRandom)
 use_private_folders
 OUTDIR="${TRUST_KEEP:-$PRIVATE/runs}"
@@ -46,14 +51,16 @@ mkdir -p "$OUTDIR"
 export TMPDIR="$PRIVATE/tmp"
 mkdir -p "$TMPDIR"
 
-# run NAME [load]: one run of both sets, reports in $OUTDIR/NAME-full.json and -quick.json.
+# run NAME [load]: one run of the three sets, reports in $OUTDIR/NAME-single.json, -full.json
+# and -quick.json.
 run() {
   local stress=""
   if [[ "${2:-}" == load ]]; then
-    stress-ng --cpu 1 --cpu-load 20 --timeout 0 >/dev/null 2>&1 &
+    taskset -c 0 stress-ng --cpu 1 --cpu-load 20 --timeout 0 >/dev/null 2>&1 &
     stress=$!
     sleep 1
   fi
+  taskset -c 0 "$QUARBEL" run "${SINGLE[@]}" --no-history --json "$OUTDIR/$1-single.json" >/dev/null 2>&1 || true
   "$QUARBEL" run "${FULL[@]}" --no-history --json "$OUTDIR/$1-full.json" >/dev/null 2>&1 || true
   "$QUARBEL" run "${QUICK[@]}" --quick --no-history --json "$OUTDIR/$1-quick.json" >/dev/null 2>&1 || true
   if [[ -n "$stress" ]]; then
@@ -65,7 +72,7 @@ run() {
 
 # compare A B: quarbel's own verdicts of B against A, as JSON lines per set.
 compare() {
-  for set in full quick; do
+  for set in single full quick; do
     "$QUARBEL" compare "$OUTDIR/$1-$set.json" "$OUTDIR/$2-$set.json" --json >"$OUTDIR/compare-$1-$2-$set.json" ||
       true
   done
