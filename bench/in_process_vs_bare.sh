@@ -4,8 +4,11 @@
 # polling, a clean register state), alternating, and prints in-process / bare per
 # benchmark (the median of the paired rounds; goal >= 0.97). A ratio well below 1 means
 # quarbel's own process state is in the score.
+# Also prints each side's run-to-run coefficient of variation (CV): the bare side's is what
+# the machine varies by itself.
 # Usage: bench/in_process_vs_bare.sh [rounds, default 3] [--full] [build dir]
 #   Without --full both sides run with every budget divided by ten (quarbel's --quick).
+#   IDS="cpuFloating cineTile" measures only those benchmarks.
 set -euo pipefail
 
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
@@ -35,14 +38,15 @@ REPORT="$WORK/report.json"
 export XDG_DATA_HOME="$WORK/data" # benchmark runs stay out of the user's run history
 
 in_process() {
-  "$QUARBEL" run "$1" "${QUICK[@]}" --json "$REPORT" >/dev/null
+  "$QUARBEL" run "$1" "${QUICK[@]}" --no-history --json "$REPORT" >/dev/null
   python3 -c 'import json, sys; print(json.load(open(sys.argv[1]))["results"][0]["score"])' "$REPORT"
 }
 bare() { "$RUNNER" "$1" "$SCALE" | sed -n 's/.*score=\([0-9.]*\).*/\1/p'; }
 
 echo "$(nproc) CPUs; budget scale $SCALE; $ROUNDS alternating rounds; load average $(cut -d' ' -f1-3 /proc/loadavg)"
-printf '%-14s %14s %14s %8s   %s\n' benchmark "in quarbel" bare ratio "ratio per round"
-for id in cpuInteger cpuFloating cpuCrypto memoryStream cineTile rawCPUDecode; do
+cv() { awk '{ s += $1; q += $1 * $1; n++ } END { m = s / n; printf "%.2f", (n > 1 ? 100 * sqrt((q - n * m * m) / (n - 1)) / m : 0) }'; }
+printf '%-14s %14s %14s %8s %9s %9s   %s\n' benchmark "in quarbel" bare ratio "CV ours %" "CV bare %" "ratio per round"
+for id in ${IDS:-cpuInteger cpuFloating cpuCrypto memoryStream cineTile rawCPUDecode}; do
   ratios=() ours=() theirs=()
   for ((round = 0; round < ROUNDS; ++round)); do
     # Alternate which side goes first, so that neither always meets a warmer machine.
@@ -56,7 +60,8 @@ for id in cpuInteger cpuFloating cpuCrypto memoryStream cineTile rawCPUDecode; d
     ours+=("$a") theirs+=("$b")
     ratios+=("$(awk -v a="$a" -v b="$b" 'BEGIN { printf "%.3f", a / b }')")
   done
-  printf '%-14s %14.1f %14.1f %8.3f   %s\n' "$id" \
+  printf '%-14s %14.1f %14.1f %8.3f %9s %9s   %s\n' "$id" \
     "$(printf '%s\n' "${ours[@]}" | median)" "$(printf '%s\n' "${theirs[@]}" | median)" \
-    "$(printf '%s\n' "${ratios[@]}" | median)" "${ratios[*]}"
+    "$(printf '%s\n' "${ratios[@]}" | median)" "$(printf '%s\n' "${ours[@]}" | cv)" \
+    "$(printf '%s\n' "${theirs[@]}" | cv)" "${ratios[*]}"
 done
