@@ -16,7 +16,7 @@ use_private_folders() {
 # and exports DISPLAY; the display stops on exit.
 start_display() {
   export DISPLAY=":$(($1 + RANDOM % 50))"
-  Xvfb "$DISPLAY" -screen 0 1280x880x24 -nolisten tcp >/dev/null 2>&1 &
+  Xvfb "$DISPLAY" -screen 0 1280x880x24 -nolisten tcp -noreset >/dev/null 2>&1 &
   XVFB=$!
   trap 'kill $XVFB 2>/dev/null; rm -rf "$PRIVATE"' EXIT
   sleep 1

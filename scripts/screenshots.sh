@@ -41,7 +41,7 @@ export XDG_CONFIG_HOME="$PRIVATE/config" TMPDIR="$PRIVATE/tmp" XDG_RUNTIME_DIR="
 mkdir -p "$TMPDIR" "$XDG_RUNTIME_DIR" && chmod 700 "$XDG_RUNTIME_DIR"
 DISPLAY_NUMBER=$((90 + RANDOM % 100))
 export DISPLAY=":$DISPLAY_NUMBER"
-Xvfb "$DISPLAY" -screen 0 1280x880x24 -nolisten tcp >/dev/null 2>&1 &
+Xvfb "$DISPLAY" -screen 0 1280x880x24 -nolisten tcp -noreset >/dev/null 2>&1 &
 XVFB=$!
 GUI_PID=""
 cleanup() {
@@ -60,7 +60,8 @@ start_gui() {
     xdotool search --name '^Quarbel$' >/dev/null 2>&1 && return 0
     sleep 0.1
   done
-  echo "quarbel-gui did not open its window" >&2
+  echo "quarbel-gui did not open its window; it said:" >&2
+  cat "$PRIVATE/gui.log" >&2
   return 1
 }
 # stop_gui: quits the way a user does (SIGTERM stops the run and removes scratch files).
@@ -212,7 +213,7 @@ fi
 with_screen() {
   kill "$XVFB" 2>/dev/null || true
   wait "$XVFB" 2>/dev/null || true
-  Xvfb "$DISPLAY" -screen 0 "$1x24" -nolisten tcp >/dev/null 2>&1 &
+  Xvfb "$DISPLAY" -screen 0 "$1x24" -nolisten tcp -noreset >/dev/null 2>&1 &
   XVFB=$!
   sleep 1
 }
