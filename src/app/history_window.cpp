@@ -23,6 +23,7 @@
 #include <QStandardItemModel>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <cmath>
 #include <fstream>
 #include <sstream>
@@ -37,15 +38,6 @@ QString q(const std::string& text) { return QString::fromStdString(text); }
 // "2026-11-23T14:15:02Z" -> "2026-11-23 14:15:02 UTC"
 QString startedText(const SavedRun& run) {
     return q(run.startedAt).replace('T', ' ').remove('Z') + QStringLiteral(" UTC");
-}
-
-// "332865 pts · quick · Accuracy Mode", or "Stopped before its end · quick".
-QString outcomeText(const SavedRun& run) {
-    QStringList parts{run.stopped ? QObject::tr("Stopped before its end")
-                                  : q(scoreText(run.runScore)) + QStringLiteral(" pts")};
-    if (run.quick) parts << QObject::tr("quick");
-    if (run.mode == "accuracy") parts << QObject::tr("Accuracy Mode");
-    return parts.join(QStringLiteral(" \u00B7 "));
 }
 
 QString label(char letter, const SavedRun& run) {
@@ -99,6 +91,18 @@ QString changeText(const std::optional<double>& ratio) {
     const QString digits = QString::number(std::abs(percent), 'f', 1);
     if (digits == QStringLiteral("0.0")) return QStringLiteral("0.0 %");
     return (percent > 0 ? QStringLiteral("+") : QStringLiteral("\u2212")) + digits + QStringLiteral(" %");
+}
+
+QString outcomeText(const SavedRun& run) {
+    const bool allSkipped =
+        !run.results.empty() && std::all_of(run.results.begin(), run.results.end(),
+                                            [](const SavedResult& r) { return r.status == "skipped"; });
+    QStringList parts{run.stopped  ? QObject::tr("Stopped before its end")
+                      : allSkipped ? QObject::tr("Skipped")
+                                   : q(scoreText(run.runScore)) + QStringLiteral(" pts")};
+    if (run.quick) parts << QObject::tr("quick");
+    if (run.mode == "accuracy") parts << QObject::tr("Accuracy Mode");
+    return parts.join(QStringLiteral(" \u00B7 "));
 }
 
 QString benchmarksText(const SavedRun& run) {

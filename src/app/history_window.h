@@ -41,6 +41,10 @@ std::vector<ui::TrendSeries> trendSeries(const std::vector<SavedRun>& runs, std:
 // What a run held: "Full suite", or its benchmarks' titles ("CPU Single-Core, Memory Stream").
 QString benchmarksText(const SavedRun& run);
 
+// How it ended: "332865 pts · quick · Accuracy Mode", "Stopped before its end · quick", or
+// "Skipped" when no benchmark could run on the machine.
+QString outcomeText(const SavedRun& run);
+
 class HistoryView : public QWidget {
     Q_OBJECT
   public:

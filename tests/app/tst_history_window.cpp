@@ -127,6 +127,14 @@ TEST(RunHistoryWindow, ChangesAreInPercentAndRunsAreNamedByTheirBenchmarks) {
     EXPECT_EQ(benchmarksText(run), "CPU Single-Core, CPU Multi-Core and 3 more");
     run.results.resize(2);
     EXPECT_EQ(benchmarksText(run), "CPU Single-Core, CPU Multi-Core");
+    run.runScore = 1234;
+    run.quick = true;
+    EXPECT_EQ(outcomeText(run), QStringLiteral("1234.0 pts \u00B7 quick"));
+    run.results[0].status = "skipped";
+    EXPECT_TRUE(outcomeText(run).contains(QStringLiteral("pts"))) << "one benchmark ran";
+    run.results[1].status = "skipped";
+    EXPECT_EQ(outcomeText(run), QStringLiteral("Skipped \u00B7 quick"))
+        << "no 0.00 pts for a run that could not run";
 }
 
 TEST(RunHistoryWindow, APastRunOpensReadOnlyAndSavesItsCardsAndReportOrSaysWhyNot) {
