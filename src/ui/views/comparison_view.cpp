@@ -41,21 +41,10 @@ QSize ComparisonView::sizeHint() const {
 
 void ComparisonView::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.fillRect(event->rect(), theme::background());
-    const QRectF area = QRectF(rect()).adjusted(20, 16, -20, -16);
-
-    painter.setFont(theme::font(12.5));
-    painter.setPen(theme::secondary());
-    painter.drawText(QRectF(area.left(), area.top(), area.width(), 18), Qt::AlignLeft | Qt::AlignVCenter,
-                     table_.beforeLabel);
-    painter.drawText(QRectF(area.left(), area.top() + 20, area.width(), 18), Qt::AlignLeft | Qt::AlignVCenter,
-                     table_.afterLabel);
+    const QRectF area =
+        theme::beginPage(painter, rect(), event->rect(), {table_.beforeLabel, table_.afterLabel});
     if (table_.rows.empty()) {
-        painter.setFont(theme::font(14));
-        painter.setPen(theme::muted());
-        painter.drawText(area.adjusted(0, kHeaderTop, 0, 0), Qt::AlignLeft | Qt::AlignTop | Qt::TextWordWrap,
-                         table_.emptyText);
+        theme::drawEmptyNote(painter, area, kHeaderTop, table_.emptyText);
         return;
     }
 

@@ -104,4 +104,22 @@ QPixmap icon(std::string_view symbol, int size, const QColor& tint, qreal device
 
 QString qstring(std::string_view text) { return QString::fromUtf8(text.data(), qsizetype(text.size())); }
 
+QRectF beginPage(QPainter& painter, const QRect& bounds, const QRect& dirty, const QStringList& captions) {
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.fillRect(dirty, background());
+    const QRectF area = QRectF(bounds).adjusted(20, 16, -20, -16);
+    painter.setFont(font(12.5));
+    painter.setPen(secondary());
+    for (qsizetype line = 0; line < captions.size(); ++line)
+        painter.drawText(QRectF(area.left(), area.top() + 20 * qreal(line), area.width(), 18),
+                         Qt::AlignLeft | Qt::AlignVCenter, captions[line]);
+    return area;
+}
+
+void drawEmptyNote(QPainter& painter, const QRectF& area, qreal top, const QString& text) {
+    painter.setFont(font(14));
+    painter.setPen(muted());
+    painter.drawText(area.adjusted(0, top, 0, 0), Qt::AlignLeft | Qt::AlignTop | Qt::TextWordWrap, text);
+}
+
 } // namespace quarbel::ui::theme

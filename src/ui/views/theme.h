@@ -9,6 +9,7 @@
 #include <QFont>
 #include <QPixmap>
 #include <QRectF>
+#include <QStringList>
 
 #include <string_view>
 
@@ -45,5 +46,13 @@ qreal pillWidth(const QString& text, qreal height);
 QPixmap icon(std::string_view symbol, int size, const QColor& tint, qreal devicePixelRatio = 1.0);
 
 QString qstring(std::string_view text);
+
+// The history window's pages: fills the dirty part with the background, turns antialiasing
+// on, draws `captions` one per line in the secondary colour at the top, and returns the area
+// inside the page margins.
+QRectF beginPage(QPainter& painter, const QRect& bounds, const QRect& dirty, const QStringList& captions);
+
+// What a page says when it has nothing to draw, wrapped, from `top` down.
+void drawEmptyNote(QPainter& painter, const QRectF& area, qreal top, const QString& text);
 
 } // namespace quarbel::ui::theme

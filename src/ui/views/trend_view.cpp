@@ -98,20 +98,11 @@ QSize TrendView::sizeHint() const {
 
 void TrendView::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.fillRect(event->rect(), theme::background());
-    const QRectF area = QRectF(rect()).adjusted(20, 16, -20, -16);
-    painter.setFont(theme::font(12.5));
-    painter.setPen(theme::secondary());
-    painter.drawText(QRectF(area.left(), area.top(), area.width(), 18), Qt::AlignLeft | Qt::AlignVCenter,
-                     caption_);
+    const QRectF area = theme::beginPage(painter, rect(), event->rect(), {caption_});
     const bool any =
         std::any_of(series_.begin(), series_.end(), [](const TrendSeries& s) { return s.points.size() > 1; });
     if (!any) {
-        painter.setFont(theme::font(14));
-        painter.setPen(theme::muted());
-        painter.drawText(area.adjusted(0, kCaptionHeight + 10, 0, 0),
-                         Qt::AlignLeft | Qt::AlignTop | Qt::TextWordWrap, emptyText_);
+        theme::drawEmptyNote(painter, area, kCaptionHeight + 10, emptyText_);
         return;
     }
     const int columns = columnsFor(area.width());
