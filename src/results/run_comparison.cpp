@@ -57,15 +57,16 @@ std::variant<SavedRun, std::string> resolveSavedRun(const std::string& argument,
     const bool number =
         !argument.empty() && argument.size() < 7 &&
         std::all_of(argument.begin(), argument.end(), [](char c) { return c >= '0' && c <= '9'; });
+    // A run of the history is read from its report, as a file named on the command line is:
+    // the listing may hold only what orders the runs.
+    std::string path = argument;
     if (number) {
         const auto index = std::stoul(argument);
         if (index < 1 || index > history.runs.size())
             return "no run " + argument + " in the history (it holds " + std::to_string(history.runs.size()) +
                    "; see 'quarbel history')";
+        path = history.runs[index - 1].path;
     }
-    // A run of the history is read from its report, as a file named on the command line is:
-    // the listing may hold only what orders the runs.
-    const std::string path = number ? history.runs[std::stoul(argument) - 1].path : argument;
     std::string problem;
     if (auto run = readSavedRun(path, &problem)) return std::move(*run);
     return path + " " + problem;

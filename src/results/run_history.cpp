@@ -139,6 +139,7 @@ HistoryListing listHistory(const std::string& directory, HistoryDetail detail) {
     HistoryListing listing;
     const std::unique_ptr<DIR, int (*)(DIR*)> entries(::opendir(directory.c_str()), ::closedir);
     if (!entries) return listing; // no history yet
+    const std::string folder = directory.ends_with('/') ? directory : directory + '/';
     // Each report is read once: later listings take what it said from the index, as long as
     // the file keeps its size and modification time.
     const std::string indexPath = historyIndexPath(directory);
@@ -166,7 +167,7 @@ HistoryListing listHistory(const std::string& directory, HistoryDetail detail) {
         // An index read without results cannot be written back: the full listing reads the
         // new reports and brings the index up to date.
         if (detail == HistoryDetail::order) return listHistory(directory, HistoryDetail::results);
-        file.run = readSavedRun((fs::path(directory) / name).string(), &file.problem);
+        file.run = readSavedRun(folder + file.name, &file.problem);
         files.push_back(std::move(file));
         changed = true;
     }
@@ -200,7 +201,6 @@ HistoryListing listHistory(const std::string& directory, HistoryDetail detail) {
         if (a.suffix != b.suffix) return a.suffix > b.suffix;
         return a.file->name > b.file->name;
     });
-    const std::string folder = directory.ends_with('/') ? directory : directory + '/';
     listing.runs.reserve(order.size());
     for (const Place& place : order) {
         IndexedFile& file = *place.file;
