@@ -3,6 +3,7 @@
 #pragma once
 
 #include "model/catalogue.h"
+#include "model/gpu_execution.h"
 
 #include <array>
 #include <chrono>
@@ -39,6 +40,7 @@ struct BenchmarkOutcome {
     std::optional<MeasurementLine> secondary;
     double duration = 0; // seconds of measured wall time
     std::string detail;
+    std::optional<GpuExecution> gpu = std::nullopt; // how a GPU benchmark used its device
     bool operator==(const BenchmarkOutcome&) const = default;
 };
 

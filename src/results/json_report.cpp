@@ -1,5 +1,7 @@
 #include "results/json_report.h"
 
+#include "results/gpu_execution_json.h"
+
 #include <nlohmann/json.hpp>
 
 namespace quarbel {
@@ -92,6 +94,7 @@ std::string jsonReportText(const RunReport& report) {
                            {"stabilityPercent", optionalNumber(entry.stabilityPercent)},
                            {"spreadPercent", optionalNumber(entry.spreadPercent)}});
         writeStatistics(results.back(), entry.statistics);
+        if (o.gpu) results.back()["gpu"] = gpuExecutionJson(*o.gpu);
     }
     const json document = {
         {"schema", 1},

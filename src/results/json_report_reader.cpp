@@ -1,5 +1,7 @@
 #include "results/json_report.h"
 
+#include "results/gpu_execution_json.h"
+
 #include <nlohmann/json.hpp>
 
 #include <cerrno>
@@ -110,6 +112,11 @@ ReportEntry entry(const json& result, const std::string& where, bool accuracyRun
         o.secondary = line(secondary, inside + "secondary");
     o.duration = number(result, "duration", inside);
     o.detail = text(result, "detail", inside);
+    if (const auto gpu = result.find("gpu"); gpu != result.end() && !gpu->is_null()) {
+        GpuExecution execution;
+        if (const auto problem = readGpuExecution(*gpu, execution)) throw NotAReport{inside + *problem};
+        o.gpu = execution;
+    }
     // The score and duration texts are made again, in the one place that makes them.
     ReportEntry e = makeReportEntry(*benchmark, std::move(o));
     e.accuracyMode = result.contains("accuracyMode") ? flag(result, "accuracyMode", inside) : accuracyRun;

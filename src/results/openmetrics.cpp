@@ -148,6 +148,10 @@ std::string openMetricsText(const RunReport& report) {
                     "The rate of the last fifth of the run over the first fifth, in percent.", benchmark,
                     *entry.stabilityPercent);
         out.add("quarbel_duration_seconds", "The benchmark's measured time.", benchmark, o.duration);
+        if (o.gpu && o.gpu->busyFraction)
+            out.add("quarbel_gpu_busy_ratio",
+                    "The GPU's own time on the benchmark's work over the wall time it took, 0 to 1.",
+                    benchmark, *o.gpu->busyFraction);
         addMeasurement(out, "primary", entry.id, benchmark, o.primary);
         if (o.secondary) addMeasurement(out, "secondary", entry.id, benchmark, *o.secondary);
     }

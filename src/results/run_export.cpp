@@ -60,6 +60,11 @@ constexpr const char* kColumns[] = {"run",
                                     "steal_percent",
                                     "other_cpu_percent",
                                     "passes",
+                                    "gpu_memory",
+                                    "gpu_bytes_copied",
+                                    "gpu_workgroup_size",
+                                    "gpu_dispatches_per_submission",
+                                    "gpu_busy_fraction",
                                     "slice_rates"};
 
 std::vector<std::string> rowCells(const ExportedRun& run, const ReportEntry& entry) {
@@ -68,6 +73,7 @@ std::vector<std::string> rowCells(const ExportedRun& run, const ReportEntry& ent
     const bool ok = o.status == OutcomeStatus::ok;
     const MeasurementLine none;
     const MeasurementLine& second = o.secondary ? *o.secondary : none;
+    const std::optional<GpuExecution>& gpu = o.gpu;
     return {run.name,
             isoTimestamp(run.report.startedAt),
             cpuOf(run.report),
@@ -90,6 +96,11 @@ std::vector<std::string> rowCells(const ExportedRun& run, const ReportEntry& ent
             s.interference ? number(s.interference->stealPercent, 2) : "",
             s.interference ? number(s.interference->otherCpuPercent, 2) : "",
             std::to_string(s.passes),
+            gpu && gpu->placement ? std::string(rawValue(*gpu->placement)) : "",
+            gpu ? std::to_string(gpu->bytesCopied) : "",
+            gpu && gpu->groupSize > 0 ? std::to_string(gpu->groupSize) : "",
+            gpu ? std::to_string(gpu->dispatchesPerSubmission) : "",
+            gpu && gpu->busyFraction ? number(*gpu->busyFraction, 4) : "",
             sliceRatesText(s)};
 }
 

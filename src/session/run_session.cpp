@@ -39,7 +39,8 @@ std::string stabilityLine(const RunReport& report) {
 }
 
 // The result table with the detail of every failed or skipped benchmark on an indented
-// line under its row, so that the reason is on screen, not only in the JSON.
+// line under its row, so that the reason is on screen, not only in the JSON; under a GPU
+// benchmark's row, how it used the device.
 std::string resultTableText(const RunReport& report) {
     const std::string table = renderTable(resultTableCells(report));
     std::string text;
@@ -52,6 +53,7 @@ std::string resultTableText(const RunReport& report) {
         const BenchmarkOutcome& outcome = report.results[row - 1].outcome;
         if (outcome.status != OutcomeStatus::ok && !outcome.detail.empty())
             text += "    " + outcome.detail + "\n";
+        if (outcome.gpu) text += "    " + gpuExecutionText(*outcome.gpu) + "\n";
     }
     return text;
 }

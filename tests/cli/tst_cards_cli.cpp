@@ -59,6 +59,10 @@ RunReport suiteReport() {
                                  MeasurementLine{"Ops", "42", ""},
                                  1.25,
                                  "Did it. Checksum 7."};
+        if (id == BenchmarkID::metalCompute)
+            outcome.gpu = GpuExecution{GpuMemoryPlacement::deviceStaged, 33'554'480, 256, 16, 0.973};
+        if (id == BenchmarkID::rawMetalDecode)
+            outcome.gpu = GpuExecution{GpuMemoryPlacement::deviceMapped, 66'355'200, 512, 64, std::nullopt};
         if (id == BenchmarkID::openCLCompute) outcome = skippedOutcome("No OpenCL device.");
         if (id == BenchmarkID::ssdRandom) outcome = failedOutcome("Disk full.");
         ReportEntry entry = makeReportEntry(id, outcome);
@@ -92,6 +96,17 @@ TEST(JsonReport, ReadsBackWhatItWroteIncludingTheCardFields) {
     EXPECT_EQ(read.system, written.system);
     EXPECT_EQ(read.globalScore, written.globalScore);
     EXPECT_TRUE(read.accuracyMode);
+
+    // A GPU member that does not hold together is named, not taken.
+    std::string text = jsonReportText(written);
+    const std::string busy = "\"busyFraction\": 0.973";
+    ASSERT_NE(text.find(busy), std::string::npos);
+    text.replace(text.find(busy), busy.size(), "\"busyFraction\": 1.5");
+    parsed = parseJsonReport(text);
+    ASSERT_TRUE(std::holds_alternative<std::string>(parsed));
+    EXPECT_NE(std::get<std::string>(parsed).find("gpu.busyFraction is not a number between 0 and 1"),
+              std::string::npos)
+        << std::get<std::string>(parsed);
 }
 
 TEST(CardCommand, RendersTheGlobalCardAndOneCardPerBenchmarkOfAFullReport) {

@@ -65,6 +65,13 @@ QString intervalText(const BenchmarkEndState& end) {
     return QObject::tr("%1 (95 % interval)").arg(interval);
 }
 
+// The workload's detail, and under it how a GPU benchmark used its device.
+QString shownDetail(const BenchmarkOutcome& outcome) {
+    QString detail = theme::qstring(outcome.detail);
+    if (outcome.gpu) detail += QStringLiteral("\n") + theme::qstring(gpuExecutionText(*outcome.gpu));
+    return detail;
+}
+
 } // namespace
 
 QString skipAdvice(BenchmarkID id) {
@@ -120,7 +127,7 @@ qreal ResultPanel::contentHeight(qreal width) const {
     const BenchmarkOutcome& outcome = *row.outcome;
     height += kScoreRowHeight;
     if (outcome.status == OutcomeStatus::ok) {
-        height += kTilesHeight + wrappedHeight(detailFont(), theme::qstring(outcome.detail), textWidth);
+        height += kTilesHeight + wrappedHeight(detailFont(), shownDetail(outcome), textWidth);
     } else {
         height += wrappedHeight(detailFont(), theme::qstring(outcome.detail), textWidth);
         if (const QString advice = skipAdvice(id);
@@ -188,7 +195,7 @@ void ResultPanel::paintEvent(QPaintEvent* event) {
     }
 
     const BenchmarkOutcome& outcome = *row.outcome;
-    const QString detail = theme::qstring(outcome.detail);
+    const QString detail = shownDetail(outcome);
     if (outcome.status != OutcomeStatus::ok) {
         // No score, no tiles: the status, the system's reason, and on a skip what would let
         // the benchmark run here.

@@ -17,9 +17,12 @@ std::unique_ptr<Buffer> Buffer::create(const Context& context, VkDeviceSize byte
 
     VkMemoryRequirements requirements{};
     vkGetBufferMemoryRequirements(buffer->device_, buffer->buffer_, &requirements);
-    const VkMemoryPropertyFlags wanted = storage == Storage::shared ? VK_MEMORY_PROPERTY_HOST_VISIBLE_BIT |
-                                                                          VK_MEMORY_PROPERTY_HOST_COHERENT_BIT
-                                                                    : VK_MEMORY_PROPERTY_DEVICE_LOCAL_BIT;
+    constexpr VkMemoryPropertyFlags kMappable =
+        VK_MEMORY_PROPERTY_HOST_VISIBLE_BIT | VK_MEMORY_PROPERTY_HOST_COHERENT_BIT;
+    const VkMemoryPropertyFlags wanted = storage == Storage::shared ? kMappable
+                                         : storage == Storage::privateGpu
+                                             ? VkMemoryPropertyFlags{VK_MEMORY_PROPERTY_DEVICE_LOCAL_BIT}
+                                             : kMappable | VK_MEMORY_PROPERTY_DEVICE_LOCAL_BIT;
     auto type = context.findMemoryType(requirements.memoryTypeBits, wanted);
     if (!type) return nullptr;
 
@@ -30,7 +33,7 @@ std::unique_ptr<Buffer> Buffer::create(const Context& context, VkDeviceSize byte
     if (vkAllocateMemory(buffer->device_, &allocate, nullptr, &buffer->memory_) != VK_SUCCESS) return nullptr;
     if (vkBindBufferMemory(buffer->device_, buffer->buffer_, buffer->memory_, 0) != VK_SUCCESS)
         return nullptr;
-    if (storage == Storage::shared &&
+    if (storage != Storage::privateGpu &&
         vkMapMemory(buffer->device_, buffer->memory_, 0, VK_WHOLE_SIZE, 0, &buffer->mapped_) != VK_SUCCESS)
         return nullptr;
     return buffer;

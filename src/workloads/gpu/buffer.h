@@ -10,6 +10,9 @@ namespace quarbel::gpu {
 enum class Storage {
     shared, // host-visible and coherent, mapped for the buffer's life: the CPU writes and reads it directly
     privateGpu, // device-local; only the device touches it (copy it out to look at it)
+    // device-local and also host-visible and coherent (a GPU's mappable window of its own
+    // memory), mapped for the buffer's life; nullptr where the device has no such memory
+    deviceMapped,
 };
 
 // A storage buffer that can also be the source and destination of copies. Destroy it before
@@ -25,7 +28,7 @@ class Buffer {
 
     VkBuffer handle() const noexcept { return buffer_; }
     VkDeviceSize size() const noexcept { return size_; } // bytes
-    // The CPU view of a shared buffer; nullptr for private storage.
+    // The CPU view of a shared or device-mapped buffer; nullptr for private storage.
     void* contents() const noexcept { return mapped_; }
 
   private:

@@ -201,6 +201,14 @@ std::unique_ptr<Context> Context::openDefault(ContextOptions options) {
     context->maxGroupsPerDimension_ = std::max<std::uint32_t>(
         std::min(limits.maxComputeWorkGroupCount[0], limits.maxComputeWorkGroupCount[1]), 1);
     vkGetPhysicalDeviceMemoryProperties(physical, &context->memory_);
+    const DeviceKind kind = kindOf(properties.properties.deviceType);
+    context->unifiedMemory_ = kind == DeviceKind::integrated || kind == DeviceKind::cpu;
+    std::uint32_t familyCount = 0;
+    vkGetPhysicalDeviceQueueFamilyProperties(physical, &familyCount, nullptr);
+    std::vector<VkQueueFamilyProperties> families(familyCount);
+    vkGetPhysicalDeviceQueueFamilyProperties(physical, &familyCount, families.data());
+    if (*family < familyCount && families[*family].timestampValidBits > 0 && limits.timestampPeriod > 0)
+        context->timestampPeriod_ = limits.timestampPeriod;
 
     const float priority = 1.0f;
     VkDeviceQueueCreateInfo queueInfo{};

@@ -49,6 +49,11 @@ class Context {
     std::uint32_t maxThreadsPerGroup() const noexcept { return maxThreadsPerGroup_; }
     // Most workgroups in one dispatch along x (and y).
     std::uint32_t maxGroupsPerDimension() const noexcept { return maxGroupsPerDimension_; }
+    // The CPU and the device share one memory (an integrated GPU or a CPU device): data the
+    // kernels use can stay where the CPU wrote it. A discrete GPU reads its own memory.
+    bool unifiedMemory() const noexcept { return unifiedMemory_; }
+    // Nanoseconds per timestamp tick; 0 when the queue cannot write timestamps.
+    double timestampPeriod() const noexcept { return timestampPeriod_; }
 
     // A memory type allowed by `typeBits` that has every flag of `required`.
     std::optional<std::uint32_t> findMemoryType(std::uint32_t typeBits,
@@ -86,6 +91,8 @@ class Context {
     std::uint32_t threadExecutionWidth_ = 1;
     std::uint32_t maxThreadsPerGroup_ = 1;
     std::uint32_t maxGroupsPerDimension_ = 1;
+    bool unifiedMemory_ = false;
+    double timestampPeriod_ = 0;
 };
 
 } // namespace quarbel::gpu

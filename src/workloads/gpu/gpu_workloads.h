@@ -3,6 +3,7 @@
 // cancellation and progress sink, and never throws: failures are failed or skipped outcomes.
 #pragma once
 
+#include "model/gpu_execution.h"
 #include "model/outcome.h"
 #include "model/workload_context.h"
 
@@ -14,11 +15,24 @@ namespace quarbel {
 
 // metalCompute: a transcendental-heavy kernel over a buffer of float4 values, dispatched
 // again and again until the budget (15 s) is spent.
+// How the compute benchmarks use the device; the defaults suit every device, and tests set
+// them to reach each path on the one device they have.
+struct GpuDispatchOptions {
+    // Where the data lives; default: QUARBEL_GPU_MEMORY, else unified memory on a unified
+    // device and the GPU's own memory on a discrete one.
+    std::optional<GpuMemoryPlacement> placement;
+    // Workgroup size; default: the fastest of a short calibration.
+    std::optional<std::uint32_t> groupSize;
+    // Most dispatches in one submission (1: one at a time).
+    std::uint32_t maxDispatchesPerSubmission = 256;
+};
+
 struct MetalComputeParameters {
     std::uint32_t elementCount = 2'097'152; // float4 values in the buffer; also the grid size
     std::uint32_t iterations = 320;         // loop count inside the kernel
     // GLSL text replacing the built-in kernel (tests use it to feed a broken one).
     std::optional<std::string_view> kernelSource;
+    GpuDispatchOptions dispatch{};
 };
 BenchmarkOutcome runMetalCompute(const WorkloadContext& context);
 BenchmarkOutcome runMetalCompute(const WorkloadContext& context, const MetalComputeParameters& parameters);
@@ -29,6 +43,7 @@ struct RawMetalDecodeParameters {
     std::uint32_t width = 7680;                   // samples per row
     std::uint32_t height = 4320;                  // rows
     std::optional<std::string_view> kernelSource; // GLSL replacing the built-in kernel
+    GpuDispatchOptions dispatch{};
 };
 BenchmarkOutcome runRawMetalDecode(const WorkloadContext& context);
 BenchmarkOutcome runRawMetalDecode(const WorkloadContext& context,
@@ -46,11 +61,12 @@ BenchmarkOutcome runMetalVisual(const WorkloadContext& context);
 BenchmarkOutcome runMetalVisual(const WorkloadContext& context, const MetalVisualParameters& parameters);
 
 // openCLCompute: QuarbelRunOpenCL (opencl_compute.h) with 2,097,152 elements, 256 iterations
-// and the budget (15 s), turned into an outcome. Reports progress per dispatch but, like the
-// C entry, does not stop early on cancellation.
+// and the budget (15 s), turned into an outcome. Reports progress and checks for a stop after
+// each batch of dispatches.
 struct OpenCLComputeParameters {
     std::int32_t elementCount = 2'097'152;
     std::int32_t iterations = 256;
+    std::uint32_t maxDispatchesPerSubmission = 256; // kernels enqueued before one wait
 };
 BenchmarkOutcome runOpenCLCompute(const WorkloadContext& context);
 BenchmarkOutcome runOpenCLCompute(const WorkloadContext& context, const OpenCLComputeParameters& parameters);

@@ -5,11 +5,14 @@
 #include "workloads/gpu/compute_pipeline.h"
 #include "workloads/gpu/embedded_shaders.h"
 #include "workloads/gpu/gpu_context.h"
+#include "workloads/gpu/group_size_calibration.h"
 #include "workloads/gpu/timed_dispatch.h"
+#include "workloads/gpu/working_buffer.h"
 
 #include <algorithm>
 #include <exception>
 #include <string>
+#include <vector>
 
 namespace quarbel {
 namespace {
@@ -40,12 +43,26 @@ BenchmarkOutcome measure(const WorkloadContext& context, const MetalComputeParam
     if (!gpu) return skippedOutcome("Metal is not available on this machine.");
 
     const std::uint32_t count = std::max<std::uint32_t>(parameters.elementCount, 1);
-    const std::uint32_t width = gpu::threadgroupWidth(gpu->threadExecutionWidth(), gpu->maxThreadsPerGroup());
+    auto buffer = gpu::WorkingBuffer::create(*gpu, VkDeviceSize{count} * sizeof(Float4),
+                                             gpu::placementFor(*gpu, parameters.dispatch.placement));
+    if (!buffer) return failedOutcome("Metal could not allocate the buffer.");
+    const auto fill = [&] {
+        return buffer->fill([count](void* bytes) { fillInitialValues(static_cast<Float4*>(bytes), count); });
+    };
+    if (fill() != VK_SUCCESS) return failedOutcome("Metal could not allocate the buffer.");
+
+    const ComputeArguments arguments{parameters.iterations, count};
+    const auto candidates = gpu::groupSizesToTry(*gpu, parameters.dispatch.groupSize);
     const auto source =
         parameters.kernelSource.value_or(gpu::shaderSource(gpu::EmbeddedShader::suiteCompute));
-    gpu::ComputeKernel kernel =
-        gpu::buildComputeKernel(*gpu, source, gpu::shaderFileName(gpu::EmbeddedShader::suiteCompute), 1,
-                                sizeof(ComputeArguments), width);
+    gpu::CalibratedKernel calibrated = gpu::calibrateGroupSize(
+        *gpu, source, gpu::shaderFileName(gpu::EmbeddedShader::suiteCompute), 1, sizeof(ComputeArguments),
+        candidates, [&](gpu::ComputePipeline& pipeline, std::uint32_t width) {
+            pipeline.bindBuffers({&buffer->buffer()});
+            return gpu::timeOneDispatch(*gpu, pipeline, &arguments,
+                                        gpu::dispatchGridFor(count, width, gpu->maxGroupsPerDimension()));
+        });
+    gpu::ComputeKernel& kernel = calibrated.kernel;
     switch (kernel.failure) {
     case gpu::ComputeKernel::Failure::none: break;
     case gpu::ComputeKernel::Failure::entryPointMissing:
@@ -54,24 +71,29 @@ BenchmarkOutcome measure(const WorkloadContext& context, const MetalComputeParam
     case gpu::ComputeKernel::Failure::pipeline:
         return failedOutcome("Metal compute failed: " + kernel.message);
     }
+    // Calibration updated the values in place: every timed run starts from the same ones.
+    if (!calibrated.timings.empty() && fill() != VK_SUCCESS)
+        return failedOutcome("Metal compute failed: the GPU stopped answering.");
+    kernel.pipeline->bindBuffers({&buffer->buffer()});
 
-    auto buffer = gpu::Buffer::create(*gpu, VkDeviceSize{count} * sizeof(Float4), gpu::Storage::shared);
-    if (!buffer) return failedOutcome("Metal could not allocate the buffer.");
-    auto* values = static_cast<Float4*>(buffer->contents());
-    fillInitialValues(values, count);
-    kernel.pipeline->bindBuffers({buffer.get()});
-
-    const ComputeArguments arguments{parameters.iterations, count};
+    const std::uint32_t width = calibrated.groupSize;
     const gpu::DispatchGrid grid = gpu::dispatchGridFor(count, width, gpu->maxGroupsPerDimension());
     const double workPerDispatch = static_cast<double>(count) * static_cast<double>(parameters.iterations);
     const ProgressUnit unit{"dispatches", "GFLOPS", workPerDispatch * kOperationsPerElementIteration / 1e9};
-    const gpu::TimedDispatches run = gpu::dispatchUntilBudget(*gpu, *kernel.pipeline, &arguments, grid,
-                                                              context.budget(kBudgetSeconds), context, unit);
+    const gpu::TimedDispatches run = gpu::dispatchUntilBudget(
+        *gpu, *kernel.pipeline, &arguments, grid, context.budget(kBudgetSeconds), context, unit,
+        {.maxDispatches = parameters.dispatch.maxDispatchesPerSubmission});
     if (run.deviceLost) return failedOutcome("Metal compute failed: the GPU stopped answering.");
     const std::int64_t dispatches = run.completed;
     const double elapsed = run.elapsed;
 
-    const float checksum = values[0].x + values[count / 3].y + values[count - 1].z;
+    // The three sampled values, read back after timing.
+    Float4 first{}, third{}, last{};
+    if (buffer->read(0, sizeof(Float4), &first) != VK_SUCCESS ||
+        buffer->read(VkDeviceSize{count / 3} * sizeof(Float4), sizeof(Float4), &third) != VK_SUCCESS ||
+        buffer->read(VkDeviceSize{count - 1} * sizeof(Float4), sizeof(Float4), &last) != VK_SUCCESS)
+        return failedOutcome("Metal compute failed: the GPU stopped answering.");
+    const float checksum = first.x + third.y + last.z;
     // At least one dispatch in the rate even when none completed, unlike the count shown.
     const double gflops = static_cast<double>(std::max<std::int64_t>(dispatches, 1)) * workPerDispatch *
                           kOperationsPerElementIteration / elapsed / 1e9;
@@ -84,6 +106,8 @@ BenchmarkOutcome measure(const WorkloadContext& context, const MetalComputeParam
     outcome.duration = elapsed;
     outcome.detail = "Sustained Metal kernel over " + std::to_string(count) + " float4 values, checksum " +
                      format(static_cast<double>(checksum), 3) + ".";
+    outcome.gpu = GpuExecution{buffer->placement(), buffer->bytesCopied(), width, run.mostPerSubmission,
+                               run.busyFraction()};
     return outcome;
 }
 

@@ -1,6 +1,7 @@
 #include "workloads/gpu/opencl_compute.h"
 
 #include "workloads/gpu/opencl_detail.h"
+#include "workloads/gpu/submission_plan.h"
 
 #include <algorithm>
 #include <ctime>
@@ -84,7 +85,7 @@ cl_int findDevice(const DeviceDiscovery& discovery, cl_device_id* device, cl_pla
 }
 
 QLResult runOpenCL(std::int32_t count, std::int32_t iterations, double seconds,
-                   const std::function<void(std::int64_t, double)>& afterDispatch) {
+                   const std::function<bool(std::int64_t, double)>& afterBatch, std::uint32_t maxPerBatch) {
     cl_device_id device = nullptr;
     cl_platform_id platform = nullptr;
     if (QLFindOpenCLDevice(&device, &platform) != CL_SUCCESS) return QLResult(-1, 0, 0, 0, 0);
@@ -102,7 +103,10 @@ QLResult runOpenCL(std::int32_t count, std::int32_t iterations, double seconds,
     cl_int error = CL_SUCCESS;
     cl.context = clCreateContext(nullptr, 1, &device, nullptr, nullptr, &error);
     if (error != CL_SUCCESS || cl.context == nullptr) return kCallFailed;
-    cl.queue = clCreateCommandQueue(cl.context, device, 0, &error);
+    // Profiling gives the device's own busy time; a queue that cannot profile still runs.
+    cl.queue = clCreateCommandQueue(cl.context, device, CL_QUEUE_PROFILING_ENABLE, &error);
+    const bool profiled = error == CL_SUCCESS && cl.queue != nullptr;
+    if (!profiled) cl.queue = clCreateCommandQueue(cl.context, device, 0, &error);
     if (error != CL_SUCCESS || cl.queue == nullptr) return kCallFailed;
     cl.buffer =
         clCreateBuffer(cl.context, CL_MEM_READ_WRITE | CL_MEM_COPY_HOST_PTR, bytes, host.get(), &error);
@@ -123,16 +127,46 @@ QLResult runOpenCL(std::int32_t count, std::int32_t iterations, double seconds,
 
     const std::size_t global = globalWorkSize(count);
     const std::size_t local = kLocalWorkSize;
-    const double start = QLNow();
+    const gpu::SubmissionPlan plan{.maxDispatches = std::max<std::uint32_t>(maxPerBatch, 1)};
+    std::uint32_t batch = 1;
     std::int64_t dispatches = 0;
-    do {
-        if (clEnqueueNDRangeKernel(cl.queue, cl.kernel, 1, nullptr, &global, &local, 0, nullptr, nullptr) !=
-            CL_SUCCESS)
-            return kCallFailed;
+    double busy = 0;
+    bool busyKnown = profiled;
+    std::uint32_t mostPerBatch = 0;
+    const double start = QLNow();
+    for (;;) {
+        const double submitted = QLNow();
+        cl_event first = nullptr, last = nullptr;
+        for (std::uint32_t i = 0; i < batch; ++i) {
+            cl_event* event = !profiled ? nullptr : i == 0 ? &first : i + 1 == batch ? &last : nullptr;
+            if (clEnqueueNDRangeKernel(cl.queue, cl.kernel, 1, nullptr, &global, &local, 0, nullptr, event) !=
+                CL_SUCCESS) {
+                if (first != nullptr) clReleaseEvent(first);
+                return kCallFailed;
+            }
+        }
         clFinish(cl.queue);
-        ++dispatches;
-        if (afterDispatch) afterDispatch(dispatches, QLNow() - start);
-    } while (budget > QLNow() - start);
+        if (profiled) {
+            cl_ulong began = 0, ended = 0;
+            const cl_event end = last != nullptr ? last : first;
+            const bool timed = clGetEventProfilingInfo(first, CL_PROFILING_COMMAND_START, sizeof(began),
+                                                       &began, nullptr) == CL_SUCCESS &&
+                               clGetEventProfilingInfo(end, CL_PROFILING_COMMAND_END, sizeof(ended), &ended,
+                                                       nullptr) == CL_SUCCESS &&
+                               ended >= began;
+            busy += timed ? static_cast<double>(ended - began) * 1e-9 : 0;
+            busyKnown = busyKnown && timed;
+            clReleaseEvent(first);
+            if (last != nullptr) clReleaseEvent(last);
+        }
+        dispatches += batch;
+        mostPerBatch = std::max(mostPerBatch, batch);
+        const double finished = QLNow();
+        const bool goOn = !afterBatch || afterBatch(dispatches, finished - start);
+        if (!(budget > finished - start) || !goOn) break;
+        batch = gpu::dispatchesForNextSubmission(plan, (finished - submitted) / batch,
+                                                 budget - (finished - start));
+    }
     const double elapsed = QLNow() - start;
 
     cl_device_type type = 0;
@@ -141,7 +175,10 @@ QLResult runOpenCL(std::int32_t count, std::int32_t iterations, double seconds,
     const double work = static_cast<double>(count) * static_cast<double>(iterations) *
                         static_cast<double>(dispatches) * kOperationsPerElementIteration;
     const double gflops = work / elapsed / 1e9;
-    return QLResult(0, kScoreFactor * gflops, gflops, gpu, elapsed);
+    QLResult result(0, kScoreFactor * gflops, gflops, gpu, elapsed);
+    result.busyFraction = busyKnown && elapsed > 0 ? std::min(busy / elapsed, 1.0) : -1;
+    result.mostPerSubmission = static_cast<std::int32_t>(mostPerBatch);
+    return result;
 }
 
 } // namespace quarbel::opencl

@@ -17,6 +17,10 @@ struct QLResult {
     double seconds = 0; // measured elapsed time of the dispatch loop
     std::int32_t status =
         0; // 0 success; -1 no device; -2 host memory allocation failed; -3 an OpenCL call failed
+    // How the dispatches ran: the device's own time on them (profiling events) over the loop's
+    // wall time, negative when unknown; the most kernels enqueued before one wait.
+    double busyFraction = -1;
+    std::int32_t mostPerSubmission = 0;
 
     QLResult() = default;
     QLResult(std::int32_t code, double score, double gflops, double gpu, double seconds);
@@ -25,8 +29,8 @@ struct QLResult {
 extern "C" {
 
 // Builds the benchmark kernel with fast relaxed math on the device QLFindOpenCLDevice picks,
-// fills count float4 values and dispatches the kernel over them, waiting for each dispatch,
-// until `seconds` have passed (at least one dispatch). count and iterations below 1 are taken
+// fills count float4 values and dispatches the kernel over them, a batch at a time, until
+// `seconds` have passed (at least one dispatch). count and iterations below 1 are taken
 // as 1; a budget of 0 or less as 1 s. Synchronous, any thread; does not observe cancellation.
 QLResult QuarbelRunOpenCL(std::int32_t count, std::int32_t iterations, double seconds);
 

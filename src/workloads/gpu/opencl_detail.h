@@ -41,8 +41,11 @@ cl_int findDevice(const DeviceDiscovery& discovery, cl_device_id* device, cl_pla
 // Floating-point operations per element and iteration of the kernel, for its GFLOPS.
 inline constexpr double kOperationsPerElementIteration = 42.0;
 
-// QuarbelRunOpenCL, calling `afterDispatch(dispatches, elapsedSeconds)` after each dispatch.
+// QuarbelRunOpenCL, calling `afterBatch(dispatches, elapsedSeconds)` after each batch of
+// dispatches has finished; the loop ends early when it returns false (a stop request).
+// `maxPerBatch` caps the kernels enqueued before one wait (1: one at a time).
 QLResult runOpenCL(std::int32_t count, std::int32_t iterations, double seconds,
-                   const std::function<void(std::int64_t, double)>& afterDispatch);
+                   const std::function<bool(std::int64_t, double)>& afterBatch,
+                   std::uint32_t maxPerBatch = 256);
 
 } // namespace quarbel::opencl

@@ -23,6 +23,11 @@ BenchmarkOutcome openCLOutcome(const QLResult& result) {
     outcome.secondary = MeasurementLine{"Device", result.gpu > 0 ? "GPU" : "CPU", ""};
     outcome.duration = result.seconds;
     outcome.detail = "Sustained OpenCL kernel with fast math for optional legacy compute coverage.";
+    GpuExecution execution;
+    execution.dispatchesPerSubmission = static_cast<std::uint32_t>(std::max(result.mostPerSubmission, 1));
+    execution.groupSize = static_cast<std::uint32_t>(opencl::kLocalWorkSize);
+    if (result.busyFraction >= 0) execution.busyFraction = result.busyFraction;
+    outcome.gpu = execution;
     return outcome;
 }
 
@@ -35,11 +40,13 @@ BenchmarkOutcome runOpenCLCompute(const WorkloadContext& context, const OpenCLCo
     const ProgressUnit unit{"dispatches", "GFLOPS",
                             workPerDispatch * opencl::kOperationsPerElementIteration / 1e9};
     try {
-        const QLResult result =
-            opencl::runOpenCL(parameters.elementCount, parameters.iterations, context.budget(kBudgetSeconds),
-                              [&](std::int64_t dispatches, double elapsed) {
-                                  context.reportProgress(dispatches, elapsed, unit);
-                              });
+        const QLResult result = opencl::runOpenCL(
+            parameters.elementCount, parameters.iterations, context.budget(kBudgetSeconds),
+            [&](std::int64_t dispatches, double elapsed) {
+                context.reportProgress(dispatches, elapsed, unit);
+                return !context.cancelled();
+            },
+            parameters.maxDispatchesPerSubmission);
         return openCLOutcome(result);
     } catch (const std::exception&) {
         // Only host allocations can throw here; the entry reports those as status -2.

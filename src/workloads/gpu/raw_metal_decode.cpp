@@ -5,8 +5,10 @@
 #include "workloads/gpu/compute_pipeline.h"
 #include "workloads/gpu/embedded_shaders.h"
 #include "workloads/gpu/gpu_context.h"
+#include "workloads/gpu/group_size_calibration.h"
 #include "workloads/gpu/raw_frame.h"
 #include "workloads/gpu/timed_dispatch.h"
+#include "workloads/gpu/working_buffer.h"
 
 #include <algorithm>
 #include <exception>
@@ -39,12 +41,30 @@ BenchmarkOutcome measure(const WorkloadContext& context, const RawMetalDecodePar
     const gpu::RawFrameSize size{std::max<std::uint32_t>(parameters.width, 1),
                                  std::max<std::uint32_t>(parameters.height, 1)};
     const std::uint64_t samples = std::uint64_t{size.width} * size.height;
-    const std::uint32_t width =
-        gpu::threadgroupWidth(device->threadExecutionWidth(), device->maxThreadsPerGroup());
+    // The frame is read on every pass and lives where the device reads fastest; the decoded
+    // pixels are never read by the CPU and stay in the device's own memory.
+    auto input = gpu::WorkingBuffer::create(*device, gpu::rawInputBytes(samples),
+                                            gpu::placementFor(*device, parameters.dispatch.placement));
+    auto output =
+        input ? gpu::Buffer::create(*device, samples * sizeof(std::uint32_t), gpu::Storage::privateGpu)
+              : nullptr;
+    if (!input || !output) return failedOutcome("Metal could not allocate RAW buffers.");
+    if (input->fill([samples](void* bytes) {
+            gpu::fillSyntheticRawFrame({static_cast<std::uint16_t*>(bytes), samples});
+        }) != VK_SUCCESS)
+        return failedOutcome("Metal could not allocate RAW buffers.");
+
     const auto source = parameters.kernelSource.value_or(gpu::shaderSource(gpu::EmbeddedShader::rawDecode));
-    gpu::ComputeKernel kernel =
-        gpu::buildComputeKernel(*device, source, gpu::shaderFileName(gpu::EmbeddedShader::rawDecode), 2,
-                                sizeof(gpu::RawFrameSize), width);
+    gpu::CalibratedKernel calibrated = gpu::calibrateGroupSize(
+        *device, source, gpu::shaderFileName(gpu::EmbeddedShader::rawDecode), 2, sizeof(gpu::RawFrameSize),
+        gpu::groupSizesToTry(*device, parameters.dispatch.groupSize),
+        [&](gpu::ComputePipeline& pipeline, std::uint32_t width) {
+            pipeline.bindBuffers({&input->buffer(), output.get()});
+            return gpu::timeOneDispatch(
+                *device, pipeline, &size,
+                gpu::dispatchGridFor(samples, width, device->maxGroupsPerDimension()));
+        });
+    gpu::ComputeKernel& kernel = calibrated.kernel;
     switch (kernel.failure) {
     case gpu::ComputeKernel::Failure::none: break;
     case gpu::ComputeKernel::Failure::entryPointMissing:
@@ -52,19 +72,13 @@ BenchmarkOutcome measure(const WorkloadContext& context, const RawMetalDecodePar
     case gpu::ComputeKernel::Failure::compile:
     case gpu::ComputeKernel::Failure::pipeline: return failedOutcome("RAW Metal failed: " + kernel.message);
     }
+    kernel.pipeline->bindBuffers({&input->buffer(), output.get()});
 
-    auto input = gpu::Buffer::create(*device, gpu::rawInputBytes(samples), gpu::Storage::shared);
-    auto output =
-        input ? gpu::Buffer::create(*device, samples * sizeof(std::uint32_t), gpu::Storage::privateGpu)
-              : nullptr;
-    if (!input || !output) return failedOutcome("Metal could not allocate RAW buffers.");
-    gpu::fillSyntheticRawFrame({static_cast<std::uint16_t*>(input->contents()), samples});
-    kernel.pipeline->bindBuffers({input.get(), output.get()});
-
+    const std::uint32_t width = calibrated.groupSize;
     const gpu::DispatchGrid grid = gpu::dispatchGridFor(samples, width, device->maxGroupsPerDimension());
-    const gpu::TimedDispatches run =
-        gpu::dispatchUntilBudget(*device, *kernel.pipeline, &size, grid, context.budget(kBudgetSeconds),
-                                 context, ProgressUnit{"frames", "FPS"});
+    const gpu::TimedDispatches run = gpu::dispatchUntilBudget(
+        *device, *kernel.pipeline, &size, grid, context.budget(kBudgetSeconds), context,
+        ProgressUnit{"frames", "FPS"}, {.maxDispatches = parameters.dispatch.maxDispatchesPerSubmission});
     if (run.deviceLost) return failedOutcome("RAW Metal failed: the GPU stopped answering.");
     const std::int64_t frames = run.completed;
     const double elapsed = run.elapsed;
@@ -78,6 +92,8 @@ BenchmarkOutcome measure(const WorkloadContext& context, const RawMetalDecodePar
     outcome.secondary = MeasurementLine{"Frame", "8K", "RAW"};
     outcome.duration = elapsed;
     outcome.detail = "Synthetic RAW Metal decode: 8K 16-bit Bayer, demosaic, and GPU color transform.";
+    outcome.gpu = GpuExecution{input->placement(), input->bytesCopied(), width, run.mostPerSubmission,
+                               run.busyFraction()};
     return outcome;
 }
 

@@ -1,12 +1,16 @@
 #include "workloads/gpu/compute_pipeline.h"
 #include "workloads/gpu/device_selection.h"
+#include "workloads/gpu/gpu_context.h"
 #include "workloads/gpu/gpu_device_name.h"
+#include "workloads/gpu/group_size_calibration.h"
 #include "workloads/gpu/shader_compiler.h"
+#include "workloads/gpu/submission_plan.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdlib>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -102,6 +106,66 @@ TEST(DispatchGeometry, CoversEveryItemWithAtMostOnePartialRowWithinTheLimit) {
             EXPECT_LE(grid.groupsY, c.limit);
         }
     }
+}
+
+TEST(SubmissionPlan, FillsTheTargetTimeWithinTheCapAndTheRemainingBudget) {
+    const struct {
+        double perDispatch, remaining;
+        std::uint32_t cap, expected;
+    } cases[] = {
+        {0.001, 10.0, 256, 25},    // 25 ms of 1 ms dispatches
+        {0.0001, 10.0, 256, 250},  // just under the cap
+        {0.00001, 10.0, 256, 256}, // capped
+        {0.001, 0.0035, 256, 4},   // no further than the budget needs
+        {0.001, -1.0, 256, 1},     // at least one
+        {0.5, 10.0, 256, 1},       // a dispatch longer than the target goes alone
+        {0.001, 10.0, 1, 1},       // one at a time when asked
+        {0.0, 10.0, 64, 64},       // an unmeasurably short dispatch: the cap
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(::testing::Message() << c.perDispatch << " s each, " << c.remaining << " s left");
+        EXPECT_EQ(dispatchesForNextSubmission({0.025, c.cap}, c.perDispatch, c.remaining), c.expected);
+    }
+}
+
+TEST(GroupSizeCalibration, TriesTheAllowedSizesAndKeepsTheFastest) {
+    EXPECT_EQ(groupSizeCandidates(1024), (std::vector<std::uint32_t>{256, 128, 64, 512, 1024}));
+    EXPECT_EQ(groupSizeCandidates(256), (std::vector<std::uint32_t>{256, 128, 64}));
+    EXPECT_EQ(groupSizeCandidates(48), (std::vector<std::uint32_t>{48}));
+
+    auto context = Context::openDefault();
+    ASSERT_TRUE(context) << "no Vulkan device (lavapipe expected)";
+    const std::string source =
+        "#version 450\nlayout(local_size_x_id = 0) in;\n"
+        "layout(std430, binding = 0) buffer B { float v[]; };\nvoid main() { v[0] = 1.0; }\n";
+    const std::map<std::uint32_t, double> seconds = {{256, 3e-3}, {128, 1e-3}, {64, 2e-3}, {512, 5e-4}};
+    std::vector<std::uint32_t> timed;
+    const auto fake = [&](ComputePipeline&, std::uint32_t size) -> std::optional<double> {
+        timed.push_back(size);
+        if (!seconds.count(size)) return std::nullopt; // a size that could not be timed is passed over
+        return seconds.at(size);
+    };
+    const std::vector<std::uint32_t> all = {256, 128, 64, 512, 1024};
+    CalibratedKernel chosen = calibrateGroupSize(*context, source, "t.comp", 1, 0, all, fake);
+    ASSERT_TRUE(chosen.kernel.pipeline) << chosen.kernel.message;
+    EXPECT_EQ(chosen.groupSize, 512u);
+    EXPECT_EQ(timed, all);
+    EXPECT_EQ(chosen.timings.size(), 4u);
+
+    // Out of calibration time after the first: the first is kept, nothing more is tried.
+    timed.clear();
+    chosen = calibrateGroupSize(*context, source, "t.comp", 1, 0, all, fake, 0.0);
+    EXPECT_EQ(chosen.groupSize, 256u);
+    EXPECT_EQ(timed, (std::vector<std::uint32_t>{256}));
+
+    // One size is built without a timing; a kernel that does not compile says why.
+    timed.clear();
+    chosen = calibrateGroupSize(*context, source, "t.comp", 1, 0, std::vector<std::uint32_t>{96}, fake);
+    EXPECT_EQ(chosen.groupSize, 96u);
+    EXPECT_TRUE(timed.empty());
+    chosen = calibrateGroupSize(*context, "#version 450\nvoid main() { oops }\n", "t.comp", 1, 0, all, fake);
+    EXPECT_EQ(chosen.kernel.failure, ComputeKernel::Failure::compile);
+    EXPECT_EQ(chosen.kernel.message.rfind("t.comp:2: error:", 0), 0u) << chosen.kernel.message;
 }
 
 TEST(ShaderCompiler, CompilesGlslAndFindsTheStagesEntryPoint) {

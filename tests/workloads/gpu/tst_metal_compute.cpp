@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -16,6 +17,7 @@ namespace {
 
 constexpr std::uint32_t kCount = 1'001; // not a multiple of any workgroup width
 constexpr std::uint32_t kIterations = 3;
+constexpr std::uint32_t kCandidateSizes[] = {64, 128, 256, 512, 1024};
 
 using Float4 = std::array<float, 4>;
 
@@ -61,33 +63,77 @@ float referenceChecksum(std::uint32_t count, std::uint32_t iterations, int dispa
 
 } // namespace
 
-TEST(MetalCompute, ChecksumMatchesTheCpuArithmeticAfterSeveralDispatches) {
-    CancellingProgress progress(3);
-    const BenchmarkOutcome outcome = runMetalCompute(progress.context(), {kCount, kIterations, std::nullopt});
-    ASSERT_EQ(outcome.status, OutcomeStatus::ok) << outcome.detail;
-    ASSERT_TRUE(outcome.secondary.has_value());
-    EXPECT_EQ(*outcome.secondary, (MeasurementLine{"Dispatches", "3", ""}));
-    EXPECT_EQ(progress.units, (std::vector<std::int64_t>{1, 2, 3}));
-    EXPECT_EQ(progress.unitName, "dispatches");
-    // The live rate reads in the result's unit.
-    const auto live = liveRate(3, outcome.duration, progress.unit);
-    ASSERT_TRUE(live.has_value());
-    EXPECT_EQ(live->unit, outcome.primary.unit);
-    EXPECT_NEAR(live->value, std::stod(outcome.primary.value), 0.006 + live->value * 1e-6);
+TEST(MetalCompute, ChecksumMatchesTheCpuArithmeticInEveryMemoryPlacement) {
+    // Each placement on lavapipe's one memory: the staged path copies in and out, the mapped one
+    // writes and reads the device's memory directly, the unified one copies nothing.
+    const struct {
+        GpuMemoryPlacement placement;
+        std::uint64_t bytesCopied; // the fill, then three float4 read back
+    } cases[] = {
+        {GpuMemoryPlacement::unified, 0},
+        {GpuMemoryPlacement::deviceMapped, kCount * 16 + 48},
+        {GpuMemoryPlacement::deviceStaged, kCount * 16 + 48},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(rawValue(c.placement));
+        CancellingProgress progress(3);
+        const BenchmarkOutcome outcome =
+            runMetalCompute(progress.context(), {kCount, kIterations, std::nullopt, {c.placement, 64, 1}});
+        ASSERT_EQ(outcome.status, OutcomeStatus::ok) << outcome.detail;
+        EXPECT_EQ(*outcome.secondary, (MeasurementLine{"Dispatches", "3", ""}));
+        EXPECT_EQ(progress.units, (std::vector<std::int64_t>{1, 2, 3}));
+        EXPECT_EQ(progress.unitName, "dispatches");
+        ASSERT_TRUE(outcome.gpu.has_value());
+        EXPECT_EQ(outcome.gpu->placement, c.placement);
+        EXPECT_EQ(outcome.gpu->bytesCopied, c.bytesCopied);
+        EXPECT_EQ(outcome.gpu->groupSize, 64u);
+        EXPECT_EQ(outcome.gpu->dispatchesPerSubmission, 1u);
+        // The live rate reads in the result's unit.
+        const auto live = liveRate(3, outcome.duration, progress.unit);
+        ASSERT_TRUE(live.has_value());
+        EXPECT_EQ(live->unit, outcome.primary.unit);
+        EXPECT_NEAR(live->value, std::stod(outcome.primary.value), 0.006 + live->value * 1e-6);
 
-    const auto checksum = numberAfter(outcome.detail, "checksum");
-    ASSERT_TRUE(checksum.has_value()) << outcome.detail;
-    // The reference splits fma() into a rounded product and a sum, as lavapipe does; Vulkan lets
-    // a driver fuse it or not. Here a fused reference is within 1e-5 of the split one, so a
-    // fusing GPU passes too (checked below: more iterations would let the two drift apart).
-    // The detail rounds to 3 decimals (5e-4). The device's sin and cos may differ from the C
-    // library's by about 1e-6 per call, and each of the 9 iterations can at most double a lane's
-    // error (both terms have slope <= 1), so the three summed lanes stay well inside 2e-3.
-    // A wrong constant, lane order or missing update moves the sum by 1e-2 or more.
-    const float split = referenceChecksum(kCount, kIterations, 3, Fma::split);
-    EXPECT_NEAR(*checksum, split, 2e-3);
-    EXPECT_NEAR(referenceChecksum(kCount, kIterations, 3, Fma::fused), split, 1e-4);
-    EXPECT_EQ(outcome.detail.rfind("Sustained Metal kernel over 1001 float4 values, checksum ", 0), 0u);
+        const auto checksum = numberAfter(outcome.detail, "checksum");
+        ASSERT_TRUE(checksum.has_value()) << outcome.detail;
+        // The reference splits fma() into a rounded product and a sum, as lavapipe does; Vulkan
+        // lets a driver fuse it or not. Here a fused reference is within 1e-5 of the split one,
+        // so a fusing GPU passes too (more iterations would let the two drift apart). The detail
+        // rounds to 3 decimals (5e-4). The device's sin and cos may differ from the C library's
+        // by about 1e-6 per call, and each of the 9 iterations can at most double a lane's error
+        // (both terms have slope <= 1), so the three summed lanes stay well inside 2e-3. A wrong
+        // constant, lane order or missing update moves the sum by 1e-2 or more.
+        const float split = referenceChecksum(kCount, kIterations, 3, Fma::split);
+        EXPECT_NEAR(*checksum, split, 2e-3);
+        EXPECT_NEAR(referenceChecksum(kCount, kIterations, 3, Fma::fused), split, 1e-4);
+        EXPECT_EQ(outcome.detail.rfind("Sustained Metal kernel over 1001 float4 values, checksum ", 0), 0u);
+    }
+}
+
+TEST(MetalCompute, BatchedSubmissionsRunEveryDispatchTheyCountAndCalibrationLeavesNoTrace) {
+    // A calibrated group size and up to 8 dispatches a submission: the checksum still follows the
+    // count shown, so no dispatch of a batch is lost and the calibration's own dispatches are
+    // undone before timing.
+    CancellingProgress progress(2);
+    const BenchmarkOutcome outcome = runMetalCompute(
+        progress.context(), {kCount, kIterations, std::nullopt, {GpuMemoryPlacement::deviceStaged, {}, 8}});
+    ASSERT_EQ(outcome.status, OutcomeStatus::ok) << outcome.detail;
+    const int dispatches = std::stoi(outcome.secondary->value);
+    EXPECT_EQ(progress.units.front(), 1);
+    EXPECT_EQ(progress.units.back(), dispatches);
+    ASSERT_TRUE(outcome.gpu.has_value());
+    EXPECT_GT(outcome.gpu->dispatchesPerSubmission, 1u) << "a tiny dispatch is batched";
+    EXPECT_LE(outcome.gpu->dispatchesPerSubmission, 8u);
+    EXPECT_EQ(dispatches, 1 + static_cast<int>(outcome.gpu->dispatchesPerSubmission));
+    EXPECT_NE(std::find(std::begin(kCandidateSizes), std::end(kCandidateSizes), outcome.gpu->groupSize),
+              std::end(kCandidateSizes));
+    // Calibrated: the buffer was filled twice.
+    EXPECT_EQ(outcome.gpu->bytesCopied, 2 * kCount * 16 + 48);
+    ASSERT_TRUE(outcome.gpu->busyFraction.has_value()) << "lavapipe writes timestamps";
+    EXPECT_GT(*outcome.gpu->busyFraction, 0.0);
+    EXPECT_LE(*outcome.gpu->busyFraction, 1.0);
+    EXPECT_NEAR(*numberAfter(outcome.detail, "checksum"), referenceChecksum(kCount, kIterations, dispatches),
+                2e-3);
 }
 
 TEST(MetalCompute, CancelledRunStopsAfterOneDispatchAndRatesItsWork) {

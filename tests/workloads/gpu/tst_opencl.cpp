@@ -186,6 +186,32 @@ TEST(OpenCLCompute, ControllerOutcomeReportsCpuDeviceAndDispatchProgress) {
     EXPECT_GE(outcome.duration, 0.05);
 }
 
+TEST(OpenCLCompute, BatchesKernelsBetweenWaitsProfilesThemAndStopsWhenAsked) {
+    std::vector<std::int64_t> counts;
+    const QLResult result = opencl::runOpenCL(
+        256, 4, 60.0,
+        [&](std::int64_t dispatches, double) {
+            counts.push_back(dispatches);
+            return counts.size() < 3; // a stop request after the third batch
+        },
+        16);
+    ASSERT_EQ(result.status, 0);
+    ASSERT_EQ(counts.size(), 3u) << "the loop ends on the stop, not the 60 s budget";
+    EXPECT_LT(result.seconds, 30.0);
+    EXPECT_EQ(counts[0], 1);
+    EXPECT_GT(result.mostPerSubmission, 1) << "a tiny kernel is batched";
+    EXPECT_LE(result.mostPerSubmission, 16);
+    // gflops counts exactly the dispatches reported.
+    EXPECT_NEAR(result.gflops * result.seconds * 1e9 / (256.0 * 4 * 42), static_cast<double>(counts.back()),
+                1e-6);
+    EXPECT_GT(result.busyFraction, 0.0) << "PoCL profiles its queue";
+    EXPECT_LE(result.busyFraction, 1.0);
+    const BenchmarkOutcome outcome = openCLOutcome(result);
+    ASSERT_TRUE(outcome.gpu.has_value());
+    EXPECT_EQ(outcome.gpu->dispatchesPerSubmission, static_cast<std::uint32_t>(result.mostPerSubmission));
+    EXPECT_EQ(outcome.gpu->busyFraction, result.busyFraction);
+}
+
 TEST(OpenCLOutcome, MapsSuccessAndEveryFailureStatus) {
     const BenchmarkOutcome gpu = openCLOutcome(QLResult(0, 1234.5, 10.2875, 1.0, 15.25));
     EXPECT_EQ(gpu.status, OutcomeStatus::ok);

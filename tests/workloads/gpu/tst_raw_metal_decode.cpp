@@ -125,18 +125,34 @@ TEST(RawDecodeKernel, SyntheticFrameMatchesTheCpuDecodeEverywhere) {
         expectPixelNear(pixels[id], referencePixel(raw, kWidth, kHeight, id), id);
 }
 
-TEST(RawMetalDecode, ReportsFramesPerSecondOfTheFramesItDecoded) {
-    CancellingProgress progress(2);
-    const BenchmarkOutcome outcome = runRawMetalDecode(progress.context(), {64, 32, std::nullopt});
-    ASSERT_EQ(outcome.status, OutcomeStatus::ok) << outcome.detail;
-    EXPECT_EQ(progress.units, (std::vector<std::int64_t>{1, 2}));
-    EXPECT_EQ(progress.unitName, "frames");
-    const double fps = 2.0 / outcome.duration;
-    EXPECT_EQ(outcome.primary, (MeasurementLine{"Decode", format(fps, 2), "FPS"}));
-    EXPECT_DOUBLE_EQ(outcome.score, fps * 2250.0);
-    EXPECT_EQ(outcome.secondary, (MeasurementLine{"Frame", "8K", "RAW"}));
-    EXPECT_EQ(outcome.detail,
-              "Synthetic RAW Metal decode: 8K 16-bit Bayer, demosaic, and GPU color transform.");
+TEST(RawMetalDecode, ReportsFramesPerSecondOfTheFramesItDecodedWhereverTheFrameLives) {
+    const struct {
+        GpuMemoryPlacement placement;
+        std::uint64_t bytesCopied; // the frame, once, before timing
+    } cases[] = {
+        {GpuMemoryPlacement::unified, 0},
+        {GpuMemoryPlacement::deviceMapped, rawInputBytes(64 * 32)},
+        {GpuMemoryPlacement::deviceStaged, rawInputBytes(64 * 32)},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(rawValue(c.placement));
+        CancellingProgress progress(2);
+        const BenchmarkOutcome outcome =
+            runRawMetalDecode(progress.context(), {64, 32, std::nullopt, {c.placement, 128, 1}});
+        ASSERT_EQ(outcome.status, OutcomeStatus::ok) << outcome.detail;
+        EXPECT_EQ(progress.units, (std::vector<std::int64_t>{1, 2}));
+        EXPECT_EQ(progress.unitName, "frames");
+        const double fps = 2.0 / outcome.duration;
+        EXPECT_EQ(outcome.primary, (MeasurementLine{"Decode", format(fps, 2), "FPS"}));
+        EXPECT_DOUBLE_EQ(outcome.score, fps * 2250.0);
+        EXPECT_EQ(outcome.secondary, (MeasurementLine{"Frame", "8K", "RAW"}));
+        EXPECT_EQ(outcome.detail,
+                  "Synthetic RAW Metal decode: 8K 16-bit Bayer, demosaic, and GPU color transform.");
+        ASSERT_TRUE(outcome.gpu.has_value());
+        EXPECT_EQ(outcome.gpu->placement, c.placement);
+        EXPECT_EQ(outcome.gpu->bytesCopied, c.bytesCopied);
+        EXPECT_EQ(outcome.gpu->groupSize, 128u);
+    }
 }
 
 TEST(RawMetalDecode, KernelThatDoesNotCompileFailsWithTheCompilersMessage) {
