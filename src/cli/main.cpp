@@ -1,4 +1,5 @@
 // quarbel: the headless command line of the benchmark suite.
+#include "cli/baseline_gate.h"
 #include "cli/card_command.h"
 #include "cli/export_command.h"
 #include "cli/import_command.h"
@@ -31,9 +32,6 @@ namespace {
 
 using namespace quarbel;
 
-// `compare --fail-on-slower` found a benchmark slower than allowed.
-constexpr int kExitSlower = 3;
-
 constexpr const char* kDescription =
     "Quarbel benchmarks this machine with thirteen timed, sustained workloads and scores them in "
     "Quarbel points. Everything stays on this machine.\n"
@@ -44,12 +42,17 @@ constexpr const char* kDescription =
 constexpr const char* kProgramExitStatus =
     "Exit status: 0 success, 2 bad arguments; 'quarbel COMMAND --help' lists each command's own.";
 
-constexpr const char* kRunExitStatus = "Exit status:\n"
-                                       "  0    every benchmark ended ok or skipped\n"
-                                       "  1    a benchmark failed, or the output, the --json report or a "
-                                       "result card could not be written\n"
-                                       "  2    bad input; nothing was run\n"
-                                       "  130  stopped by Ctrl-C, SIGTERM or SIGHUP";
+constexpr const char* kRunExitStatus =
+    "Exit status:\n"
+    "  0    every benchmark ended ok or skipped\n"
+    "  1    a benchmark failed, or the output, the --json report or a "
+    "result card could not be written\n"
+    "  2    bad input; nothing was run\n"
+    "  3    with --baseline and --fail-on-slower: a benchmark stayed slower "
+    "than allowed\n"
+    "  4    with --baseline and --fail-on-slower: nothing slower, but a "
+    "benchmark could not be judged (noisy machine, failed or skipped in one run)\n"
+    "  130  stopped by Ctrl-C, SIGTERM or SIGHUP";
 
 constexpr const char* kListExitStatus = "Exit status:\n"
                                         "  0    the list was printed\n"
@@ -73,12 +76,15 @@ constexpr const char* kHistoryExitStatus = "Exit status:\n"
                                            "  1    standard output could not be written\n"
                                            "  2    bad arguments";
 
-constexpr const char* kCompareExitStatus = "Exit status:\n"
-                                           "  0    the comparison was printed\n"
-                                           "  1    standard output could not be written\n"
-                                           "  2    a run that is not in the history or not a readable "
-                                           "report, or bad arguments\n"
-                                           "  3    with --fail-on-slower: a benchmark is slower than allowed";
+constexpr const char* kCompareExitStatus =
+    "Exit status:\n"
+    "  0    the comparison was printed\n"
+    "  1    standard output could not be written\n"
+    "  2    a run that is not in the history or not a readable "
+    "report, or bad arguments\n"
+    "  3    with --fail-on-slower: a benchmark is slower than allowed\n"
+    "  4    with --fail-on-slower: nothing slower, but a benchmark could "
+    "not be judged (noisy machine, failed or skipped in one run)";
 
 constexpr const char* kExportExitStatus =
     "Exit status:\n"
@@ -236,6 +242,11 @@ int main(int argc, char** argv) {
             "PERCENT (default: the noise threshold, 1 %); for CI")
         ->expected(0, 1)
         ->type_name("[PERCENT]");
+    std::string compareJunit;
+    compare
+        ->add_option("--junit", compareJunit,
+                     "With --fail-on-slower, also write the verdicts as JUnit XML to FILE")
+        ->type_name("FILE");
 
     auto* exporter = app.add_subcommand(
         "export", "Export runs as CSV, Markdown, one self-contained HTML page, JSON or OpenMetrics text");
@@ -260,6 +271,26 @@ int main(int argc, char** argv) {
     importer->add_option("files", importedFiles, "Reports written by 'quarbel run --json' or a history")
         ->required()
         ->type_name("FILE...");
+
+    std::string baselineArgument, runFailOnSlower, confirmArgument, runJunit;
+    run->add_option(
+           "--baseline", baselineArgument,
+           "Compare the run with REPORT (a report file or a number from 'quarbel history') as it ends")
+        ->type_name("REPORT");
+    run->add_option(
+           "--fail-on-slower", runFailOnSlower,
+           "With --baseline: exit 3 when a benchmark is slower than the baseline by more than PERCENT "
+           "(default: the noise threshold, 1 %), 4 when one could not be judged")
+        ->expected(0, 1)
+        ->type_name("[PERCENT]");
+    run->add_option(
+           "--confirm", confirmArgument,
+           "With --fail-on-slower: rerun what was slower or not judged up to N times; only what stays "
+           "so fails")
+        ->type_name("N");
+    run->add_option("--junit", runJunit,
+                    "With --fail-on-slower, also write the verdicts as JUnit XML to FILE")
+        ->type_name("FILE");
 
     std::string metricsPath;
     run->add_option("--metrics", metricsPath,
@@ -325,6 +356,15 @@ int main(int argc, char** argv) {
             }
             allowedSlowdown = std::get<double>(percent);
         }
+        std::optional<ReportTarget> compareJunitTarget;
+        if (compare->count("--junit") > 0) {
+            auto target = cli::junitTarget(compare->count("--fail-on-slower") > 0, compareJunit);
+            if (const auto* problem = std::get_if<std::string>(&target)) {
+                std::fprintf(stderr, "quarbel: %s\n", problem->c_str());
+                return session::kExitBadInput;
+            }
+            compareJunitTarget = std::get<ReportTarget>(std::move(target));
+        }
         std::vector<SavedRun> saved;
         for (const auto& name : comparedRuns) {
             auto resolved = resolveSavedRun(name, history);
@@ -344,21 +384,9 @@ int main(int argc, char** argv) {
         else
             text = compareAsJson ? manyRunsJson(saved, comparisons) : manyRunsText(saved, comparisons);
         std::fputs(text.c_str(), stdout);
-        if (compare->count("--fail-on-slower") > 0) {
-            std::vector<std::string> slower;
-            for (const auto& comparison : comparisons)
-                for (const auto& title : slowerThan(comparison, allowedSlowdown))
-                    if (std::find(slower.begin(), slower.end(), title) == slower.end())
-                        slower.push_back(title);
-            if (!slower.empty()) {
-                std::string titles;
-                for (const auto& title : slower)
-                    titles += (titles.empty() ? "" : ", ") + title;
-                std::fprintf(stderr, "quarbel: slower than allowed (%s %%): %s\n",
-                             format(allowedSlowdown, 1).c_str(), titles.c_str());
-                return afterFlushingOutput(kExitSlower);
-            }
-        }
+        if (compare->count("--fail-on-slower") > 0)
+            return afterFlushingOutput(
+                cli::compareGateExit(saved, comparisons, allowedSlowdown, compareJunitTarget));
         return afterFlushingOutput(session::kExitOk);
     }
 
@@ -396,6 +424,21 @@ int main(int argc, char** argv) {
     }
     options.ids = std::get<std::vector<BenchmarkID>>(std::move(ids));
     if (!noHistory) options.historyDirectory = historyDirectory();
+    const auto optional = [&](const char* option, const std::string& value) {
+        return run->count(option) > 0 ? std::optional(value) : std::nullopt;
+    };
+    auto gate = cli::gateOptionsFrom({optional("--baseline", baselineArgument),
+                                      optional("--fail-on-slower", runFailOnSlower),
+                                      optional("--confirm", confirmArgument), optional("--junit", runJunit)},
+                                     historyDirectory());
+    if (const auto* problem = std::get_if<std::string>(&gate)) {
+        std::fprintf(stderr, "quarbel: %s\n", problem->c_str());
+        return session::kExitBadInput;
+    }
     warnAboutDeviceChoice();
+    if (auto& gateOptions = std::get<std::optional<cli::GateOptions>>(gate))
+        return cli::runWithBaseline(std::move(options), *gateOptions, [&](session::RunOptions once) {
+            return runBenchmarks(argc, argv, std::move(once));
+        });
     return runBenchmarks(argc, argv, std::move(options));
 }

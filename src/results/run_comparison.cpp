@@ -50,6 +50,31 @@ std::string aligned(const std::vector<std::vector<std::string>>& cells) {
     return text;
 }
 
+// "noisy machine in B (other work took 43 % of the CPU)": what disturbed the run, where the
+// report measured it.
+std::string noisyReason(const SavedResult& result, const char* run) {
+    std::string text = std::string("noisy machine in ") + run;
+    if (const auto& i = result.statistics.interference) {
+        if (i->otherCpuPercent >= i->stealPercent)
+            text += " (other work took " + format("%.0f", i->otherCpuPercent) + " % of the CPU)";
+        else
+            text += " (the host took " + format("%.0f", i->stealPercent) + " % of the CPU as steal)";
+    }
+    return text;
+}
+
+// Why the pair cannot be judged, or empty.
+std::string notJudgedReason(const SavedResult& a, const SavedResult& b) {
+    const bool okA = a.status == "ok", okB = b.status == "ok";
+    if (!okA && !okB) return a.status == b.status ? a.status + " in both runs" : "no result in either run";
+    if (!okB) return b.status + " in B";
+    if (!okA) return a.status + " in A, so there is nothing to compare with";
+    if (a.statistics.noisy && b.statistics.noisy) return noisyReason(a, "A") + "; " + noisyReason(b, "B");
+    if (a.statistics.noisy) return noisyReason(a, "A");
+    if (b.statistics.noisy) return noisyReason(b, "B");
+    return {};
+}
+
 } // namespace
 
 std::variant<SavedRun, std::string> resolveSavedRun(const std::string& argument,
@@ -93,7 +118,7 @@ RunComparison compareRuns(const SavedRun& before, const SavedRun& after) {
         comparison.warnings.push_back("The runs come from different machines (" + before.machine + " and " +
                                       after.machine + ").");
     if (before.stopped || after.stopped) comparison.warnings.push_back("A run was stopped before its end.");
-    std::vector<std::string> byBand, noisy;
+    std::vector<std::string> byBand;
     for (const auto& first : before.results) {
         const auto second = std::find_if(after.results.begin(), after.results.end(),
                                          [&](const SavedResult& r) { return r.title == first.title; });
@@ -111,11 +136,13 @@ RunComparison compareRuns(const SavedRun& before, const SavedRun& after) {
         pair.uncertaintyAfter = second->statistics.uncertainty;
         pair.noisyBefore = first.statistics.noisy;
         pair.noisyAfter = second->statistics.noisy;
-        const ComparedScore compared = compareScores(pair);
+        ComparedScore compared = compareScores(pair);
+        const std::string notJudged = notJudgedReason(first, *second);
+        if (!notJudged.empty()) compared.verdict = Verdict::inconclusive;
         if (compared.ratio && compared.method == ComparisonMethod::noiseBand) byBand.push_back(first.title);
-        if (compared.verdict == Verdict::inconclusive) noisy.push_back(first.title);
-        comparison.rows.push_back(
-            {first.title, pair.before, pair.after, compared, pair.uncertaintyBefore, pair.uncertaintyAfter});
+        comparison.rows.push_back({first.title, pair.before, pair.after, compared, pair.uncertaintyBefore,
+                                   pair.uncertaintyAfter, notJudged,
+                                   first.status != "ok" && second->status != "ok"});
     }
     const auto listed = [](const std::vector<std::string>& titles) {
         std::string text;
@@ -128,10 +155,23 @@ RunComparison compareRuns(const SavedRun& before, const SavedRun& after) {
             "No slice rates for " + listed(byBand) +
             " (a report from an older Quarbel, or too few slices): compared the old way, against the fixed "
             "noise band of the category.");
-    if (!noisy.empty())
-        comparison.warnings.push_back("Inconclusive for " + listed(noisy) +
-                                      ": other work disturbed the machine while it ran (noisy machine).");
+    if (before.path == after.path && !before.path.empty())
+        comparison.warnings.push_back("Both are the same run: every change is zero by construction.");
     return comparison;
+}
+
+std::vector<UnjudgedBenchmark> couldNotJudge(const RunComparison& comparison) {
+    std::vector<UnjudgedBenchmark> unjudged;
+    for (const auto& row : comparison.rows)
+        if (!row.notJudged.empty() && !row.ranInNeither) unjudged.push_back({row.title, row.notJudged});
+    return unjudged;
+}
+
+std::string unjudgedText(const std::vector<UnjudgedBenchmark>& benchmarks) {
+    std::string text;
+    for (const auto& b : benchmarks)
+        text += (text.empty() ? "" : ", ") + b.title + " (" + b.why + ")";
+    return text;
 }
 
 std::vector<std::string> slowerThan(const RunComparison& comparison, double percent) {
@@ -178,9 +218,13 @@ std::string comparisonText(const SavedRun& before, const SavedRun& after, const 
                          score(row.after, row.uncertaintyAfter),
                          c.ratio ? format("%.3f", *c.ratio) : std::string("-"), interval,
                          c.ratio ? format("%+.1f %%", (*c.ratio - 1.0) * 100.0) : std::string("-"),
-                         std::string(verdictText(c.verdict))});
+                         row.notJudged.empty() ? std::string(verdictText(c.verdict))
+                         : row.ranInNeither    ? row.notJudged
+                                               : std::string("could not judge")});
     }
     text += comparison.rows.empty() ? "The two runs have no benchmark in common.\n" : aligned(cells);
+    if (const auto unjudged = couldNotJudge(comparison); !unjudged.empty())
+        text += "Could not judge: " + unjudgedText(unjudged) + ".\n";
     if (!comparison.rows.empty())
         text += "Verdicts: a Welch test on the log of the slice rates, significance 0.05, changes under " +
                 format("%.1f %%", noiseThresholdPercent(std::nullopt)) +
@@ -227,7 +271,8 @@ std::string comparisonJson(const SavedRun& before, const SavedRun& after, const 
                         {"noiseBandFrom", statistics         ? json(nullptr)
                                           : c.bandFromSpread ? json("accuracy spread")
                                                              : json("default")},
-                        {"verdict", std::string(verdictText(c.verdict))}});
+                        {"verdict", std::string(verdictText(c.verdict))},
+                        {"notJudged", row.notJudged.empty() ? json(nullptr) : json(row.notJudged)}});
     }
     const json document{{"schema", 1},
                         {"a", runJson(before)},

@@ -24,6 +24,10 @@ struct ComparisonRow {
     ComparedScore compared;
     std::optional<RateUncertainty> uncertaintyBefore; // each score's interval, as its report gave it
     std::optional<RateUncertainty> uncertaintyAfter;
+    // Why no verdict could be given, e.g. "failed in B" or "noisy machine in B (other work took
+    // 43 % of the CPU)"; empty when the pair was judged. The verdict is then inconclusive.
+    std::string notJudged;
+    bool ranInNeither = false; // skipped or failed in both runs
 };
 
 struct RunComparison {
@@ -36,6 +40,20 @@ RunComparison compareRuns(const SavedRun& before, const SavedRun& after);
 // The benchmarks judged slower whose slowdown is larger than `percent` (for
 // `compare --fail-on-slower`), in the comparison's order.
 std::vector<std::string> slowerThan(const RunComparison& comparison, double percent);
+
+struct UnjudgedBenchmark {
+    std::string title;
+    std::string why;
+    bool operator==(const UnjudgedBenchmark&) const = default;
+};
+
+// The benchmarks that ran in at least one of the runs but could not be judged, with why, in
+// the comparison's order. One that ran in neither (no device for it in either) is left out:
+// there was nothing to compare and nothing got worse.
+std::vector<UnjudgedBenchmark> couldNotJudge(const RunComparison& comparison);
+
+// "CPU Single-Core (failed in B), Memory Stream (noisy machine in A)"
+std::string unjudgedText(const std::vector<UnjudgedBenchmark>& benchmarks);
 
 // The history as an aligned table, numbered for `compare`.
 std::string historyText(const HistoryListing& history);

@@ -81,17 +81,25 @@ HistorySave saveToHistory(const std::string& directory, const std::string& start
 }
 
 std::optional<SavedRun> readSavedRun(const std::string& path, std::string* problem) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file) {
+        if (problem != nullptr) *problem = std::string("cannot be read: ") + std::strerror(errno);
+        return std::nullopt;
+    }
+    std::stringstream text;
+    text << file.rdbuf();
+    return savedRunFromText(text.str(), path, problem);
+}
+
+std::optional<SavedRun> savedRunFromText(const std::string& text, const std::string& path,
+                                         std::string* problem) {
     const auto fail = [&](const std::string& why) -> std::optional<SavedRun> {
         if (problem != nullptr) *problem = why;
         return std::nullopt;
     };
-    std::ifstream file(path, std::ios::binary);
-    if (!file) return fail(std::string("cannot be read: ") + std::strerror(errno));
-    std::stringstream text;
-    text << file.rdbuf();
     json document;
     try {
-        document = json::parse(text.str());
+        document = json::parse(text);
     } catch (const json::parse_error& error) {
         return fail(std::string("is not valid JSON (") + error.what() + ")");
     }

@@ -55,6 +55,9 @@ struct SavedRun {
 // Reads a report written by any version of `quarbel run --json` or the window. Returns the
 // one-line problem for a file that is not such a report.
 std::optional<SavedRun> readSavedRun(const std::string& path, std::string* problem);
+// The same from a report's text; `path` is what the run is known by.
+std::optional<SavedRun> savedRunFromText(const std::string& text, const std::string& path,
+                                         std::string* problem);
 
 struct HistoryListing {
     std::vector<SavedRun> runs;        // newest first

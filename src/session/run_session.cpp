@@ -218,6 +218,7 @@ void RunSession::finish() {
     if (options_.cardsDirectory)
         exitCode = std::max(exitCode, writeCards(report, *options_.cardsDirectory, out_));
     keepInHistory(isoTimestamp(report.startedAt), reportText);
+    if (options_.reportSink) options_.reportSink(reportText);
     Q_EMIT finished(stopRequested_ ? kExitStopped : exitCode);
 }
 

@@ -172,7 +172,9 @@ TEST(RunHistory, ComparesByTitleAndWarnsWhenRunsAreNotLikeForLike) {
     EXPECT_NE(text.find("CPU Single-Core  1000.0  1100.0  1.100"), std::string::npos) << text;
     const auto document = nlohmann::json::parse(comparisonJson(a, b, comparison));
     EXPECT_EQ(document["results"][1]["noiseBandFrom"], "accuracy spread");
-    EXPECT_EQ(compareRuns(a, a).warnings.size(), 1u);
+    // A run against itself says so, beside the missing slice rates.
+    ASSERT_EQ(compareRuns(a, a).warnings.size(), 2u);
+    EXPECT_EQ(compareRuns(a, a).warnings[1], "Both are the same run: every change is zero by construction.");
     EXPECT_DOUBLE_EQ(comparison.rows[0].compared.bandPercent,
                      defaultNoiseBandPercent(BenchmarkCategory::cpu, RunLength::quick))
         << "B is quick";
@@ -198,7 +200,8 @@ TEST(RunHistory, TheCommandLineKeepsRunsUnlessToldNotTo) {
     const auto compare = test::runProcess({kQuarbel, "compare", "1", "1"}, env);
     EXPECT_EQ(compare.exitCode, 0) << compare.err;
     EXPECT_NE(compare.out.find("GPU Visual Tour"), std::string::npos) << compare.out;
-    EXPECT_NE(compare.out.find("within noise"), std::string::npos) << compare.out;
+    EXPECT_NE(compare.out.find("skipped in both runs"), std::string::npos) << compare.out;
+    EXPECT_NE(compare.out.find("Both are the same run"), std::string::npos) << compare.out;
     EXPECT_EQ(test::runProcess({kQuarbel, "compare", "1", "7"}, env).exitCode, 2);
 }
 
@@ -218,8 +221,9 @@ TEST(RunHistory, CompareJudgesByStatisticsAndFailsOnSlowerForCI) {
     const std::string a = tree.path("a.json"), b = tree.path("b.json");
     const auto plain = test::runProcess({kQuarbel, "compare", a, b}, env);
     ASSERT_EQ(plain.exitCode, 0) << plain.err;
-    for (const char* expected : {"CPU Single-Core  1000.0 \u00b1 2.1 %", "slower", "within noise",
-                                 "inconclusive", "-20.0 %", "Inconclusive for RAW CPU Decode"})
+    for (const char* expected :
+         {"CPU Single-Core  1000.0 \u00b1 2.1 %", "slower", "within noise", "could not judge", "-20.0 %",
+          "Could not judge: RAW CPU Decode (noisy machine in B)"})
         EXPECT_NE(plain.out.find(expected), std::string::npos) << expected << "\n" << plain.out;
 
     struct Case {
@@ -230,7 +234,8 @@ TEST(RunHistory, CompareJudgesByStatisticsAndFailsOnSlowerForCI) {
     const Case cases[] = {
         {{"--fail-on-slower"}, 3, "slower than allowed (1.0 %): CPU Single-Core"},
         {{"--fail-on-slower", "19"}, 3, "CPU Single-Core"},
-        {{"--fail-on-slower", "25"}, 0, ""},
+        {{"--fail-on-slower", "25"}, 4, "could not judge: RAW CPU Decode (noisy machine in B)"},
+        {{"--junit", tree.path("j.xml")}, 2, "--junit needs --fail-on-slower"},
         {{"--fail-on-slower", "-1"}, 2, "--fail-on-slower takes a percentage of zero or more"},
         {{"--fail-on-slower", "fast"}, 2, "--fail-on-slower takes a percentage such as 5"},
     };
@@ -241,6 +246,15 @@ TEST(RunHistory, CompareJudgesByStatisticsAndFailsOnSlowerForCI) {
         EXPECT_EQ(result.exitCode, c.exitCode) << c.arguments.back() << "\n" << result.err;
         EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
     }
+    // The same verdicts for a CI system: one failure, one error, the rest passed.
+    const auto junit =
+        test::runProcess({kQuarbel, "compare", a, b, "--fail-on-slower", "--junit", tree.path("j.xml")}, env);
+    EXPECT_EQ(junit.exitCode, 3) << junit.err;
+    const std::string xml = tree.read("j.xml");
+    for (const char* expected : {"tests=\"3\" failures=\"1\" errors=\"1\" skipped=\"0\"",
+                                 "name=\"CPU Single-Core\">\n      <failure type=\"slower\"",
+                                 "<error type=\"could not judge\" message=\"noisy machine in B"})
+        EXPECT_NE(xml.find(expected), std::string::npos) << expected << "\n" << xml;
     // The run's own rerun options are checked before anything runs.
     for (const auto& arguments :
          std::vector<std::vector<std::string>>{{"--until-stable", "--max-passes", "0"},
@@ -251,6 +265,79 @@ TEST(RunHistory, CompareJudgesByStatisticsAndFailsOnSlowerForCI) {
         command.insert(command.end(), arguments.begin(), arguments.end());
         const auto result = test::runProcess(command, env);
         EXPECT_EQ(result.exitCode, 2) << arguments.back() << "\n" << result.out;
+        EXPECT_EQ(result.out.find("Running"), std::string::npos) << "nothing runs";
+    }
+}
+
+TEST(RunAgainstBaseline, TheGateRerunsOnlyWhatItFlaggedAndExitsByWhatRemains) {
+    FakeTree tree;
+    const std::vector<std::string> env{"XDG_DATA_HOME=" + tree.root()};
+    // Baselines a real quick CPU Single-Core run cannot match, cannot fail to beat, or cannot
+    // be judged against (measured on a noisy machine). Memory Stream ran in neither.
+    tree.write("fast.json",
+               reportText("2026-11-23T10:00:00Z", "0.1.0", true,
+                          {{"CPU Single-Core", 1e12, std::nullopt, 0.01}, {"Memory Stream", 0}}));
+    tree.write("slow.json", reportText("2026-11-23T10:00:00Z", "0.1.0", true,
+                                       {{"CPU Single-Core", 1, std::nullopt, 0.01}}));
+    tree.write("noisy.json", reportText("2026-11-23T10:00:00Z", "0.1.0", true,
+                                        {{"CPU Single-Core", 1000, std::nullopt, 0.01, true}}));
+    struct Case {
+        const char* baseline;
+        std::vector<std::string> arguments;
+        int exitCode;
+        int runs; // the first run and the confirming reruns
+        const char* message;
+    };
+    const Case cases[] = {
+        {"fast.json",
+         {"--fail-on-slower", "5", "--confirm", "1", "--junit", tree.path("j.xml")},
+         3,
+         2,
+         "slower than allowed (5.0 %): CPU Single-Core"},
+        {"slow.json", {"--fail-on-slower", "--confirm", "2"}, 0, 1, ""},
+        {"noisy.json",
+         {"--fail-on-slower", "--confirm", "1"},
+         4,
+         2,
+         "could not judge: CPU Single-Core (noisy machine in A"},
+        {"slow.json", {}, 0, 1, ""}, // compared and printed, no gate
+    };
+    for (const auto& c : cases) {
+        std::vector<std::string> command{kQuarbel,       "run",        "cpuInteger",         "--quick",
+                                         "--no-history", "--baseline", tree.path(c.baseline)};
+        command.insert(command.end(), c.arguments.begin(), c.arguments.end());
+        const auto result = test::runProcess(command, env);
+        SCOPED_TRACE(c.baseline + std::string(" ") + (c.arguments.empty() ? "" : c.arguments.front()));
+        EXPECT_EQ(result.exitCode, c.exitCode) << result.err;
+        EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
+        EXPECT_NE(result.out.find("Against the baseline " + tree.path(c.baseline)), std::string::npos)
+            << result.out;
+        std::size_t runs = 0;
+        for (std::size_t at = result.out.find("Running"); at != std::string::npos;
+             at = result.out.find("Running", at + 1))
+            ++runs;
+        EXPECT_EQ(runs, static_cast<std::size_t>(c.runs)) << result.out;
+        EXPECT_EQ(result.out.find("Memory Stream ("), std::string::npos) << "ran in neither run: not flagged";
+    }
+    const std::string xml = tree.read("j.xml");
+    EXPECT_NE(xml.find("tests=\"1\" failures=\"1\" errors=\"0\" skipped=\"0\""), std::string::npos) << xml;
+    EXPECT_NE(xml.find("after 2 comparisons"), std::string::npos) << xml;
+
+    // Arguments that do not fit together are refused before anything runs.
+    const std::pair<std::vector<std::string>, const char*> refused[] = {
+        {{"--fail-on-slower"}, "--fail-on-slower needs --baseline REPORT"},
+        {{"--baseline", tree.path("missing.json")}, "--baseline: "},
+        {{"--baseline", tree.path("fast.json"), "--confirm", "2"}, "--confirm needs --fail-on-slower"},
+        {{"--baseline", tree.path("fast.json"), "--fail-on-slower", "--confirm", "x"},
+         "--confirm takes a number"},
+        {{"--baseline", "7"}, "no run 7 in the history"},
+    };
+    for (const auto& [arguments, message] : refused) {
+        std::vector<std::string> command{kQuarbel, "run", "cpuInteger", "--quick", "--no-history"};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        const auto result = test::runProcess(command, env);
+        EXPECT_EQ(result.exitCode, 2) << message << "\n" << result.err;
+        EXPECT_NE(result.err.find(message), std::string::npos) << result.err;
         EXPECT_EQ(result.out.find("Running"), std::string::npos) << "nothing runs";
     }
 }

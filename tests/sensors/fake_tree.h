@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 
@@ -32,6 +33,12 @@ class FakeTree {
         const std::filesystem::path file = path(relative);
         std::filesystem::create_directories(file.parent_path());
         std::ofstream(file, std::ios::binary) << content;
+    }
+
+    // The whole of `relative`, empty when it cannot be read.
+    std::string read(const std::string& relative) const {
+        std::ifstream in(path(relative), std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
     }
 
     void rename(const std::string& from, const std::string& to) const {

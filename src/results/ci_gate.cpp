@@ -1,0 +1,123 @@
+#include "results/ci_gate.h"
+
+#include "model/catalogue.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace quarbel {
+namespace {
+
+bool slowerThanAllowed(const ComparisonRow& row, double allowed) {
+    if (row.compared.verdict != Verdict::slower || !row.notJudged.empty()) return false;
+    return !row.compared.ratio || (1.0 - *row.compared.ratio) * 100.0 > allowed;
+}
+
+std::string xmlEscaped(const std::string& text) {
+    std::string out;
+    for (char c : text) {
+        switch (c) {
+        case '&': out += "&amp;"; break;
+        case '<': out += "&lt;"; break;
+        case '>': out += "&gt;"; break;
+        case '"': out += "&quot;"; break;
+        default: out += c;
+        }
+    }
+    return out;
+}
+
+std::string fixed(const char* pattern, double value) {
+    char text[64];
+    std::snprintf(text, sizeof text, pattern, value);
+    return text;
+}
+
+std::string changeText(const ComparisonRow& row) {
+    const ComparedScore& c = row.compared;
+    if (!c.ratio) return "no score in B";
+    std::string text = fixed("%+.1f %%", (*c.ratio - 1.0) * 100.0) + " (B / A " + fixed("%.3f", *c.ratio);
+    if (c.ratioLow && c.ratioHigh)
+        text += ", 95 % interval " + fixed("%.3f", *c.ratioLow) + " to " + fixed("%.3f", *c.ratioHigh);
+    return text + ")";
+}
+
+} // namespace
+
+void CiGate::add(const RunComparison& comparison) {
+    for (const auto& row : comparison.rows) {
+        if (!last_.count(row.title)) order_.push_back(row.title);
+        last_.insert_or_assign(row.title, row);
+        ++attempts_[row.title];
+    }
+}
+
+std::vector<std::string> CiGate::slower() const {
+    std::vector<std::string> titles;
+    for (const auto& title : order_)
+        if (slowerThanAllowed(last_.at(title), allowed_)) titles.push_back(title);
+    return titles;
+}
+
+std::vector<UnjudgedBenchmark> CiGate::unjudged() const {
+    std::vector<UnjudgedBenchmark> benchmarks;
+    for (const auto& title : order_) {
+        const ComparisonRow& row = last_.at(title);
+        if (!row.notJudged.empty() && !row.ranInNeither) benchmarks.push_back({title, row.notJudged});
+    }
+    return benchmarks;
+}
+
+std::vector<std::string> CiGate::toConfirm() const {
+    std::vector<std::string> titles;
+    for (const auto& title : order_) {
+        const ComparisonRow& row = last_.at(title);
+        if (slowerThanAllowed(row, allowed_) || (!row.notJudged.empty() && !row.ranInNeither))
+            titles.push_back(title);
+    }
+    return titles;
+}
+
+int CiGate::exitCode() const {
+    if (!slower().empty()) return kExitSlower;
+    if (!unjudged().empty()) return kExitNotJudged;
+    return 0;
+}
+
+std::string CiGate::junitXml(const std::string& suiteName) const {
+    int failures = 0, errors = 0, skipped = 0;
+    std::string cases;
+    for (const auto& title : order_) {
+        const ComparisonRow& row = last_.at(title);
+        const auto id = std::find_if(kAllBenchmarks.begin(), kAllBenchmarks.end(),
+                                     [&](BenchmarkID b) { return quarbel::title(b) == title; });
+        const std::string classname =
+            id != kAllBenchmarks.end() ? "quarbel." + std::string(rawValue(*id)) : "quarbel";
+        cases +=
+            "    <testcase classname=\"" + xmlEscaped(classname) + "\" name=\"" + xmlEscaped(title) + "\">\n";
+        const std::string attempts = " after " + std::to_string(attempts_.at(title)) +
+                                     (attempts_.at(title) == 1 ? " comparison" : " comparisons");
+        if (row.ranInNeither) {
+            ++skipped;
+            cases += "      <skipped message=\"" + xmlEscaped(row.notJudged) + "\"/>\n";
+        } else if (!row.notJudged.empty()) {
+            ++errors;
+            cases += "      <error type=\"could not judge\" message=\"" +
+                     xmlEscaped(row.notJudged + attempts) + "\"/>\n";
+        } else if (slowerThanAllowed(row, allowed_)) {
+            ++failures;
+            cases += "      <failure type=\"slower\" message=\"" +
+                     xmlEscaped("slower than allowed (" + fixed("%.1f", allowed_) +
+                                " %): " + changeText(row) + attempts) +
+                     "\"/>\n";
+        }
+        cases += "      <system-out>" +
+                 xmlEscaped(std::string(verdictText(row.compared.verdict)) + ": " + changeText(row)) +
+                 "</system-out>\n    </testcase>\n";
+    }
+    return "  <testsuite name=\"" + xmlEscaped(suiteName) + "\" tests=\"" + std::to_string(order_.size()) +
+           "\" failures=\"" + std::to_string(failures) + "\" errors=\"" + std::to_string(errors) +
+           "\" skipped=\"" + std::to_string(skipped) + "\">\n" + cases + "  </testsuite>\n";
+}
+
+} // namespace quarbel
