@@ -65,7 +65,7 @@ int main(int argc, char** argv) {
     }
     const auto& options = std::get<app::LaunchOptions>(parsed);
 
-    // The "Metal GPU" row names the Vulkan device the GPU workloads would choose.
+    // The GPU row names the Vulkan device the GPU workloads would choose.
     SystemSnapshot::setGpuNameProvider([] { return gpu::defaultDeviceName().value_or(std::string{}); });
     app::useInterFont();
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/io.github.quarbel.Quarbel.svg")));

@@ -1,5 +1,7 @@
 #include "cli/info_command.h"
 
+#include "results/manifest_json.h"
+
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -13,10 +15,13 @@ json optionalNumber(const std::optional<double>& value) { return value ? json(*v
 
 } // namespace
 
-std::string infoText(const std::vector<SystemRow>& rows, const TemperatureSnapshot& temperatures) {
+std::string infoText(const std::vector<SystemRow>& rows, const TemperatureSnapshot& temperatures,
+                     const SystemManifest& manifest) {
     std::vector<SystemRow> lines = rows;
     lines.push_back({"CPU temperature", temperatureText(temperatures.cpuCelsius)});
     lines.push_back({"GPU temperature", temperatureText(temperatures.gpuCelsius)});
+    for (const auto& field : manifest)
+        lines.push_back({field.label, field.value.empty() ? "Unknown" : field.value});
     std::size_t width = 0;
     for (const auto& line : lines)
         width = std::max(width, line.label.size());
@@ -26,7 +31,8 @@ std::string infoText(const std::vector<SystemRow>& rows, const TemperatureSnapsh
     return text;
 }
 
-std::string infoJson(const std::vector<SystemRow>& rows, const TemperatureSnapshot& temperatures) {
+std::string infoJson(const std::vector<SystemRow>& rows, const TemperatureSnapshot& temperatures,
+                     const SystemManifest& manifest) {
     json system = json::array();
     for (const auto& row : rows)
         system.push_back({{"label", row.label}, {"value", row.value}});
@@ -38,6 +44,7 @@ std::string infoJson(const std::vector<SystemRow>& rows, const TemperatureSnapsh
           {"gpu", optionalNumber(temperatures.gpuCelsius)},
           {"cpuText", temperatureText(temperatures.cpuCelsius)},
           {"gpuText", temperatureText(temperatures.gpuCelsius)}}},
+        {"manifest", manifestJson(manifest)},
     };
     return document.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
 }

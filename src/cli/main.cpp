@@ -158,7 +158,7 @@ int runBenchmarks(int argc, char** argv, session::RunOptions options) {
 
 int main(int argc, char** argv) {
     session::ignoreWriteFaultSignals();
-    // The "Metal GPU" row names the Vulkan device the GPU workloads would choose.
+    // The GPU row names the Vulkan device the GPU workloads would choose.
     SystemSnapshot::setGpuNameProvider([] { return gpu::defaultDeviceName().value_or(std::string{}); });
 
     CLI::App app{kDescription, "quarbel"};
@@ -332,7 +332,9 @@ int main(int argc, char** argv) {
             makeTemperatureSnapshot(QuarbelReadTemperatures(), std::chrono::system_clock::now());
         const auto& rows = SystemSnapshot::rows();
         std::fputs(
-            (infoAsJson ? cli::infoJson(rows, temperatures) : cli::infoText(rows, temperatures)).c_str(),
+            (infoAsJson ? cli::infoJson(rows, temperatures, readSystemManifest())
+                        : cli::infoText(rows, temperatures, readSystemManifest()))
+                .c_str(),
             stdout);
         return afterFlushingOutput(session::kExitOk);
     }

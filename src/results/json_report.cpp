@@ -1,6 +1,8 @@
 #include "results/json_report.h"
 
 #include "results/gpu_execution_json.h"
+#include "results/manifest_json.h"
+#include "sensors/system_snapshot.h"
 
 #include <nlohmann/json.hpp>
 
@@ -65,7 +67,7 @@ json machineJson(const MachineIdentity& machine,
     return {{"hostName", machine.hostName},
             {"machineId", machine.machineId},
             {"cpu", row("CPU")},
-            {"gpu", row("Metal GPU")},
+            {"gpu", row(kGpuRowLabel)},
             {"kernel", machine.kernel},
             {"storageDevice", machine.storageDevice}};
 }
@@ -109,6 +111,7 @@ std::string jsonReportText(const RunReport& report) {
         {"globalScore", report.globalScore},
         {"condition", conditionJson(report)},
         {"machine", report.machine ? machineJson(*report.machine, report.system) : json(nullptr)},
+        {"manifest", manifestJson(report.manifest)},
         {"log", report.log},
     };
     // Replace rather than throw on text that is not valid UTF-8 (a device name, say).

@@ -1,6 +1,7 @@
 #include "results/json_report.h"
 
 #include "results/gpu_execution_json.h"
+#include "results/manifest_json.h"
 
 #include <nlohmann/json.hpp>
 
@@ -183,6 +184,8 @@ RunReport report(const json& document) {
                     if (item.is_string()) target.push_back(item.get<std::string>());
         }
     }
+    if (const auto manifest = document.find("manifest"); manifest != document.end())
+        r.manifest = manifestFromJson(*manifest);
     if (const auto machine = document.find("machine"); machine != document.end() && machine->is_object()) {
         MachineIdentity& m = r.machine.emplace();
         for (auto [key, target] : {std::pair{"hostName", &m.hostName},

@@ -75,6 +75,17 @@ std::string notJudgedReason(const SavedResult& a, const SavedResult& b) {
     return {};
 }
 
+// The set-up fields that differ, each with what it can move; empty when none do.
+std::string setupDifferencesText(const std::vector<ManifestDifference>& differences) {
+    if (differences.empty()) return {};
+    std::string text = "The set-ups differ in " + std::to_string(differences.size()) +
+                       (differences.size() == 1 ? " field" : " fields") + ":\n";
+    for (const auto& d : differences)
+        text += "  " + d.label + " (can move " + d.affects + " scores): A " +
+                (d.before.empty() ? "unknown" : d.before) + "; B " + (d.after.empty() ? "unknown" : d.after) + "\n";
+    return text;
+}
+
 } // namespace
 
 std::variant<SavedRun, std::string> resolveSavedRun(const std::string& argument,
@@ -118,6 +129,7 @@ RunComparison compareRuns(const SavedRun& before, const SavedRun& after) {
         comparison.warnings.push_back("The runs come from different machines (" + before.machine + " and " +
                                       after.machine + ").");
     if (before.stopped || after.stopped) comparison.warnings.push_back("A run was stopped before its end.");
+    comparison.setupDifferences = manifestDifferences(before.manifest, after.manifest);
     std::vector<std::string> byBand;
     for (const auto& first : before.results) {
         const auto second = std::find_if(after.results.begin(), after.results.end(),
@@ -231,6 +243,7 @@ std::string comparisonText(const SavedRun& before, const SavedRun& after, const 
                 " never called, however significant.\n";
     for (const auto& warning : comparison.warnings)
         text += "Warning: " + warning + "\n";
+    text += setupDifferencesText(comparison.setupDifferences);
     return text;
 }
 
@@ -274,11 +287,15 @@ std::string comparisonJson(const SavedRun& before, const SavedRun& after, const 
                         {"verdict", std::string(verdictText(c.verdict))},
                         {"notJudged", row.notJudged.empty() ? json(nullptr) : json(row.notJudged)}});
     }
+    json differences = json::array();
+    for (const auto& d : comparison.setupDifferences)
+        differences.push_back({{"label", d.label}, {"a", d.before}, {"b", d.after}, {"affects", d.affects}});
     const json document{{"schema", 1},
                         {"a", runJson(before)},
                         {"b", runJson(after)},
                         {"results", rows},
-                        {"warnings", comparison.warnings}};
+                        {"warnings", comparison.warnings},
+                        {"setupDifferences", differences}};
     return document.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
 }
 

@@ -33,6 +33,8 @@ struct ComparisonRow {
 struct RunComparison {
     std::vector<ComparisonRow> rows;   // benchmarks present in both runs, in the first run's order
     std::vector<std::string> warnings; // reasons the two runs are not like for like
+    // How the machines' set-ups differ (kernel, drivers, governor, ...), where both reports say.
+    std::vector<ManifestDifference> setupDifferences;
 };
 
 RunComparison compareRuns(const SavedRun& before, const SavedRun& after);

@@ -1,5 +1,7 @@
 #include "results/run_history.h"
 
+#include "results/manifest_json.h"
+
 #include "results/history_index.h"
 #include "results/report_file.h"
 
@@ -126,6 +128,8 @@ std::optional<SavedRun> savedRunFromText(const std::string& text, const std::str
         run.machineId = valueOr<std::string>(*machine, "machineId", "");
         run.hostName = valueOr<std::string>(*machine, "hostName", "");
     }
+    if (const auto manifest = document.find("manifest"); manifest != document.end())
+        run.manifest = manifestFromJson(*manifest);
     for (const auto& result : document["results"]) {
         if (!result.is_object()) return fail("has a result that is not an object");
         SavedResult saved;

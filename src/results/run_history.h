@@ -3,6 +3,7 @@
 #pragma once
 
 #include "results/result_statistics.h"
+#include "sensors/system_manifest.h"
 
 #include <optional>
 #include <string>
@@ -50,6 +51,7 @@ struct SavedRun {
     std::string machineId; // the hashed machine identifier, empty in older reports
     std::string hostName;
     std::vector<SavedResult> results;
+    SystemManifest manifest; // empty in reports from before runs carried it
 };
 
 // Reads a report written by any version of `quarbel run --json` or the window. Returns the

@@ -8,6 +8,7 @@
 #include "results/result_statistics.h"
 #include "sensors/machine_condition.h"
 #include "sensors/machine_identity.h"
+#include "sensors/system_manifest.h"
 #include "sensors/temperature.h"
 
 #include <optional>
@@ -46,6 +47,7 @@ struct RunReport {
     std::vector<std::string> throttleSigns;    // seen while it ran
     std::vector<std::string> badges;           // short remarks for results and cards
     std::optional<MachineIdentity> machine;    // absent in reports from before runs named it
+    SystemManifest manifest;                   // empty in reports from before runs carried it
 };
 
 // "98.7 %" for a stability, with " (throttling)" below kThrottlingStabilityPercent.

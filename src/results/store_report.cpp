@@ -32,6 +32,7 @@ RunReport reportFromStore(const BenchmarkStore& store, ReportFrame frame) {
     report.globalScore = store.totalScore();
     report.log = std::move(frame.log);
     report.machine = readMachineIdentity();
+    report.manifest = readSystemManifest();
     return report;
 }
 

@@ -1,5 +1,6 @@
 #include "sensors/machine_identity.h"
 
+#include "model/storage_root.h"
 #include "sensors/sysfs_text.h"
 
 #include <openssl/sha.h>
@@ -17,11 +18,7 @@
 namespace quarbel {
 namespace {
 
-std::string scratchParentOf(const std::string& given) {
-    if (!given.empty()) return given;
-    const char* tmp = std::getenv("TMPDIR");
-    return tmp != nullptr && *tmp != '\0' ? tmp : "/tmp";
-}
+std::string scratchParentOf(const std::string& given) { return given.empty() ? storageRootDirectory() : given; }
 
 // The block device holding `path` by its device numbers in sysfs; a partition names its
 // disk's model. "tmpfs" for memory, the file system's magic otherwise.

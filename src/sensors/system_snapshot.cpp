@@ -173,8 +173,8 @@ std::vector<SystemRow> SystemSnapshot::makeRows(const SystemSources& sources) {
         {"CPU", cpuName(sources)},
         {"Cores", coreCountText()},
         {"Memory", memoryText(physicalMemoryBytes())},
-        {"Metal GPU", gpuName()},
-        {"macOS", operatingSystemText(sources)},
+        {kGpuRowLabel, gpuName()},
+        {kOperatingSystemRowLabel, operatingSystemText(sources)},
     };
 }
 

@@ -12,6 +12,10 @@
 
 namespace quarbel {
 
+// The labels of the rows that name the GPU the benchmarks use and the operating system.
+inline constexpr const char* kGpuRowLabel = "GPU (Vulkan)";
+inline constexpr const char* kOperatingSystemRowLabel = "Operating system";
+
 struct SystemRow {
     std::string label;
     std::string value;
@@ -61,7 +65,7 @@ class SystemSnapshot {
     // before that; it must be safe to call from any thread. An empty function removes it.
     static void setGpuNameProvider(std::function<std::string()> provider);
 
-    // Architecture, CPU, Cores, Memory, Metal GPU, macOS: computed on first use (a
+    // Architecture, CPU, Cores, Memory, GPU (Vulkan), Operating system: computed on first use (a
     // thread-safe one-time initialisation) and kept for the life of the process.
     static const std::vector<SystemRow>& rows();
 

@@ -208,11 +208,12 @@ TEST(QuarbelCommand, InfoNamesTheVulkanDeviceTheGpuWorkloadsUse) {
     };
     const auto withDevices = runProcess({kQuarbel, "info", "--json"});
     ASSERT_EQ(withDevices.exitCode, 0) << withDevices.err;
-    EXPECT_EQ(rowValue(withDevices, "Metal GPU"), quarbel::gpu::defaultDeviceName().value_or("Unavailable"));
+    EXPECT_EQ(rowValue(withDevices, "GPU (Vulkan)"),
+              quarbel::gpu::defaultDeviceName().value_or("Unavailable"));
 
     const auto withoutDevices =
         runProcess({kQuarbel, "info", "--json"}, {"VK_ICD_FILENAMES=/nonexistent/quarbel-no-vulkan.json",
                                                   "VK_DRIVER_FILES=/nonexistent/quarbel-no-vulkan.json"});
     ASSERT_EQ(withoutDevices.exitCode, 0) << withoutDevices.err;
-    EXPECT_EQ(rowValue(withoutDevices, "Metal GPU"), "Unavailable");
+    EXPECT_EQ(rowValue(withoutDevices, "GPU (Vulkan)"), "Unavailable");
 }

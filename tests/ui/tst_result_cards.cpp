@@ -28,7 +28,7 @@ namespace {
 
 const HardwareRows kHardware = {{"Architecture", "x86-64 (x86_64)"}, {"CPU", "Fake CPU 9000"},
                                 {"Cores", "8 logical cores"},        {"Memory", "16.0 GB"},
-                                {"Metal GPU", "Unavailable"},        {"macOS", "Debian 12, kernel 6.1"}};
+                                {"GPU (Vulkan)", "Unavailable"},     {"Operating system", "Debian 12, kernel 6.1"}};
 
 BenchmarkCardContent benchmarkContent(bool accuracyMode) {
     return {BenchmarkID::ssdSequential,

@@ -1,5 +1,7 @@
 #include "workloads/storage/scratch_directory.h"
 
+#include "model/storage_root.h"
+
 #include "workloads/storage/storage_workloads.h"
 
 #include <array>
@@ -232,13 +234,7 @@ bool isUpperHex(char c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F'
 
 } // namespace
 
-std::string temporaryRoot() {
-    const char* value = std::getenv("TMPDIR");
-    std::string root = value != nullptr && value[0] != '\0' ? value : "/tmp";
-    while (root.size() > 1 && root.back() == '/')
-        root.pop_back();
-    return root;
-}
+std::string temporaryRoot() { return storageRootDirectory(); }
 
 std::string makeUUIDText() {
     std::array<std::uint8_t, 16> bytes{};

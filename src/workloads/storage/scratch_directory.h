@@ -9,7 +9,7 @@
 
 namespace quarbel::storage {
 
-// $TMPDIR when it is set and not empty, else "/tmp"; trailing slashes dropped.
+// QUARBEL_STORAGE_DIR, else $TMPDIR, else "/tmp" (storageRootDirectory()).
 std::string temporaryRoot();
 
 // A random (version 4) UUID in its 36-character text form, upper-case hexadecimal.
