@@ -14,11 +14,13 @@
 #include "results/run_history.h"
 #include "results/store_report.h"
 #include "run/benchmark_store.h"
+#include "sensors/system_manifest.h"
 #include "sensors/system_snapshot.h"
 #include "session/run_session.h"
 #include "session/stop_signals.h"
 #include "ui/views/main_window.h"
 #include "ui/views/result_card_saver.h"
+#include "workloads/gpu/device_inventory.h"
 #include "workloads/gpu/gpu_device_name.h"
 #include "workloads/storage/storage_workloads.h"
 
@@ -67,6 +69,7 @@ int main(int argc, char** argv) {
 
     // The GPU row names the Vulkan device the GPU workloads would choose.
     SystemSnapshot::setGpuNameProvider([] { return gpu::defaultDeviceName().value_or(std::string{}); });
+    setDriverDescriptionProvider(gpu::chosenDriverDescriptions);
     app::useInterFont();
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/io.github.quarbel.Quarbel.svg")));
 

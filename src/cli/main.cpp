@@ -1,6 +1,7 @@
 // quarbel: the headless command line of the benchmark suite.
 #include "cli/baseline_gate.h"
 #include "cli/card_command.h"
+#include "cli/devices_command.h"
 #include "cli/export_command.h"
 #include "cli/import_command.h"
 #include "cli/info_command.h"
@@ -9,6 +10,7 @@
 #include "results/run_comparison.h"
 #include "results/store_report.h"
 #include "run/benchmark_store.h"
+#include "sensors/system_manifest.h"
 #include "sensors/system_snapshot.h"
 #include "session/card_writer.h"
 #include "session/cards_directory.h"
@@ -63,6 +65,11 @@ constexpr const char* kInfoExitStatus = "Exit status:\n"
                                         "  0    the system facts were printed\n"
                                         "  1    standard output could not be written\n"
                                         "  2    bad arguments";
+
+constexpr const char* kDevicesExitStatus = "Exit status:\n"
+                                           "  0    the devices were listed\n"
+                                           "  1    standard output could not be written\n"
+                                           "  2    bad arguments";
 
 constexpr const char* kCardExitStatus = "Exit status:\n"
                                         "  0    the cards were written\n"
@@ -160,6 +167,7 @@ int main(int argc, char** argv) {
     session::ignoreWriteFaultSignals();
     // The GPU row names the Vulkan device the GPU workloads would choose.
     SystemSnapshot::setGpuNameProvider([] { return gpu::defaultDeviceName().value_or(std::string{}); });
+    setDriverDescriptionProvider(gpu::chosenDriverDescriptions);
 
     CLI::App app{kDescription, "quarbel"};
     app.set_version_flag("--version", std::string("quarbel ") + QUARBEL_VERSION);
@@ -173,6 +181,13 @@ int main(int argc, char** argv) {
     info->footer(kInfoExitStatus);
     bool infoAsJson = false;
     info->add_flag("--json", infoAsJson, "Print the same as JSON");
+
+    auto* devices = app.add_subcommand(
+        "devices",
+        "List the Vulkan and OpenCL devices and the file systems a run can use, the chosen ones marked");
+    devices->footer(kDevicesExitStatus);
+    bool devicesAsJson = false;
+    devices->add_flag("--json", devicesAsJson, "Print the same as JSON");
 
     auto* run = app.add_subcommand("run", "Run benchmarks headless and print their scores");
     run->footer(kRunExitStatus);
@@ -272,6 +287,19 @@ int main(int argc, char** argv) {
         ->required()
         ->type_name("FILE...");
 
+    std::string gpuChoice, openclChoice, storageChoice;
+    run->add_option(
+           "--gpu", gpuChoice,
+           "The Vulkan device of the GPU benchmarks: an index or part of a name from 'quarbel devices'")
+        ->type_name("ID");
+    run->add_option("--opencl-device", openclChoice,
+                    "The OpenCL device of OpenCL Compute: an index or part of a name from 'quarbel devices'")
+        ->type_name("ID");
+    run->add_option(
+           "--storage-dir", storageChoice,
+           "The folder under which the storage benchmarks write their scratch files (default: $TMPDIR, "
+           "else /tmp)")
+        ->type_name("DIR");
     std::string baselineArgument, runFailOnSlower, confirmArgument, runJunit;
     run->add_option(
            "--baseline", baselineArgument,
@@ -312,6 +340,11 @@ int main(int argc, char** argv) {
     }
 
     if (app.got_subcommand("list")) return afterFlushingOutput(listBenchmarks());
+    if (app.got_subcommand("devices")) {
+        const cli::DeviceListing listing = cli::currentDevices();
+        std::fputs((devicesAsJson ? cli::devicesJson(listing) : cli::devicesText(listing)).c_str(), stdout);
+        return afterFlushingOutput(session::kExitOk);
+    }
     if (app.got_subcommand("import")) return afterFlushingOutput(cli::importCommand(importedFiles));
     if (app.got_subcommand("export"))
         return afterFlushingOutput(
@@ -331,11 +364,10 @@ int main(int argc, char** argv) {
         const auto temperatures =
             makeTemperatureSnapshot(QuarbelReadTemperatures(), std::chrono::system_clock::now());
         const auto& rows = SystemSnapshot::rows();
-        std::fputs(
-            (infoAsJson ? cli::infoJson(rows, temperatures, readSystemManifest())
-                        : cli::infoText(rows, temperatures, readSystemManifest()))
-                .c_str(),
-            stdout);
+        std::fputs((infoAsJson ? cli::infoJson(rows, temperatures, readSystemManifest())
+                               : cli::infoText(rows, temperatures, readSystemManifest()))
+                       .c_str(),
+                   stdout);
         return afterFlushingOutput(session::kExitOk);
     }
 
@@ -434,6 +466,12 @@ int main(int argc, char** argv) {
                                       optional("--confirm", confirmArgument), optional("--junit", runJunit)},
                                      historyDirectory());
     if (const auto* problem = std::get_if<std::string>(&gate)) {
+        std::fprintf(stderr, "quarbel: %s\n", problem->c_str());
+        return session::kExitBadInput;
+    }
+    if (const auto problem =
+            cli::applyDeviceChoices({optional("--gpu", gpuChoice), optional("--opencl-device", openclChoice),
+                                     optional("--storage-dir", storageChoice)})) {
         std::fprintf(stderr, "quarbel: %s\n", problem->c_str());
         return session::kExitBadInput;
     }

@@ -1,5 +1,7 @@
 #include "results/run_export.h"
 
+#include "sensors/system_snapshot.h"
+
 #include "model/number_format.h"
 #include "results/json_report.h"
 
@@ -17,6 +19,19 @@ std::string number(double value, int decimals) { return format(value, decimals);
 std::string cpuOf(const RunReport& report) {
     for (const auto& [label, value] : report.system)
         if (label == "CPU") return value;
+    return {};
+}
+
+// A manifest field of the run, empty in reports from before manifests.
+std::string manifestValue(const RunReport& report, std::string_view key) {
+    for (const auto& field : report.manifest)
+        if (field.key == key) return field.value;
+    return {};
+}
+
+std::string gpuOf(const RunReport& report) {
+    for (const auto& [label, value] : report.system)
+        if (label == kGpuRowLabel || label == "Metal GPU") return value;
     return {};
 }
 
@@ -65,6 +80,9 @@ constexpr const char* kColumns[] = {"run",
                                     "gpu_workgroup_size",
                                     "gpu_dispatches_per_submission",
                                     "gpu_busy_fraction",
+                                    "gpu_device",
+                                    "opencl_device",
+                                    "storage_dir",
                                     "slice_rates"};
 
 std::vector<std::string> rowCells(const ExportedRun& run, const ReportEntry& entry) {
@@ -101,6 +119,9 @@ std::vector<std::string> rowCells(const ExportedRun& run, const ReportEntry& ent
             gpu && gpu->groupSize > 0 ? std::to_string(gpu->groupSize) : "",
             gpu ? std::to_string(gpu->dispatchesPerSubmission) : "",
             gpu && gpu->busyFraction ? number(*gpu->busyFraction, 4) : "",
+            gpuOf(run.report),
+            manifestValue(run.report, "openclDriver"),
+            manifestValue(run.report, "storageDirectory"),
             sliceRatesText(s)};
 }
 

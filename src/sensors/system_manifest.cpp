@@ -75,7 +75,8 @@ std::string perCpuValues(const std::string& root, const char* file) {
         if (entry.rfind("cpu", 0) != 0 || entry.size() < 4 ||
             entry.find_first_not_of("0123456789", 3) != std::string::npos)
             continue;
-        const std::string value = sysfs::readLine(root + "/sys/devices/system/cpu/" + entry + "/cpufreq/" + file);
+        const std::string value =
+            sysfs::readLine(root + "/sys/devices/system/cpu/" + entry + "/cpufreq/" + file);
         if (!value.empty()) values.insert(value);
     }
     std::string text;
@@ -131,7 +132,8 @@ std::string mountOf(const std::string& root, const std::string& path) {
         const auto dash = std::find(fields.begin(), fields.end(), "-");
         if (fields.size() < 6 || dash == fields.end() || dash + 1 == fields.end()) continue;
         const std::string& point = fields[4];
-        const bool holds = path == point || (path.rfind(point, 0) == 0 && (point == "/" || path[point.size()] == '/'));
+        const bool holds =
+            path == point || (path.rfind(point, 0) == 0 && (point == "/" || path[point.size()] == '/'));
         if (!holds || point.size() < bestPoint.size()) continue;
         bestPoint = point;
         best = *(dash + 1) + " on " + point + ", " + fields[5];
@@ -156,8 +158,8 @@ void setDriverDescriptionProvider(std::function<std::pair<std::string, std::stri
 std::string virtualizationText(const std::string& hypervisor, const std::string& dmiVendor,
                                const std::string& dmiProduct, const std::string& detectedMachine,
                                const std::string& detectedContainer) {
-    static const char* const kVirtualVendors[] = {"QEMU",      "KVM",    "VMware",    "innotek", "Xen",
-                                                  "Microsoft", "Amazon", "Google",    "Parallels", "Bochs",
+    static const char* const kVirtualVendors[] = {"QEMU",      "KVM",     "VMware",      "innotek",   "Xen",
+                                                  "Microsoft", "Amazon",  "Google",      "Parallels", "Bochs",
                                                   "OpenStack", "Hetzner", "DigitalOcean"};
     const std::string joined = dmiVendor + " " + dmiProduct;
     const std::string dmi(sysfs::trimmed(joined));
@@ -169,7 +171,9 @@ std::string virtualizationText(const std::string& hypervisor, const std::string&
     const bool contained = !detectedContainer.empty() && detectedContainer != "none";
     const std::string container = contained ? ", in a " + detectedContainer + " container" : "";
     if (hypervisor.empty() && !dmiVirtual && !detected) return "none (bare metal)" + container;
-    std::string name = detected ? detectedMachine : !hypervisor.empty() ? "virtual machine" : "likely virtual";
+    std::string name = detected              ? detectedMachine
+                       : !hypervisor.empty() ? "virtual machine"
+                                             : "likely virtual";
     std::vector<std::string> evidence;
     if (!hypervisor.empty()) evidence.push_back("CPUID: " + hypervisor);
     if (!dmi.empty() && dmiVirtual) evidence.push_back("DMI: " + dmi);
@@ -186,10 +190,12 @@ SystemManifest readSystemManifest(const ManifestSources& sources) {
         std::lock_guard lock(providerMutex());
         if (driverProvider()) drivers = driverProvider()();
     }
-    const std::string hypervisor = sources.hypervisorSignature.value_or(root.empty() ? hypervisorFromCpuid() : "");
+    const std::string hypervisor =
+        sources.hypervisorSignature.value_or(root.empty() ? hypervisorFromCpuid() : "");
     const bool live = root.empty();
     const std::string machine = sources.detectedMachine.value_or(live ? runDetectVirt("--vm") : "");
-    const std::string container = sources.detectedContainer.value_or(live ? runDetectVirt("--container") : "");
+    const std::string container =
+        sources.detectedContainer.value_or(live ? runDetectVirt("--container") : "");
     const std::string dmi = root + "/sys/devices/virtual/dmi/id/";
     return {
         {"kernel", "Kernel", kernelText(root), "all"},
@@ -206,16 +212,18 @@ SystemManifest readSystemManifest(const ManifestSources& sources) {
         {"openclDriver", "OpenCL driver", drivers.second, "OpenCL"},
         {"quarbelVersion", "Quarbel", QUARBEL_VERSION, "all"},
         {"compiler", "Compiler and flags", QUARBEL_COMPILER " " QUARBEL_BUILD_FLAGS, "CPU, memory"},
+        {"storageDirectory", "Storage folder", scratchParent(sources.scratchDirectory), "storage"},
         {"scratchFilesystem", "Scratch file system", mountOf(root, scratchParent(sources.scratchDirectory)),
          "storage"},
         {"virtualization", "Virtualisation",
-         virtualizationText(hypervisor, sysfs::readLine(dmi + "sys_vendor"), sysfs::readLine(dmi + "product_name"),
-                            machine, container),
+         virtualizationText(hypervisor, sysfs::readLine(dmi + "sys_vendor"),
+                            sysfs::readLine(dmi + "product_name"), machine, container),
          "all"},
     };
 }
 
-std::vector<ManifestDifference> manifestDifferences(const SystemManifest& before, const SystemManifest& after) {
+std::vector<ManifestDifference> manifestDifferences(const SystemManifest& before,
+                                                    const SystemManifest& after) {
     std::vector<ManifestDifference> differences;
     for (const auto& field : before) {
         const auto other = std::find_if(after.begin(), after.end(),

@@ -4,6 +4,8 @@
 #include "workloads/gpu/gpu_device_name.h"
 
 #include <gtest/gtest.h>
+
+#include <map>
 #include <nlohmann/json.hpp>
 
 #include <csignal>
@@ -98,8 +100,9 @@ TEST(QuarbelCommand, EachCommandsHelpEndsWithTheExitCodesThatCommandReturns) {
         std::vector<int> codes;
     };
     const std::vector<Case> cases = {
-        {"list", {0, 1, 2}}, {"info", {0, 1, 2}},    {"run", {0, 1, 2, 3, 4, 130}},
-        {"card", {0, 1, 2}}, {"history", {0, 1, 2}}, {"compare", {0, 1, 2, 3, 4}},
+        {"list", {0, 1, 2}},    {"info", {0, 1, 2}},    {"run", {0, 1, 2, 3, 4, 130}},
+        {"card", {0, 1, 2}},    {"history", {0, 1, 2}}, {"compare", {0, 1, 2, 3, 4}},
+        {"devices", {0, 1, 2}},
     };
     const std::regex codeLine("\n  ([0-9]+) +[a-z]");
     for (const auto& c : cases) {
@@ -196,6 +199,49 @@ TEST(QuarbelCommand, CtrlCCancelsTheRunningWorkloadAndLeavesNoScratchFiles) {
         EXPECT_EQ(result.out.find("Summary:"), std::string::npos) << "a stopped run has no summary";
         EXPECT_EQ(result.out.find("CPU Tile Render:"), std::string::npos) << "nothing runs after the stop";
         EXPECT_TRUE(fs::is_empty(tmp.path())) << id << " left files in TMPDIR";
+    }
+}
+
+TEST(QuarbelCommand, DevicesListsWhatARunCanUseAndARunTakesTheChosenOnesIntoItsManifest) {
+    const auto listed = runProcess({kQuarbel, "devices", "--json"});
+    ASSERT_EQ(listed.exitCode, 0) << listed.err;
+    const auto devices = nlohmann::json::parse(listed.out);
+    ASSERT_EQ(devices["vulkan"].size(), 1u) << "lavapipe";
+    EXPECT_EQ(devices["vulkan"][0]["type"], "CPU");
+    EXPECT_TRUE(devices["vulkan"][0]["unifiedMemory"].get<bool>());
+    EXPECT_TRUE(devices["vulkan"][0]["chosen"].get<bool>());
+    ASSERT_GE(devices["opencl"].size(), 1u) << "PoCL";
+    EXPECT_TRUE(devices["opencl"][0]["chosen"].get<bool>());
+    EXPECT_FALSE(devices["filesystems"].empty());
+    const auto text = runProcess({kQuarbel, "devices"});
+    EXPECT_NE(text.out.find("* 0  llvmpipe"), std::string::npos) << text.out;
+
+    // Each choice is checked before anything runs, and the run records what it used.
+    TempDir storage;
+    const auto run =
+        runProcess({kQuarbel, "run", "cpuInteger", "--quick", "--no-history", "--json", "-", "--gpu",
+                    "llvmpipe", "--opencl-device", "0", "--storage-dir", storage.path().string()});
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    std::map<std::string, std::string> manifest;
+    const auto report = nlohmann::json::parse(run.out);
+    for (const auto& field : report["manifest"])
+        manifest[field["key"].get<std::string>()] = field["value"].get<std::string>();
+    EXPECT_EQ(manifest["storageDirectory"], storage.path().string());
+    EXPECT_EQ(manifest["gpuDriver"].rfind("llvmpipe", 0), 0u) << manifest["gpuDriver"];
+    EXPECT_FALSE(manifest["virtualization"].empty());
+    const std::pair<std::vector<std::string>, const char*> refused[] = {
+        {{"--gpu", "7"}, "--gpu 7 names no Vulkan device (there are: 0 llvmpipe"},
+        {{"--opencl-device", "no such device"}, "--opencl-device no such device names no OpenCL device"},
+        {{"--storage-dir", (storage.path() / "missing").string()}, "--storage-dir: "},
+        {{"--storage-dir", "/proc/version"}, "/proc/version is not a folder"},
+    };
+    for (const auto& [arguments, message] : refused) {
+        std::vector<std::string> command{kQuarbel, "run", "cpuInteger", "--quick", "--no-history"};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        const auto result = runProcess(command);
+        EXPECT_EQ(result.exitCode, 2) << message;
+        EXPECT_NE(result.err.find(message), std::string::npos) << result.err;
+        EXPECT_EQ(result.out.find("Running"), std::string::npos) << "nothing runs";
     }
 }
 

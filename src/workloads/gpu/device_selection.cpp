@@ -62,6 +62,11 @@ DeviceChoice chooseDevice(std::span<const DeviceCandidate> devices, std::string_
     return {preferredDevice(devices), unmatchedOverrideWarning(devices, override)};
 }
 
+std::optional<std::size_t> matchDeviceOverride(std::span<const DeviceCandidate> devices,
+                                               std::string_view override) {
+    return matchOverride(devices, override);
+}
+
 std::string deviceOverrideFromEnvironment() {
     const char* value = std::getenv("QUARBEL_GPU");
     return value != nullptr ? std::string(value) : std::string();

@@ -33,6 +33,11 @@ struct DeviceChoice {
 // default device, but the choice then carries a warning.
 DeviceChoice chooseDevice(std::span<const DeviceCandidate> devices, std::string_view override);
 
+// The device `override` names among `devices` (a decimal index, else the first whose name
+// holds it, ignoring case); nullopt when none does.
+std::optional<std::size_t> matchDeviceOverride(std::span<const DeviceCandidate> devices,
+                                               std::string_view override);
+
 // The QUARBEL_GPU environment variable, or empty.
 std::string deviceOverrideFromEnvironment();
 

@@ -1,9 +1,11 @@
 #include "workloads/gpu/opencl_compute.h"
 
+#include "workloads/gpu/device_selection.h"
 #include "workloads/gpu/opencl_detail.h"
 #include "workloads/gpu/submission_plan.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <ctime>
 #include <memory>
 #include <new>
@@ -82,6 +84,43 @@ cl_int findDevice(const DeviceDiscovery& discovery, cl_device_id* device, cl_pla
         }
     }
     return -2;
+}
+
+std::vector<PlatformDevice> allDevices() {
+    cl_uint platformCount = 0;
+    if (clGetPlatformIDs(0, nullptr, &platformCount) != CL_SUCCESS || platformCount == 0) return {};
+    cl_platform_id platforms[kMaxPlatforms] = {};
+    platformCount = std::min(platformCount, kMaxPlatforms);
+    if (clGetPlatformIDs(platformCount, platforms, nullptr) != CL_SUCCESS) return {};
+    const auto text = [](auto query, auto object, auto what) {
+        char value[512] = {};
+        query(object, what, sizeof value - 1, value, nullptr);
+        return std::string(value);
+    };
+    std::vector<PlatformDevice> all;
+    for (cl_uint p = 0; p < platformCount; ++p) {
+        cl_device_id devices[kMaxDevices] = {};
+        cl_uint count = 0;
+        if (clGetDeviceIDs(platforms[p], CL_DEVICE_TYPE_ALL, kMaxDevices, devices, &count) != CL_SUCCESS)
+            continue;
+        const std::string platformText = text(clGetPlatformInfo, platforms[p], CL_PLATFORM_NAME) + " (" +
+                                         text(clGetPlatformInfo, platforms[p], CL_PLATFORM_VERSION) + ")";
+        for (cl_uint d = 0; d < std::min(count, kMaxDevices); ++d)
+            all.push_back(
+                {platforms[p], devices[d], platformText, text(clGetDeviceInfo, devices[d], CL_DEVICE_NAME)});
+    }
+    return all;
+}
+
+std::optional<PlatformDevice> deviceFromEnvironment() {
+    const char* wanted = std::getenv("QUARBEL_OPENCL_DEVICE");
+    if (wanted == nullptr || *wanted == '\0') return std::nullopt;
+    const auto all = allDevices();
+    std::vector<gpu::DeviceCandidate> candidates;
+    for (const auto& d : all)
+        candidates.push_back({d.platformText + " " + d.deviceName, gpu::DeviceKind::other});
+    const auto index = gpu::matchDeviceOverride(candidates, wanted);
+    return index ? std::optional(all[*index]) : std::nullopt;
 }
 
 QLResult runOpenCL(std::int32_t count, std::int32_t iterations, double seconds,
@@ -190,6 +229,11 @@ QLResult QuarbelRunOpenCL(std::int32_t count, std::int32_t iterations, double se
 }
 
 cl_int QLFindOpenCLDevice(cl_device_id* device, cl_platform_id* platform) {
+    if (const auto chosen = quarbel::opencl::deviceFromEnvironment()) {
+        *device = chosen->device;
+        *platform = chosen->platform;
+        return CL_SUCCESS;
+    }
     return quarbel::opencl::findDevice({}, device, platform);
 }
 

@@ -6,7 +6,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <span>
+#include <string>
+#include <vector>
 
 namespace quarbel::opencl {
 
@@ -37,6 +40,20 @@ struct DeviceDiscovery {
                            cl_uint*) = &clGetDeviceIDs;
 };
 cl_int findDevice(const DeviceDiscovery& discovery, cl_device_id* device, cl_platform_id* platform);
+
+// Every device of every platform (at most 8 of each), in platform order, labelled
+// "<platform name> (<platform version>) <device name>" for matching QUARBEL_OPENCL_DEVICE.
+struct PlatformDevice {
+    cl_platform_id platform = nullptr;
+    cl_device_id device = nullptr;
+    std::string platformText; // "Portable Computing Language (OpenCL 3.0 PoCL 3.1 ...)"
+    std::string deviceName;
+};
+std::vector<PlatformDevice> allDevices();
+
+// The device QUARBEL_OPENCL_DEVICE names (an index into allDevices() or a part of its label),
+// nullopt when unset or naming none.
+std::optional<PlatformDevice> deviceFromEnvironment();
 
 // Floating-point operations per element and iteration of the kernel, for its GFLOPS.
 inline constexpr double kOperationsPerElementIteration = 42.0;

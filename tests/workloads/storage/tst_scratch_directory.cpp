@@ -3,6 +3,7 @@
 #include "storage_test_support.h"
 #include "workloads/storage/posix_io.h"
 #include "workloads/storage/scratch_directory.h"
+#include "workloads/storage/storage_locations.h"
 #include "workloads/storage/storage_workloads.h"
 
 #include <gtest/gtest.h>
@@ -267,4 +268,28 @@ TEST(ScratchReclaim, NoticeSaysWhatWasGivenBackAndWhatCouldNotBeRemoved) {
     };
     for (const Row& row : rows)
         EXPECT_EQ(reclaimNotice(row.report, "/tmp"), row.text);
+}
+
+TEST(StorageLocations, ListsFileSystemsThatHoldFilesAndChecksAChosenFolder) {
+    const std::string mountinfo = "22 1 8:1 / / rw,relatime shared:1 - ext4 /dev/old rw\n"
+                                  "23 22 0:5 / /proc rw,nosuid - proc proc rw\n"
+                                  "24 22 8:2 / /tmp ro,relatime - xfs /dev/my\\040disk ro\n"
+                                  "25 22 8:3 / / rw,relatime - ext4 /dev/new rw\n"
+                                  "26 22 8:4 / /no/such/mount rw - ext4 /dev/gone rw\n";
+    const auto mounts = mountedFilesystems(mountinfo);
+    ASSERT_EQ(mounts.size(), 2u) << "proc is no place for files, a missing mount has no size, and a later "
+                                    "mount on / hides the earlier one";
+    EXPECT_EQ(mounts[0].mountPoint, "/tmp");
+    EXPECT_EQ(mounts[0].source, "/dev/my disk");
+    EXPECT_TRUE(mounts[0].readOnly);
+    EXPECT_EQ(mounts[1].source, "/dev/new");
+    EXPECT_GT(mounts[1].totalBytes, 0u);
+    EXPECT_LE(mounts[1].freeBytes, mounts[1].totalBytes);
+
+    EXPECT_EQ(storageDirectoryProblem("/tmp"), std::nullopt);
+    EXPECT_EQ(storageDirectoryProblem("/proc/version"), "/proc/version is not a folder");
+    EXPECT_EQ(storageDirectoryProblem("/no/such/folder"), "/no/such/folder: No such file or directory");
+    if (::geteuid() != 0) {
+        EXPECT_NE(storageDirectoryProblem("/proc"), std::nullopt);
+    }
 }

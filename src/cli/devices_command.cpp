@@ -1,0 +1,121 @@
+#include "cli/devices_command.h"
+
+#include "model/number_format.h"
+#include "model/storage_root.h"
+#include "workloads/gpu/device_selection.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdlib>
+#include <filesystem>
+
+namespace quarbel::cli {
+namespace {
+
+std::string sizeText(std::uint64_t bytes) { return formatBytes(static_cast<std::int64_t>(bytes)); }
+
+std::string mark(bool chosen) { return chosen ? "* " : "  "; }
+
+} // namespace
+
+DeviceListing currentDevices() {
+    return {gpu::listVulkanDevices(), gpu::listOpenCLDevices(), mountedFilesystems(), storageRootDirectory()};
+}
+
+std::string devicesText(const DeviceListing& l) {
+    std::string text = "Vulkan devices (run --gpu INDEX|NAME; * the one the GPU benchmarks use):\n";
+    if (l.vulkan.empty()) text += "  none: no Vulkan driver or device\n";
+    for (const auto& d : l.vulkan)
+        text += mark(d.chosen) + std::to_string(d.index) + "  " + d.name + "\n      " + d.type + ", " +
+                d.vendor + ", " + d.location + ", driver " + d.driver + ", Vulkan " + d.apiVersion + ", " +
+                (d.unifiedMemory ? "unified memory" : "own memory " + sizeText(d.deviceLocalBytes)) + "\n";
+    text += "OpenCL devices (run --opencl-device INDEX|NAME):\n";
+    if (l.opencl.empty()) text += "  none: no OpenCL platform or device\n";
+    for (const auto& d : l.opencl)
+        text += mark(d.chosen) + std::to_string(d.index) + "  " + d.name + "\n      " + d.type + ", " +
+                d.platform + ", driver " + d.driver + ", " + d.version + ", " +
+                std::to_string(d.computeUnits) + " compute units, " + sizeText(d.globalMemoryBytes) + "\n";
+    text += "File systems (run --storage-dir DIR; the storage benchmarks now write under " + l.storageRoot +
+            "):\n";
+    for (const auto& f : l.filesystems)
+        text += "  " + f.mountPoint + "  " + f.type + " on " + f.source + ", " + sizeText(f.freeBytes) +
+                " free of " + sizeText(f.totalBytes) + (f.readOnly ? ", read-only" : "") + "\n";
+    return text;
+}
+
+std::string devicesJson(const DeviceListing& l) {
+    using json = nlohmann::ordered_json;
+    json vulkan = json::array(), opencl = json::array(), filesystems = json::array();
+    for (const auto& d : l.vulkan)
+        vulkan.push_back({{"index", d.index},
+                          {"name", d.name},
+                          {"type", d.type},
+                          {"vendor", d.vendor},
+                          {"location", d.location},
+                          {"driver", d.driver},
+                          {"apiVersion", d.apiVersion},
+                          {"unifiedMemory", d.unifiedMemory},
+                          {"deviceLocalBytes", d.deviceLocalBytes},
+                          {"chosen", d.chosen}});
+    for (const auto& d : l.opencl)
+        opencl.push_back({{"index", d.index},
+                          {"name", d.name},
+                          {"type", d.type},
+                          {"platform", d.platform},
+                          {"driver", d.driver},
+                          {"version", d.version},
+                          {"computeUnits", d.computeUnits},
+                          {"globalMemoryBytes", d.globalMemoryBytes},
+                          {"chosen", d.chosen}});
+    for (const auto& f : l.filesystems)
+        filesystems.push_back({{"mountPoint", f.mountPoint},
+                               {"type", f.type},
+                               {"source", f.source},
+                               {"freeBytes", f.freeBytes},
+                               {"totalBytes", f.totalBytes},
+                               {"readOnly", f.readOnly}});
+    const json document{{"schema", 1},
+                        {"vulkan", vulkan},
+                        {"opencl", opencl},
+                        {"filesystems", filesystems},
+                        {"storageRoot", l.storageRoot}};
+    return document.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
+}
+
+std::optional<std::string> applyDeviceChoices(const DeviceChoices& choices) {
+    if (choices.gpu) {
+        const auto devices = gpu::listVulkanDevices();
+        std::vector<gpu::DeviceCandidate> candidates;
+        std::string names;
+        for (const auto& d : devices) {
+            candidates.push_back({d.name, gpu::DeviceKind::other});
+            names += (names.empty() ? "" : "; ") + std::to_string(d.index) + " " + d.name;
+        }
+        if (choices.gpu->empty() || !gpu::matchDeviceOverride(candidates, *choices.gpu))
+            return "--gpu " + *choices.gpu + " names no Vulkan device (" +
+                   (names.empty() ? std::string("there is none") : "there are: " + names) +
+                   "; see 'quarbel devices')";
+        ::setenv("QUARBEL_GPU", choices.gpu->c_str(), 1);
+    }
+    if (choices.openclDevice) {
+        const auto devices = gpu::listOpenCLDevices();
+        std::string names;
+        for (const auto& d : devices)
+            names += (names.empty() ? "" : "; ") + std::to_string(d.index) + " " + d.name;
+        if (choices.openclDevice->empty() || !gpu::openCLDeviceOverride(devices, *choices.openclDevice))
+            return "--opencl-device " + *choices.openclDevice + " names no OpenCL device (" +
+                   (names.empty() ? std::string("there is none") : "there are: " + names) +
+                   "; see 'quarbel devices')";
+        ::setenv("QUARBEL_OPENCL_DEVICE", choices.openclDevice->c_str(), 1);
+    }
+    if (choices.storageDirectory) {
+        if (const auto problem = storageDirectoryProblem(*choices.storageDirectory))
+            return "--storage-dir: " + *problem;
+        std::error_code error;
+        const auto absolute = std::filesystem::absolute(*choices.storageDirectory, error);
+        ::setenv("QUARBEL_STORAGE_DIR", (error ? *choices.storageDirectory : absolute.string()).c_str(), 1);
+    }
+    return std::nullopt;
+}
+
+} // namespace quarbel::cli
