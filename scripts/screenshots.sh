@@ -12,6 +12,7 @@
 #                   rawCPUDecode and rawMetalDecode mid-run
 #   poster.png      the main window's poster while CPU Tile Render runs (its window moved aside)
 #   help.png        the help window over the main window
+#   devices.png     the Devices dialog over the main window
 #   history.png     the run history window comparing the quick suite with a later run
 #   cards-suite/    the result cards of the quick suite (quarbel card on its report)
 #   cards-skipped/  the result cards of a quick run without Vulkan and OpenCL drivers
@@ -110,6 +111,16 @@ shot idle.png
 xdotool windowfocus --sync "$(xdotool search --name '^Quarbel$' | head -1)" key F1
 sleep 1
 shot help.png
+stop_gui
+
+# The Devices dialog, from the Run menu's last item.
+start_gui
+sleep 1.5
+xdotool windowfocus --sync "$(xdotool search --name '^Quarbel$' | head -1)" key alt+r
+sleep 0.5
+xdotool key Up Return
+sleep 1.5
+shot devices.png
 stop_gui
 
 start_gui --run cpuFloating

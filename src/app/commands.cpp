@@ -40,6 +40,9 @@ QuarbelCommands::QuarbelCommands(QMenuBar& menuBar, BenchmarkStore& store, Comma
         if (handlers_.showHistory) handlers_.showHistory();
     });
     history_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_H));
+    devices_ = run->addAction(QStringLiteral("Devices…"), this, [this] {
+        if (handlers_.showDevices) handlers_.showDevices();
+    });
 
     QMenu* help = menuBar.addMenu(QStringLiteral("&Help"));
     help_ = help->addAction(QStringLiteral("Quarbel Help"), this, [this] {
@@ -59,6 +62,8 @@ void QuarbelCommands::updateFromStore() {
     stop_->setEnabled(busy);
     // A run keeps the mode it started with, so the switch waits for the next run.
     accuracyMode_->setEnabled(!busy);
+    // The workloads read the device choices as they start: they change between runs only.
+    devices_->setEnabled(!busy);
     accuracyMode_->setChecked(store_.accuracyMode());
 }
 

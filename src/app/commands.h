@@ -1,5 +1,6 @@
 // The menu commands of the main window: "Quarbel" (about, quit), "Run" (the store's run
-// operations and the run history) and "Help". The run commands are enabled exactly when they can act.
+// operations, the run history and the devices) and "Help". The run commands are enabled exactly when they can
+// act.
 #pragma once
 
 #include <QObject>
@@ -20,6 +21,7 @@ struct CommandHandlers {
     std::function<void()> showHelp;
     std::function<void()> quit;
     std::function<void()> showHistory;
+    std::function<void()> showDevices = nullptr;
 };
 
 class QuarbelCommands : public QObject {
@@ -37,6 +39,7 @@ class QuarbelCommands : public QObject {
     QAction* accuracyModeAction() const { return accuracyMode_; }
     QAction* helpAction() const { return help_; }
     QAction* historyAction() const { return history_; }
+    QAction* devicesAction() const { return devices_; }
 
   private:
     void updateFromStore();
@@ -51,6 +54,7 @@ class QuarbelCommands : public QObject {
     QAction* accuracyMode_ = nullptr;
     QAction* help_ = nullptr;
     QAction* history_ = nullptr;
+    QAction* devices_ = nullptr;
 };
 
 } // namespace app

@@ -56,27 +56,12 @@ mode_t newFileMode() {
     return 0644;
 }
 
-// Under a style sheet the palette no longer colours buttons, boxes and plain labels, so the
-// sheet names their colours.
+// The history's own labels and list; buttons, boxes and dialogs as in every Quarbel window.
 constexpr const char* kStyle = R"(
 QLabel#historyStatus { color: #a4a7b0; }
 QLabel#runHeading { color: #e8e8ea; }
-QPushButton { color: #e8e8ea; background: rgba(255,255,255,0.08); border: 1px solid rgba(255,255,255,0.13);
-  border-radius: 7px; padding: 5px 14px; font-weight: 600; }
-QPushButton:hover { background: rgba(255,255,255,0.14); }
-QPushButton:checked { background: rgba(33,201,224,0.22); border-color: rgba(33,201,224,0.55); }
-QPushButton:disabled { color: rgba(255,255,255,0.30); background: rgba(255,255,255,0.04);
-  border-color: rgba(255,255,255,0.06); }
-QComboBox { color: #e8e8ea; background: #16181d; border: 1px solid #2a2d35; border-radius: 6px;
-  padding: 4px 8px; }
-QComboBox:disabled { color: #5c6068; }
-QComboBox QAbstractItemView { color: #e8e8ea; background: #16181d; selection-background-color: #243042; }
-QDialog { background: #15171c; }
-QDialog QLabel { color: #e8e8ea; }
 QLabel#qt_msgbox_informativelabel { min-width: 380px; }
-QTreeView, QListView, QLineEdit { color: #e8e8ea; background: #0d0f12; border: 1px solid #2a2d35;
-  border-radius: 5px; }
-QLineEdit { padding: 4px; }
+QTreeView, QListView { color: #e8e8ea; background: #0d0f12; border: 1px solid #2a2d35; border-radius: 5px; }
 QHeaderView, QHeaderView::section { color: #a4a7b0; background: #15171c; border: none; padding: 4px 6px; }
 QListWidget { background: #16181d; border: 1px solid #2a2d35; border-radius: 6px; outline: 0; }
 QListWidget::item { padding: 8px; color: #e8e9ed; border-bottom: 1px solid #22252c; }
@@ -192,7 +177,7 @@ HistoryView::HistoryView(std::string directory, QWidget* parent)
     setWindowTitle(tr("Quarbel - Run History"));
     resize(1160, 700);
     applyDarkPalette(*this);
-    setStyleSheet(styleSheet() + QString::fromLatin1(kStyle));
+    setStyleSheet(styleSheet() + darkControlsStyle() + QString::fromLatin1(kStyle));
     auto* heading = makeTextLabel(tr("Run History"), 1.5, QFont::Bold, kPrimaryText);
     status_->setObjectName(QStringLiteral("historyStatus"));
     status_->setWordWrap(true);

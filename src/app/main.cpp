@@ -4,6 +4,7 @@
 #include "app/app_font.h"
 #include "app/commands.h"
 #include "app/desktop_window_presenter.h"
+#include "app/devices_dialog.h"
 #include "app/display_check.h"
 #include "app/first_paint_probe.h"
 #include "app/help_window.h"
@@ -86,11 +87,15 @@ int main(int argc, char** argv) {
     app::RunHistoryRecorder historyRecorder(store, historyDirectory());
     QObject::connect(&historyRecorder, &app::RunHistoryRecorder::runKept, [&history] { history.reload(); });
     app::QuarbelAppDelegate delegate(store);
+    app::UserFrameSettings frameSettings;
     new app::QuarbelCommands(*window.menuBar(), store,
                              {[&] { about.showWindow(); }, [&] { help.showWindow(); },
-                              [&] { delegate.terminate(); }, [&] { history.showWindow(); }});
+                              [&] { delegate.terminate(); }, [&] { history.showWindow(); },
+                              [&] {
+                                  app::DevicesDialog dialog(frameSettings, &window);
+                                  dialog.exec();
+                              }});
 
-    app::UserFrameSettings frameSettings;
     app::MainWindowPlacement::configure(window, frameSettings, app::MainWindowPlacement::screenAreas(window));
     app::MainWindowPlacement::Coordinator placement(frameSettings);
     placement.observe(window);
@@ -101,6 +106,7 @@ int main(int argc, char** argv) {
         QMetaObject::invokeMethod(
             &store, [&store, text] { store.logNotice(QString::fromStdString(text)); }, Qt::QueuedConnection);
     });
+    if (const auto dropped = app::applySavedDeviceChoices(frameSettings)) store.logNotice(*dropped);
     if (const auto warning = gpu::deviceSelectionWarning()) {
         std::fprintf(stderr, "quarbel-gui: %s\n", warning->c_str());
         store.logNotice(QString::fromStdString(*warning));

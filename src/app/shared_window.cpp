@@ -6,6 +6,25 @@
 
 namespace quarbel::app {
 
+QString darkControlsStyle() {
+    return QStringLiteral(R"(
+QPushButton { color: #e8e8ea; background: rgba(255,255,255,0.08); border: 1px solid rgba(255,255,255,0.13);
+  border-radius: 7px; padding: 5px 14px; font-weight: 600; }
+QPushButton:hover { background: rgba(255,255,255,0.14); }
+QPushButton:checked { background: rgba(33,201,224,0.22); border-color: rgba(33,201,224,0.55); }
+QPushButton:default { border-color: rgba(33,201,224,0.55); }
+QPushButton:disabled { color: rgba(255,255,255,0.30); background: rgba(255,255,255,0.04);
+  border-color: rgba(255,255,255,0.06); }
+QComboBox { color: #e8e8ea; background: #16181d; border: 1px solid #2a2d35; border-radius: 6px;
+  padding: 4px 8px; }
+QComboBox:disabled { color: #5c6068; }
+QComboBox QAbstractItemView { color: #e8e8ea; background: #16181d; selection-background-color: #243042; }
+QLineEdit { color: #e8e8ea; background: #0d0f12; border: 1px solid #2a2d35; border-radius: 5px; padding: 4px; }
+QDialog { background: #15171c; }
+QDialog QLabel { color: #e8e8ea; }
+)");
+}
+
 void applyDarkPalette(QWidget& widget) {
     QPalette palette = widget.palette();
     for (const auto role : {QPalette::Window, QPalette::Base, QPalette::Button})

@@ -20,6 +20,10 @@ inline const QColor kSecondaryText{0xa4, 0xa7, 0xb0};
 // Gives `widget` and its children the dark background and light text.
 void applyDarkPalette(QWidget& widget);
 
+// Under a style sheet the palette no longer colours buttons, boxes, fields and plain labels,
+// so this sheet names their colours for every Quarbel window and dialog.
+QString darkControlsStyle();
+
 // A word-wrapped plain-text label at `pointScale` times the application font, in `colour`.
 QLabel* makeTextLabel(const QString& text, qreal pointScale, QFont::Weight weight, const QColor& colour);
 

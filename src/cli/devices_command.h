@@ -23,14 +23,4 @@ DeviceListing currentDevices();
 std::string devicesText(const DeviceListing& listing);
 std::string devicesJson(const DeviceListing& listing);
 
-// The device choices of a run, checked against what is there before anything runs. Each that
-// is set is put into the environment the workloads read (QUARBEL_GPU, QUARBEL_OPENCL_DEVICE,
-// QUARBEL_STORAGE_DIR); the one-line error otherwise, naming what there is to choose from.
-struct DeviceChoices {
-    std::optional<std::string> gpu;
-    std::optional<std::string> openclDevice;
-    std::optional<std::string> storageDirectory;
-};
-std::optional<std::string> applyDeviceChoices(const DeviceChoices& choices);
-
 } // namespace quarbel::cli

@@ -14,6 +14,7 @@
 #include "sensors/system_snapshot.h"
 #include "session/card_writer.h"
 #include "session/cards_directory.h"
+#include "session/device_choices.h"
 #include "session/output_check.h"
 #include "session/run_arguments.h"
 #include "session/run_session.h"
@@ -469,9 +470,9 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "quarbel: %s\n", problem->c_str());
         return session::kExitBadInput;
     }
-    if (const auto problem =
-            cli::applyDeviceChoices({optional("--gpu", gpuChoice), optional("--opencl-device", openclChoice),
-                                     optional("--storage-dir", storageChoice)})) {
+    if (const auto problem = session::applyDeviceChoices({optional("--gpu", gpuChoice),
+                                                          optional("--opencl-device", openclChoice),
+                                                          optional("--storage-dir", storageChoice)})) {
         std::fprintf(stderr, "quarbel: %s\n", problem->c_str());
         return session::kExitBadInput;
     }

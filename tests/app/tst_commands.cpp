@@ -48,12 +48,14 @@ TEST(MenuCommands, RunCommandsFollowTheStoreAndCallItsOperations) {
     commands->runSelectedAction()->trigger();
     EXPECT_TRUE(store.busy());
     EXPECT_TRUE(same(enabled(), {false, false, true, false})) << "running";
+    EXPECT_FALSE(commands->devicesAction()->isEnabled()) << "devices change between runs only";
     ASSERT_TRUE(processEventsUntil([&] { return fakes.running() == 1; }));
     EXPECT_EQ(fakes.calls(BenchmarkID::metalVisual), 1) << "Run Selected runs the selected benchmark";
 
     commands->stopAction()->trigger();
     ASSERT_TRUE(processEventsUntil([&] { return !store.busy(); }));
     EXPECT_TRUE(same(enabled(), {true, true, false, true})) << "stopped";
+    EXPECT_TRUE(commands->devicesAction()->isEnabled());
 
     commands->helpAction()->trigger();
     EXPECT_EQ(helpRequests, 1);

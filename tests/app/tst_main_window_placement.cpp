@@ -1,5 +1,6 @@
 // Where the main window opens, and how often its frame is written.
 #include "app/main_window_placement.h"
+#include "memory_settings.h"
 #include "support/event_loop.h"
 
 #include <QCoreApplication>
@@ -16,20 +17,6 @@ using namespace quarbel::test;
 namespace placement = quarbel::app::MainWindowPlacement;
 
 namespace {
-
-class MemorySettings : public FrameSettings {
-  public:
-    QVariant value(const QString& key) const override {
-        const auto it = values.find(key);
-        return it == values.end() ? QVariant() : it->second;
-    }
-    void setValue(const QString& key, const QVariant& value) override {
-        values[key] = value;
-        if (key == QLatin1String(placement::kFrameKey)) ++frameWrites;
-    }
-    std::map<QString, QVariant> values;
-    int frameWrites = 0;
-};
 
 const QList<QRect> kScreens{QRect(0, 0, 1920, 1080), QRect(1920, 0, 1280, 1024)};
 

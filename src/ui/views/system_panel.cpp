@@ -54,7 +54,12 @@ void SystemPanel::paintEvent(QPaintEvent* event) {
                          tr("Reading system facts..."));
         return;
     }
-    const qreal labelWidth = 92;
+    // As wide as the longest label, but never more than two fifths of the panel.
+    qreal labelWidth = 0;
+    const QFontMetricsF labelMetrics(theme::font(12));
+    for (const SystemRow& row : rows_)
+        labelWidth = std::max(labelWidth, labelMetrics.horizontalAdvance(theme::qstring(row.label)) + 12);
+    labelWidth = std::min(labelWidth, area.width() * 0.4);
     const qreal rowHeight = std::min(26.0, (area.bottom() - y) / qreal(rows_.size()));
     for (const SystemRow& row : rows_) {
         painter.setFont(theme::font(12));
