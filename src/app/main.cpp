@@ -12,6 +12,7 @@
 #include "app/launch_arguments.h"
 #include "app/main_window_placement.h"
 #include "app/run_history_recorder.h"
+#include "results/learned_floors.h"
 #include "results/run_history.h"
 #include "results/store_report.h"
 #include "run/benchmark_store.h"
@@ -85,7 +86,17 @@ int main(int argc, char** argv) {
     app::QuarbelAboutWindowController about(QStringLiteral(QUARBEL_VERSION));
     app::HistoryWindowController history(historyDirectory());
     app::RunHistoryRecorder historyRecorder(store, historyDirectory());
-    QObject::connect(&historyRecorder, &app::RunHistoryRecorder::runKept, [&history] { history.reload(); });
+    // Each kept run teaches the intervals more of this machine's run-to-run noise.
+    const std::string machineId = readMachineIdentity().machineId;
+    const auto learnFloors = [&store, machineId] {
+        store.setNoiseFloors(learnNoiseFloors(listHistory(historyDirectory(), HistoryDetail::results),
+                                              machineId, QUARBEL_VERSION));
+    };
+    learnFloors();
+    QObject::connect(&historyRecorder, &app::RunHistoryRecorder::runKept, [&history, learnFloors] {
+        history.reload();
+        learnFloors();
+    });
     app::QuarbelAppDelegate delegate(store);
     app::UserFrameSettings frameSettings;
     new app::QuarbelCommands(*window.menuBar(), store,

@@ -6,6 +6,7 @@
 #include "cli/import_command.h"
 #include "cli/info_command.h"
 #include "model/number_format.h"
+#include "results/learned_floors.h"
 #include "results/report_file.h"
 #include "results/run_comparison.h"
 #include "results/store_report.h"
@@ -459,6 +460,9 @@ int main(int argc, char** argv) {
     }
     options.ids = std::get<std::vector<BenchmarkID>>(std::move(ids));
     if (!noHistory) options.historyDirectory = historyDirectory();
+    // Earlier runs of this machine teach the intervals its run-to-run noise, kept or not.
+    options.noiseFloors = learnNoiseFloors(listHistory(historyDirectory(), HistoryDetail::results),
+                                           readMachineIdentity().machineId, QUARBEL_VERSION);
     const auto optional = [&](const char* option, const std::string& value) {
         return run->count(option) > 0 ? std::optional(value) : std::nullopt;
     };

@@ -81,6 +81,9 @@ void writeStatistics(ordered& result, const ResultStatistics& s) {
                                            {"frequencyDropPercent", optionalNumber(s.frequencyDropPercent)}}
                                  : ordered(nullptr);
     result["noisy"] = s.noisy;
+    result["noiseFloor"] = s.noiseFloor
+                               ? ordered{{"percent", s.noiseFloor->percent}, {"fromRuns", s.noiseFloor->runs}}
+                               : ordered(nullptr);
 }
 
 std::optional<std::string> readStatistics(const json& result, ResultStatistics& s) {
@@ -114,6 +117,14 @@ std::optional<std::string> readStatistics(const json& result, ResultStatistics& 
             s.interference = Interference{number(*found, "stealPercent").value_or(0),
                                           number(*found, "otherCpuPercent").value_or(0)};
             s.frequencyDropPercent = number(*found, "frequencyDropPercent");
+        }
+        if (const auto floor = result.find("noiseFloor"); floor != result.end() && !floor->is_null()) {
+            if (!floor->is_object()) throw Malformed{"noiseFloor is not an object"};
+            const auto percent = number(*floor, "percent");
+            const auto runs = number(*floor, "fromRuns");
+            if (!percent || *percent < 0 || !runs || *runs < 0 || *runs > 1e9)
+                throw Malformed{"noiseFloor needs a percent and a number of runs of zero or more"};
+            s.noiseFloor = NoiseFloor{*percent, static_cast<int>(*runs)};
         }
         if (const auto noisy = result.find("noisy"); noisy != result.end() && !noisy->is_null()) {
             if (!noisy->is_boolean()) throw Malformed{"noisy is not true or false"};

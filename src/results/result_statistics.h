@@ -3,6 +3,7 @@
 // disturbed it. Written into the JSON report and read back by both report readers.
 #pragma once
 
+#include "model/noise_floor.h"
 #include "model/progress_series.h"
 #include "model/rate_slices.h"
 #include "sensors/interference.h"
@@ -19,6 +20,7 @@ struct ResultStatistics {
     int passes = 1;
     std::optional<RateUncertainty> uncertainty; // of the score, as it is shown ("± x %")
     std::optional<RateUncertainty> withinRun;   // of a single pass, from its slices alone
+    std::optional<NoiseFloor> noiseFloor;       // the run-to-run floor added to withinRun
     std::vector<PhaseSlice> slices;             // of the pass whose outcome is kept
     std::vector<double> passScores;             // in run order, when several passes were combined
     std::optional<Interference> interference;

@@ -20,9 +20,9 @@ RunReport reportFromStore(const BenchmarkStore& store, ReportFrame frame) {
         entry.accuracyMode = end.accuracyMode;
         entry.stabilityPercent = end.stabilityPercent;
         entry.spreadPercent = end.spreadPercent;
-        entry.statistics = {
-            end.passes,       end.uncertainty,          end.withinRun, end.slices, end.passScores,
-            end.interference, end.frequencyDropPercent, end.noisy};
+        entry.statistics = {end.passes, end.uncertainty, end.withinRun,    end.noiseFloor,
+                            end.slices, end.passScores,  end.interference, end.frequencyDropPercent,
+                            end.noisy};
     }
     const RunCondition& condition = store.runCondition();
     report.condition = condition.atStart;

@@ -77,6 +77,7 @@ struct BenchmarkStore::RunTask {
     std::vector<std::vector<PhaseSlice>> passSlices;
     std::optional<RateUncertainty> uncertainty;
     std::optional<RateUncertainty> withinRun;
+    std::optional<NoiseFloor> noiseFloor;    // added to withinRun for a single pass
     std::optional<CpuTickSample> startTicks; // as the running benchmark started
 };
 
@@ -230,6 +231,7 @@ void BenchmarkStore::beginNextBenchmark() {
     task.passSlices.clear();
     task.uncertainty.reset();
     task.withinRun.reset();
+    task.noiseFloor.reset();
     task.startTicks = services_.readCpuTicks();
     throttleWatch_.beginBenchmark();
     startRealtimeClock(id, task.passes);
@@ -299,11 +301,14 @@ void BenchmarkStore::combinePasses() {
     const RunLength length = task.budgetScale < 1.0 ? RunLength::quick : RunLength::full;
     task.uncertainty.reset();
     task.withinRun.reset();
+    task.noiseFloor.reset();
     if (task.passOutcomes.size() < 2) {
         // One pass: its slices, with the run-to-run noise it cannot see added.
         if (task.passSlices.empty()) return;
         task.withinRun = passRateUncertainty(task.passSlices.back());
-        if (task.withinRun) task.uncertainty = scoreUncertainty(*task.withinRun, id, length);
+        if (!task.withinRun) return;
+        task.noiseFloor = noiseFloors_.floorFor(id, length);
+        task.uncertainty = withRunToRunFloor(*task.withinRun, task.noiseFloor->percent / 100.0);
         return;
     }
     // Several passes: their spread shows the variation between runs directly.
@@ -347,6 +352,7 @@ void BenchmarkStore::benchmarkFinished(BenchmarkOutcome outcome) {
     if (status == OutcomeStatus::ok) {
         end.uncertainty = task.uncertainty;
         end.withinRun = task.withinRun;
+        end.noiseFloor = task.noiseFloor;
         const std::size_t kept = medianPassIndex(task.passOutcomes);
         if (kept < task.passSlices.size()) end.slices = task.passSlices[kept];
         if (task.passOutcomes.size() > 1)

@@ -6,6 +6,7 @@
 
 #include "model/accuracy.h"
 #include "model/catalogue.h"
+#include "model/noise_floor.h"
 #include "model/outcome.h"
 #include "model/progress_series.h"
 #include "model/stability.h"
@@ -60,6 +61,7 @@ struct BenchmarkEndState {
     // or the spread of several passes. Absent when too few slices or passes were measured.
     std::optional<RateUncertainty> uncertainty;
     std::optional<RateUncertainty> withinRun; // a single pass's own, from its slices alone
+    std::optional<NoiseFloor> noiseFloor;     // the run-to-run floor added to withinRun
     std::vector<PhaseSlice> slices;           // of the pass whose outcome is kept
     std::vector<double> passScores;           // in run order, when the result combines several passes
     // What the rest of the machine took while the benchmark ran; absent where unreadable.
@@ -178,6 +180,11 @@ class BenchmarkStore : public QObject {
     void setVisualStallLimit(double seconds) { visualStallLimit_ = seconds; }
     static constexpr double kVisualStallLimit = 20.0;
 
+    // The run-to-run floors that single-pass intervals add, learned from this machine's earlier
+    // runs by whoever keeps its history; built-in floors until then. Taken by the next result.
+    void setNoiseFloors(NoiseFloors floors) { noiseFloors_ = std::move(floors); }
+    const NoiseFloors& noiseFloors() const { return noiseFloors_; }
+
   public Q_SLOTS:
     void setSelectedID(quarbel::BenchmarkID id);
     void setAccuracyMode(bool on);
@@ -265,6 +272,7 @@ class BenchmarkStore : public QObject {
     RunCondition runCondition_;
     std::vector<BenchmarkID> runIDs_;
     ThrottleWatch throttleWatch_;
+    NoiseFloors noiseFloors_;
     std::vector<ProgressPoint> passSeries_; // the running pass's progress, sampled by the display clock
     bool unstableSeen_ = false;             // a benchmark of this run kept under 90 % of its pace
 

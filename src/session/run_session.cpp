@@ -38,6 +38,28 @@ std::string stabilityLine(const RunReport& report) {
                          : "Sustained stability (last fifth / first): " + joined(parts) + "\n";
 }
 
+// "Run-to-run floors: learned on this machine for CPU Single-Core (7 runs), ...; built in for
+// ..." over the results whose interval added one.
+std::string floorsLine(const RunReport& report) {
+    std::vector<std::string> learned, builtIn;
+    for (const auto& entry : report.results) {
+        const auto& floor = entry.statistics.noiseFloor;
+        if (!floor) continue;
+        if (floor->runs > 0)
+            learned.push_back(std::string(title(entry.id)) + " " + format(floor->percent, 1) + " % (" +
+                              std::to_string(floor->runs) + " runs)");
+        else
+            builtIn.push_back(std::string(title(entry.id)));
+    }
+    if (learned.empty() && builtIn.empty()) return {};
+    std::string text = "Run-to-run floors:";
+    if (!learned.empty()) text += " learned on this machine for " + joined(learned);
+    if (!builtIn.empty())
+        text += std::string(learned.empty() ? "" : ";") + " built in for " + joined(builtIn) +
+                " (fewer than " + std::to_string(kRunsToLearnFloor) + " earlier quiet runs like this one)";
+    return text + "\n";
+}
+
 // The result table with the detail of every failed or skipped benchmark on an indented
 // line under its row, so that the reason is on screen, not only in the JSON; under a GPU
 // benchmark's row, how it used the device.
@@ -85,6 +107,7 @@ void RunSession::start() {
     store_.setAccuracyMode(options_.accuracy);
     store_.setBudgetScale(options_.quick ? 0.1 : 1.0);
     store_.setUntilStable(options_.untilStable);
+    if (options_.noiseFloors) store_.setNoiseFloors(*options_.noiseFloors);
     startedAt_ = std::chrono::system_clock::now();
     started_ = true;
     if (stopRequested_ || !outputProblem_.empty()) {
@@ -198,6 +221,7 @@ void RunSession::finish() {
     }
     std::fprintf(out_, "Global score: %s pts\n", scoreText(report.globalScore).c_str());
     std::fputs(stabilityLine(report).c_str(), out_);
+    std::fputs(floorsLine(report).c_str(), out_);
     if (!report.badges.empty()) std::fprintf(out_, "Machine condition: %s\n", joined(report.badges).c_str());
     for (const auto& sign : report.throttleSigns)
         std::fprintf(out_, "Throttling: %s\n", sign.c_str());

@@ -1,5 +1,6 @@
 #include "process.h"
 #include "report_fixture.h"
+#include "results/learned_floors.h"
 #include "results/run_comparison.h"
 #include "results/run_history.h"
 #include "sensors/fake_tree.h"
@@ -241,4 +242,43 @@ TEST(RunHistory, CompareJudgesByStatisticsAndFailsOnSlowerForCI) {
         EXPECT_EQ(result.exitCode, 2) << arguments.back() << "\n" << result.out;
         EXPECT_EQ(result.out.find("Running"), std::string::npos) << "nothing runs";
     }
+}
+
+TEST(LearnedFloors, ComeFromQuietCompletedRunsOfThisMachineVersionModeAndLength) {
+    HistoryListing history;
+    const auto run = [](const char* machine, const char* version, const char* mode, bool quick, double score,
+                        const char* status = "ok", bool noisy = false) {
+        SavedRun r;
+        r.machineId = machine;
+        r.version = version;
+        r.mode = mode;
+        r.quick = quick;
+        SavedResult result{"cpuInteger", "CPU Single-Core", status, score, std::nullopt, {}};
+        result.statistics.noisy = noisy;
+        r.results.push_back(result);
+        return r;
+    };
+    // Five like runs, newest first, between runs that must not count.
+    for (double score : {1000.0, 1010.0, 990.0, 1020.0, 980.0}) {
+        history.runs.push_back(run("m1", "1.0", "standard", false, score));
+        history.runs.push_back(run("m2", "1.0", "standard", false, 10 * score));            // another machine
+        history.runs.push_back(run("m1", "0.9", "standard", false, 2 * score));             // another version
+        history.runs.push_back(run("m1", "1.0", "accuracy", false, 3 * score));             // another mode
+        history.runs.push_back(run("m1", "1.0", "standard", false, 5 * score, "ok", true)); // noisy
+        history.runs.push_back(run("m1", "1.0", "standard", false, 0, "failed"));
+    }
+    history.runs.push_back(run("m1", "1.0", "standard", true, 500)); // one quick run: too few
+    const NoiseFloors floors = learnNoiseFloors(history, "m1", "1.0");
+    const NoiseFloor full = floors.floorFor(BenchmarkID::cpuInteger, RunLength::full);
+    EXPECT_EQ(full.runs, 5);
+    const std::vector<double> like = {1000, 1010, 990, 1020, 980};
+    EXPECT_DOUBLE_EQ(full.percent, *learnedFloorPercent(like));
+    EXPECT_EQ(floors.floorFor(BenchmarkID::cpuInteger, RunLength::quick).runs, 0) << "built in";
+    EXPECT_EQ(floors.floorFor(BenchmarkID::memoryStream, RunLength::full).runs, 0);
+    EXPECT_EQ(learnNoiseFloors(history, "", "1.0").floorFor(BenchmarkID::cpuInteger, RunLength::full).runs, 0)
+        << "a machine without an identifier cannot tell its runs apart";
+    EXPECT_EQ(noiseFloorText({1.234, 7}),
+              "Run-to-run floor 1.2 %, learned from 7 earlier quiet runs on this machine");
+    EXPECT_EQ(noiseFloorText({2.0, 0}),
+              "Run-to-run floor 2.0 %, built in (fewer than 5 earlier quiet runs on this machine)");
 }

@@ -2,10 +2,12 @@
 
 #include "fake_workloads.h"
 #include "model/comparison.h"
+#include "model/noise_floor.h"
 #include "support/event_loop.h"
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <deque>
 #include <mutex>
 
@@ -72,11 +74,23 @@ TEST(ResultStatistics, APassKeepsItsSlicesItsIntervalAndTheInterferenceItMet) {
     // grain, so what remains is the run-to-run noise a single pass cannot see.
     EXPECT_NEAR(end.uncertainty->relativeStandardError,
                 runToRunNoisePercent(BenchmarkID::cpuInteger, RunLength::full) / 100, 1e-9);
+    EXPECT_EQ(end.noiseFloor, (NoiseFloor{runToRunNoisePercent(BenchmarkID::cpuInteger, RunLength::full), 0}))
+        << "built in";
     ASSERT_TRUE(end.interference);
     EXPECT_DOUBLE_EQ(end.interference->stealPercent, 8.0);
     EXPECT_DOUBLE_EQ(end.interference->otherCpuPercent, 20.0);
     EXPECT_TRUE(end.noisy) << "8 % steal";
     EXPECT_EQ(end.passes, 1);
+
+    // A floor learned from this machine's runs replaces the built-in one, for that benchmark
+    // and run length only.
+    NoiseFloors floors;
+    floors.learn(BenchmarkID::cpuInteger, RunLength::full, {0.5, 7});
+    floors.learn(BenchmarkID::cpuInteger, RunLength::quick, {9.0, 6});
+    store.setNoiseFloors(floors);
+    runToTheEnd(store, BenchmarkID::cpuInteger);
+    EXPECT_EQ(store.endState(BenchmarkID::cpuInteger).noiseFloor, (NoiseFloor{0.5, 7}));
+    EXPECT_NEAR(store.endState(BenchmarkID::cpuInteger).uncertainty->relativeStandardError, 0.005, 1e-9);
 }
 
 TEST(ResultStatistics, UntilStableStopsOnceTheIntervalIsNarrowOrThePassesRunOut) {
@@ -108,4 +122,18 @@ TEST(ResultStatistics, UntilStableStopsOnceTheIntervalIsNarrowOrThePassesRunOut)
             << outcome->detail;
         EXPECT_TRUE(outcome->detail.ends_with(c.detail)) << outcome->detail;
     }
+}
+
+TEST(NoiseFloor, IsLearnedFromFiveQuietRunsAsAnUpperBoundOfTheirSpread) {
+    EXPECT_EQ(learnedFloorPercent(std::vector<double>{100, 101, 99, 100}), std::nullopt)
+        << "four are too few";
+    EXPECT_EQ(learnedFloorPercent(std::vector<double>{100, 101, 0, 100, 99}), std::nullopt) << "a zero score";
+    EXPECT_DOUBLE_EQ(*learnedFloorPercent(std::vector<double>(6, 250.0)), 0.0);
+    // Log scores 0, ±s, ±2s have a standard deviation of s·sqrt(10/4); the exact upper 80 % bound
+    // for 4 degrees of freedom is that times sqrt(4 / 1.6488).
+    const double s = 0.01;
+    const std::vector<double> scores = {1000, 1000 * std::exp(s), 1000 * std::exp(-s), 1000 * std::exp(2 * s),
+                                        1000 * std::exp(-2 * s)};
+    const double exact = s * std::sqrt(10.0 / 4.0) * std::sqrt(4.0 / 1.6488) * 100;
+    EXPECT_NEAR(*learnedFloorPercent(scores), exact, exact * 0.01);
 }

@@ -2,6 +2,7 @@
 
 #include "model/number_format.h"
 #include "model/stability.h"
+#include "results/learned_floors.h"
 #include "results/result_statistics.h"
 #include "results/run_report.h"
 #include "run/benchmark_store.h"
@@ -65,10 +66,13 @@ QString intervalText(const BenchmarkEndState& end) {
     return QObject::tr("%1 (95 % interval)").arg(interval);
 }
 
-// The workload's detail, and under it how a GPU benchmark used its device.
-QString shownDetail(const BenchmarkOutcome& outcome) {
+// The workload's detail, then how a GPU benchmark used its device and which run-to-run floor
+// the interval added.
+QString shownDetail(const BenchmarkOutcome& outcome, const BenchmarkEndState& end) {
     QString detail = theme::qstring(outcome.detail);
     if (outcome.gpu) detail += QStringLiteral("\n") + theme::qstring(gpuExecutionText(*outcome.gpu));
+    if (outcome.status == OutcomeStatus::ok && end.noiseFloor)
+        detail += QStringLiteral("\n") + theme::qstring(noiseFloorText(*end.noiseFloor));
     return detail;
 }
 
@@ -127,7 +131,8 @@ qreal ResultPanel::contentHeight(qreal width) const {
     const BenchmarkOutcome& outcome = *row.outcome;
     height += kScoreRowHeight;
     if (outcome.status == OutcomeStatus::ok) {
-        height += kTilesHeight + wrappedHeight(detailFont(), shownDetail(outcome), textWidth);
+        height +=
+            kTilesHeight + wrappedHeight(detailFont(), shownDetail(outcome, store_.endState(id)), textWidth);
     } else {
         height += wrappedHeight(detailFont(), theme::qstring(outcome.detail), textWidth);
         if (const QString advice = skipAdvice(id);
@@ -195,7 +200,7 @@ void ResultPanel::paintEvent(QPaintEvent* event) {
     }
 
     const BenchmarkOutcome& outcome = *row.outcome;
-    const QString detail = shownDetail(outcome);
+    const QString detail = shownDetail(outcome, store_.endState(id));
     if (outcome.status != OutcomeStatus::ok) {
         // No score, no tiles: the status, the system's reason, and on a skip what would let
         // the benchmark run here.

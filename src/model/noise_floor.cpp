@@ -1,0 +1,45 @@
+#include "model/noise_floor.h"
+
+#include <cmath>
+
+namespace quarbel {
+namespace {
+
+// The chi-square distribution's 20 % quantile for `k` degrees of freedom, by Wilson and
+// Hilferty's cube-root normal approximation (within 1 % of the exact value from k = 3 on).
+double chiSquareLowerQuantile20(double k) {
+    constexpr double kNormal20 = -0.8416212335729143;
+    const double a = 2.0 / (9.0 * k);
+    const double root = 1.0 - a + kNormal20 * std::sqrt(a);
+    return k * root * root * root;
+}
+
+} // namespace
+
+std::optional<double> learnedFloorPercent(std::span<const double> scores) {
+    if (scores.size() < static_cast<std::size_t>(kRunsToLearnFloor)) return std::nullopt;
+    double sum = 0;
+    for (double score : scores) {
+        if (!(score > 0)) return std::nullopt;
+        sum += std::log(score);
+    }
+    const double n = static_cast<double>(scores.size());
+    const double mean = sum / n;
+    double squares = 0;
+    for (double score : scores)
+        squares += (std::log(score) - mean) * (std::log(score) - mean);
+    const double variance = squares / (n - 1);
+    const double upper = variance * (n - 1) / chiSquareLowerQuantile20(n - 1);
+    return std::sqrt(upper) * 100.0;
+}
+
+void NoiseFloors::learn(BenchmarkID id, RunLength length, NoiseFloor floor) {
+    learned_[{id, length}] = floor;
+}
+
+NoiseFloor NoiseFloors::floorFor(BenchmarkID id, RunLength length) const {
+    if (const auto found = learned_.find({id, length}); found != learned_.end()) return found->second;
+    return {runToRunNoisePercent(id, length), 0};
+}
+
+} // namespace quarbel
