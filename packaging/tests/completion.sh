@@ -53,7 +53,7 @@ expect() {
 
 run_checks() {
     cd "$work" || exit 1
-    expect "commands" "list info run card history compare import export" -- _quarbel "$program" ""
+    expect "commands" "list info devices run card history compare import export" -- _quarbel "$program" ""
     expect "a command's start" "run" -x "list info" -- _quarbel "$program" "ru"
     expect "run's options" "--quick --no-history --metrics --until-stable" -x "--format" -- _quarbel "$program" run --
     expect "benchmark identifiers" "cpuInteger cpuFloating cpuCrypto" -x "memoryStream" -- _quarbel "$program" run cpu

@@ -13,14 +13,19 @@ QString windowTitle(BenchmarkID id) {
     return QStringLiteral("Quarbel - ") + QString::fromUtf8(title(id).data(), qsizetype(title(id).size()));
 }
 
-QRect centredOnScreen(QScreen* screen) {
+QRect centredOnScreen(QScreen* screen, QSize size = kBenchmarkWindowSize) {
     if (screen == nullptr) screen = QGuiApplication::primaryScreen();
-    QRect frame(QPoint(0, 0), kBenchmarkWindowSize);
+    QRect frame(QPoint(0, 0), size);
     if (screen != nullptr) frame.moveCenter(screen->availableGeometry().center());
     return frame;
 }
 
 } // namespace
+
+QSize sceneWindowSize(qreal devicePixelRatio) {
+    const qreal ratio = devicePixelRatio > 0 ? devicePixelRatio : 1.0;
+    return {qRound(kSceneDrawableSize.width / ratio), qRound(kSceneDrawableSize.height / ratio)};
+}
 
 BenchmarkAnimationWindowController::BenchmarkAnimationWindowController(BenchmarkID id,
                                                                        VisualBenchmarkRequest request,
@@ -61,8 +66,13 @@ void BenchmarkAnimationWindowController::showWindow(QWindow* parent) {
     scene_->setFlags(flags);
     scene_->setTransientParent(parent);
     scene_->setTitle(windowTitle(benchmarkID_));
-    scene_->setMinimumSize(kSceneWindowMinimumSize);
-    scene_->setGeometry(centredOnScreen(scene_->screen()));
+    // The scene is shown pixel for pixel as it is measured: the window holds the drawable's
+    // device pixels at any display scale and keeps that size, so that neither the scale nor a
+    // resize changes what the frames present, and so the work the score measures.
+    const QSize fixed = sceneWindowSize(scene_->devicePixelRatio());
+    scene_->setMinimumSize(fixed);
+    scene_->setMaximumSize(fixed);
+    scene_->setGeometry(centredOnScreen(scene_->screen(), fixed));
     scene_->show();
     scene_->raise();
     scene_->requestActivate();

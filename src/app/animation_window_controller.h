@@ -21,10 +21,12 @@ namespace quarbel::app {
 class MetalBenchmarkSceneWindow;
 
 // Content 960 x 540, at least 720 x 405, centred on the screen and kept above the main window.
-// The scene's view takes no less than its full 960 x 540.
 inline constexpr QSize kBenchmarkWindowSize{960, 540};
 inline constexpr QSize kBenchmarkWindowMinimumSize{720, 405};
-inline constexpr QSize kSceneWindowMinimumSize = kBenchmarkWindowSize;
+
+// The scene's window, in device-independent pixels: its measured drawable's 960 x 540 device
+// pixels at `devicePixelRatio`, neither more nor less.
+QSize sceneWindowSize(qreal devicePixelRatio);
 
 class BenchmarkAnimationWindowController : public QObject {
     Q_OBJECT
