@@ -18,17 +18,18 @@ double chiSquareLowerQuantile20(double k) {
 
 std::optional<double> learnedFloorPercent(std::span<const double> scores) {
     if (scores.size() < static_cast<std::size_t>(kRunsToLearnFloor)) return std::nullopt;
-    double sum = 0;
-    for (double score : scores) {
+    for (double score : scores)
         if (!(score > 0)) return std::nullopt;
-        sum += std::log(score);
+    // Successive differences (von Neumann): a machine that changed once, a regression kept in
+    // the history say, moves one difference, not the whole spread, so the floor stays that of
+    // the noise between runs and does not grow to hide the next change.
+    double squares = 0;
+    for (std::size_t i = 1; i < scores.size(); ++i) {
+        const double step = std::log(scores[i]) - std::log(scores[i - 1]);
+        squares += step * step;
     }
     const double n = static_cast<double>(scores.size());
-    const double mean = sum / n;
-    double squares = 0;
-    for (double score : scores)
-        squares += (std::log(score) - mean) * (std::log(score) - mean);
-    const double variance = squares / (n - 1);
+    const double variance = squares / (2.0 * (n - 1));
     const double upper = variance * (n - 1) / chiSquareLowerQuantile20(n - 1);
     return std::sqrt(upper) * 100.0;
 }

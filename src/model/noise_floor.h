@@ -22,9 +22,11 @@ struct NoiseFloor {
     bool operator==(const NoiseFloor&) const = default;
 };
 
-// From the scores of earlier quiet runs of one benchmark on one machine: the upper 80 % bound
-// of the standard deviation of their logarithms (a chi-square bound, as the built-in floors
-// were set), in percent; none with fewer than kRunsToLearnFloor scores or a score not above 0.
+// From the scores of earlier quiet runs of one benchmark on one machine, in run order: the
+// standard deviation of their logarithms from successive differences (so that one lasting
+// change in the machine barely counts), raised to its upper 80 % bound (a chi-square bound
+// over n - 1 degrees of freedom, as the built-in floors were set), in percent; none with
+// fewer than kRunsToLearnFloor scores or a score not above 0.
 std::optional<double> learnedFloorPercent(std::span<const double> scores);
 
 class NoiseFloors {

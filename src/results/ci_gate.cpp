@@ -1,6 +1,7 @@
 #include "results/ci_gate.h"
 
 #include "model/catalogue.h"
+#include "results/markup_text.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -11,20 +12,6 @@ namespace {
 bool slowerThanAllowed(const ComparisonRow& row, double allowed) {
     if (row.compared.verdict != Verdict::slower || !row.notJudged.empty()) return false;
     return !row.compared.ratio || (1.0 - *row.compared.ratio) * 100.0 > allowed;
-}
-
-std::string xmlEscaped(const std::string& text) {
-    std::string out;
-    for (char c : text) {
-        switch (c) {
-        case '&': out += "&amp;"; break;
-        case '<': out += "&lt;"; break;
-        case '>': out += "&gt;"; break;
-        case '"': out += "&quot;"; break;
-        default: out += c;
-        }
-    }
-    return out;
 }
 
 std::string fixed(const char* pattern, double value) {
@@ -93,29 +80,29 @@ std::string CiGate::junitXml(const std::string& suiteName) const {
                                      [&](BenchmarkID b) { return quarbel::title(b) == title; });
         const std::string classname =
             id != kAllBenchmarks.end() ? "quarbel." + std::string(rawValue(*id)) : "quarbel";
-        cases +=
-            "    <testcase classname=\"" + xmlEscaped(classname) + "\" name=\"" + xmlEscaped(title) + "\">\n";
+        cases += "    <testcase classname=\"" + escapedMarkup(classname) + "\" name=\"" +
+                 escapedMarkup(title) + "\">\n";
         const std::string attempts = " after " + std::to_string(attempts_.at(title)) +
                                      (attempts_.at(title) == 1 ? " comparison" : " comparisons");
         if (row.ranInNeither) {
             ++skipped;
-            cases += "      <skipped message=\"" + xmlEscaped(row.notJudged) + "\"/>\n";
+            cases += "      <skipped message=\"" + escapedMarkup(row.notJudged) + "\"/>\n";
         } else if (!row.notJudged.empty()) {
             ++errors;
             cases += "      <error type=\"could not judge\" message=\"" +
-                     xmlEscaped(row.notJudged + attempts) + "\"/>\n";
+                     escapedMarkup(row.notJudged + attempts) + "\"/>\n";
         } else if (slowerThanAllowed(row, allowed_)) {
             ++failures;
             cases += "      <failure type=\"slower\" message=\"" +
-                     xmlEscaped("slower than allowed (" + fixed("%.1f", allowed_) +
-                                " %): " + changeText(row) + attempts) +
+                     escapedMarkup("slower than allowed (" + fixed("%.1f", allowed_) +
+                                   " %): " + changeText(row) + attempts) +
                      "\"/>\n";
         }
         cases += "      <system-out>" +
-                 xmlEscaped(std::string(verdictText(row.compared.verdict)) + ": " + changeText(row)) +
+                 escapedMarkup(std::string(verdictText(row.compared.verdict)) + ": " + changeText(row)) +
                  "</system-out>\n    </testcase>\n";
     }
-    return "  <testsuite name=\"" + xmlEscaped(suiteName) + "\" tests=\"" + std::to_string(order_.size()) +
+    return "  <testsuite name=\"" + escapedMarkup(suiteName) + "\" tests=\"" + std::to_string(order_.size()) +
            "\" failures=\"" + std::to_string(failures) + "\" errors=\"" + std::to_string(errors) +
            "\" skipped=\"" + std::to_string(skipped) + "\">\n" + cases + "  </testsuite>\n";
 }

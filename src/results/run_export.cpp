@@ -4,6 +4,7 @@
 
 #include "model/number_format.h"
 #include "results/json_report.h"
+#include "results/markup_text.h"
 
 #include <nlohmann/json.hpp>
 
@@ -144,20 +145,6 @@ std::string markdownCell(const std::string& text) {
     return out;
 }
 
-std::string htmlEscaped(const std::string& text) {
-    std::string out;
-    for (char c : text) {
-        switch (c) {
-        case '&': out += "&amp;"; break;
-        case '<': out += "&lt;"; break;
-        case '>': out += "&gt;"; break;
-        case '"': out += "&quot;"; break;
-        default: out += c;
-        }
-    }
-    return out;
-}
-
 // A point of a chart: its label under the axis, the value and its interval (+/- in the
 // value's units, 0 for none).
 struct ChartPoint {
@@ -180,14 +167,14 @@ std::string svgChart(const std::string& title, const std::vector<ChartPoint>& po
     char buffer[256];
     std::string svg = "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 560 180\" width=\"560\" "
                       "height=\"180\" role=\"img\"><title>" +
-                      htmlEscaped(title) + "</title>";
-    svg += "<text x=\"8\" y=\"18\" class=\"t\">" + htmlEscaped(title) + "</text>";
+                      escapedMarkup(title) + "</title>";
+    svg += "<text x=\"8\" y=\"18\" class=\"t\">" + escapedMarkup(title) + "</text>";
     std::snprintf(buffer, sizeof buffer,
                   "<line x1=\"%.1f\" y1=\"%.1f\" x2=\"%.1f\" y2=\"%.1f\" class=\"axis\"/>"
                   "<text x=\"%.1f\" y=\"%.1f\" class=\"v\" text-anchor=\"end\">%s</text>"
                   "<text x=\"%.1f\" y=\"%.1f\" class=\"v\" text-anchor=\"end\">0</text>",
                   kLeft, kTop + plotHeight, kWidth - kRight, kTop + plotHeight, kLeft - 6, kTop + 4,
-                  htmlEscaped(scoreText(top)).c_str(), kLeft - 6, kTop + plotHeight);
+                  escapedMarkup(scoreText(top)).c_str(), kLeft - 6, kTop + plotHeight);
     svg += buffer;
     std::string line;
     for (std::size_t i = 0; i < points.size(); ++i) {
@@ -220,7 +207,7 @@ std::string svgChart(const std::string& title, const std::vector<ChartPoint>& po
             // A report file goes by its file name; the table below has the whole path.
             std::string label = p.label.substr(p.label.find_last_of('/') + 1);
             if (label.size() > 22) label = label.substr(0, 21) + "…";
-            svg += buffer + htmlEscaped(label) + "</text>";
+            svg += buffer + escapedMarkup(label) + "</text>";
         }
     }
     if (!line.empty()) svg += "<polyline points=\"" + line + "\" class=\"line\"/>";
@@ -342,7 +329,7 @@ th{color:#9aa3b5}td.n{text-align:right;font-variant-numeric:tabular-nums}
             const auto cells = rowCells(*run, entry);
             const BenchmarkOutcome& o = entry.outcome;
             auto td = [](const std::string& text, bool numeric = false) {
-                return std::string(numeric ? "<td class=\"n\">" : "<td>") + htmlEscaped(text) + "</td>";
+                return std::string(numeric ? "<td class=\"n\">" : "<td>") + escapedMarkup(text) + "</td>";
             };
             html += "<tr>" + td(run->name) + td(cells[1]) + td(cells[2]) + td(cells[4]) + td(cells[6]) +
                     td(cells[7]) + td(entry.scoreText, true) +
@@ -352,7 +339,7 @@ th{color:#9aa3b5}td.n{text-align:right;font-variant-numeric:tabular-nums}
                     td(entry.durationText, true) + td(entry.statistics.noisy ? "yes" : "") + "</tr>\n";
         }
     html += "</tbody></table>\n<p class=\"v\">Made by Quarbel " +
-            htmlEscaped(runs.empty() ? std::string() : runs.front().report.appVersion) +
+            escapedMarkup(runs.empty() ? std::string() : runs.front().report.appVersion) +
             ". Everything in this page is in this file.</p>\n</body></html>\n";
     return html;
 }

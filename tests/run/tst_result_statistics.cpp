@@ -129,11 +129,14 @@ TEST(NoiseFloor, IsLearnedFromFiveQuietRunsAsAnUpperBoundOfTheirSpread) {
         << "four are too few";
     EXPECT_EQ(learnedFloorPercent(std::vector<double>{100, 101, 0, 100, 99}), std::nullopt) << "a zero score";
     EXPECT_DOUBLE_EQ(*learnedFloorPercent(std::vector<double>(6, 250.0)), 0.0);
-    // Log scores 0, ±s, ±2s have a standard deviation of s·sqrt(10/4); the exact upper 80 % bound
-    // for 4 degrees of freedom is that times sqrt(4 / 1.6488).
+    // Log scores alternating 0 and s: successive differences of s give a variance of s² / 2;
+    // the exact upper 80 % bound for 4 degrees of freedom is that times 4 / 1.6488.
     const double s = 0.01;
-    const std::vector<double> scores = {1000, 1000 * std::exp(s), 1000 * std::exp(-s), 1000 * std::exp(2 * s),
-                                        1000 * std::exp(-2 * s)};
-    const double exact = s * std::sqrt(10.0 / 4.0) * std::sqrt(4.0 / 1.6488) * 100;
-    EXPECT_NEAR(*learnedFloorPercent(scores), exact, exact * 0.01);
+    const std::vector<double> alternating = {1000, 1000 * std::exp(s), 1000, 1000 * std::exp(s), 1000};
+    const double exact = s / std::sqrt(2.0) * std::sqrt(4.0 / 1.6488) * 100;
+    EXPECT_NEAR(*learnedFloorPercent(alternating), exact, exact * 0.01);
+    // One lasting step of 15 % (a regression kept in the history) among steady runs moves one
+    // difference of eight: the floor stays far below the step it must still show.
+    const std::vector<double> stepped = {1000, 1000, 1000, 1000, 850, 850, 850, 850};
+    EXPECT_LT(*learnedFloorPercent(stepped), 15.0 / 2);
 }
