@@ -48,7 +48,7 @@ for i in $(seq 1 "$AA"); do
 done
 
 python3 - "$OUT" <<'PY'
-import glob, json, os, sys, collections
+import glob, json, os, sys, collections, statistics
 out = sys.argv[1]
 tally = {k: collections.Counter() for k in ("aa", "power")}
 per = collections.defaultdict(collections.Counter)
@@ -70,6 +70,17 @@ n = sum(power.values())
 print(f"Power (15 % of CPU 0 taken): {power['slower']} of {n} judged slower ({100 * power['slower'] / max(n, 1):.1f} %, goal >= 90 %); {dict(power)}")
 for (kind, title), counts in sorted(per.items()):
     print(f"  {kind:5} {title:18} {dict(counts)}")
+scores = collections.defaultdict(lambda: collections.defaultdict(list))
+for kind in ("quiet", "loaded"):
+    for path in glob.glob(os.path.join(out, kind + "*.json")):
+        for r in json.load(open(path))["results"]:
+            if r.get("score"):
+                scores[r["title"]][kind].append(r["score"])
+print("the load's real effect (median score loaded / quiet):")
+for title, by_kind in sorted(scores.items()):
+    if by_kind["quiet"] and by_kind["loaded"]:
+        ratio = statistics.median(by_kind["loaded"]) / statistics.median(by_kind["quiet"])
+        print(f"  {title:18} {ratio:.3f} ({100 * (ratio - 1):+.1f} %)")
 print("floors the A/A runs used (percent, from runs):")
 for title, values in sorted(floors.items()):
     print(f"  {title:18} " + ", ".join(f"{p:.2f}/{r}" for p, r in values if p is not None))

@@ -74,8 +74,8 @@ CalibratedKernel calibrateGroupSize(const Context& context, std::string_view sou
     return result;
 }
 
-std::optional<double> timeOneDispatch(Context& context, const ComputePipeline& pipeline, const void* arguments,
-                                      DispatchGrid grid) {
+std::optional<double> timeOneDispatch(Context& context, const ComputePipeline& pipeline,
+                                      const void* arguments, DispatchGrid grid) {
     const auto timer = GpuTimer::create(context);
     const auto once = [&]() -> std::optional<double> {
         const double start = monotonicSeconds();

@@ -89,10 +89,14 @@ void MetalBenchmarkSceneCoordinator::draw(SceneFrameTarget& target) {
     }
     if (elapsed < request_.seconds) return;
 
+    // The counted frames still rendering are waited for, and their time counted, before the
+    // clock stops; frames the device could not finish end the run without an outcome.
+    if (!target.finishInFlight()) return;
     finished_ = true;
+    const double total = std::max(kMinimumElapsed, clock_() - *startTime_);
     const SceneFrameTarget::Size size = target.drawableSize();
     const BenchmarkOutcome outcome =
-        visibleSceneOutcome(frames_, passes, size.width, size.height, elapsed, minShown, maxShown);
+        visibleSceneOutcome(frames_, passes, size.width, size.height, total, minShown, maxShown);
     if (completion_) completion_(outcome);
 }
 

@@ -32,9 +32,12 @@ class SceneFrameTarget {
     virtual Size drawableSize() const = 0;
     // One full-screen draw with `uniforms` into the drawable.
     virtual void drawPass(const SceneUniforms& uniforms) = 0;
-    // Ends recording, presents, and blocks until the device has finished the frame. False
-    // when the device did not render it; such a frame is not counted.
+    // Ends recording and presents; the frame may still be rendering when this returns (frames
+    // in flight). False when the device refused it; such a frame is not counted.
     virtual bool finishFrame() = 0;
+    // Blocks until every presented frame has finished rendering. False when the device did
+    // not finish them.
+    virtual bool finishInFlight() = 0;
 };
 
 class MetalBenchmarkSceneCoordinator {

@@ -103,13 +103,20 @@ std::unique_ptr<SceneSwapchain> SceneSwapchain::create(Context& context, VkSurfa
         return nullptr;
     }
     chain->pipeline_ = std::move(scene.pipeline);
-    chain->drawableTarget_ = OffscreenTarget::create(
-        context, *chain->pass_, chain->drawable_.width, chain->drawable_.height,
-        {kClearColor.float32[0], kClearColor.float32[1], kClearColor.float32[2], kClearColor.float32[3]},
-        VK_IMAGE_USAGE_TRANSFER_SRC_BIT);
-    if (!chain->drawableTarget_) {
-        error = "Metal could not create the render target.";
+    chain->ring_ = FrameRing::create(context, FrameRing::kDefaultSlots, result);
+    if (!chain->ring_) {
+        error = "the scene window could not prepare its frames: " + vkResultName(result);
         return nullptr;
+    }
+    for (std::uint32_t i = 0; i < chain->ring_->slotCount(); ++i) {
+        chain->drawableTargets_.push_back(OffscreenTarget::create(
+            context, *chain->pass_, chain->drawable_.width, chain->drawable_.height,
+            {kClearColor.float32[0], kClearColor.float32[1], kClearColor.float32[2], kClearColor.float32[3]},
+            VK_IMAGE_USAGE_TRANSFER_SRC_BIT));
+        if (!chain->drawableTargets_.back()) {
+            error = "Metal could not create the render target.";
+            return nullptr;
+        }
     }
     // Linear scaling where the format allows it (it nearly always does), else the nearest pixel.
     VkFormatProperties properties{};
@@ -117,25 +124,13 @@ std::unique_ptr<SceneSwapchain> SceneSwapchain::create(Context& context, VkSurfa
     if ((properties.optimalTilingFeatures & VK_FORMAT_FEATURE_SAMPLED_IMAGE_FILTER_LINEAR_BIT) == 0)
         chain->scaleFilter_ = VK_FILTER_NEAREST;
 
-    VkCommandPoolCreateInfo poolInfo{};
-    poolInfo.sType = VK_STRUCTURE_TYPE_COMMAND_POOL_CREATE_INFO;
-    poolInfo.flags = VK_COMMAND_POOL_CREATE_RESET_COMMAND_BUFFER_BIT;
-    poolInfo.queueFamilyIndex = context.queueFamily();
-    VkCommandBufferAllocateInfo allocateInfo{};
-    allocateInfo.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_ALLOCATE_INFO;
-    allocateInfo.level = VK_COMMAND_BUFFER_LEVEL_PRIMARY;
-    allocateInfo.commandBufferCount = 1;
-    VkFenceCreateInfo fenceInfo{};
-    fenceInfo.sType = VK_STRUCTURE_TYPE_FENCE_CREATE_INFO;
     VkSemaphoreCreateInfo semaphoreInfo{};
     semaphoreInfo.sType = VK_STRUCTURE_TYPE_SEMAPHORE_CREATE_INFO;
-    result = vkCreateCommandPool(chain->device_, &poolInfo, nullptr, &chain->commandPool_);
-    allocateInfo.commandPool = chain->commandPool_;
-    if (result == VK_SUCCESS)
-        result = vkAllocateCommandBuffers(chain->device_, &allocateInfo, &chain->commands_);
-    if (result == VK_SUCCESS) result = vkCreateFence(chain->device_, &fenceInfo, nullptr, &chain->fence_);
-    if (result == VK_SUCCESS)
-        result = vkCreateSemaphore(chain->device_, &semaphoreInfo, nullptr, &chain->acquiredSemaphore_);
+    for (std::uint32_t i = 0; i < chain->ring_->slotCount() && result == VK_SUCCESS; ++i) {
+        VkSemaphore semaphore = VK_NULL_HANDLE;
+        result = vkCreateSemaphore(chain->device_, &semaphoreInfo, nullptr, &semaphore);
+        if (result == VK_SUCCESS) chain->acquiredSemaphores_.push_back(semaphore);
+    }
     if (result != VK_SUCCESS) {
         error = "the scene window could not prepare its frames: " + vkResultName(result);
         return nullptr;
@@ -151,9 +146,8 @@ SceneSwapchain::~SceneSwapchain() {
     vkDeviceWaitIdle(device_);
     releaseImages();
     if (swapchain_ != VK_NULL_HANDLE) vkDestroySwapchainKHR(device_, swapchain_, nullptr);
-    if (acquiredSemaphore_ != VK_NULL_HANDLE) vkDestroySemaphore(device_, acquiredSemaphore_, nullptr);
-    if (fence_ != VK_NULL_HANDLE) vkDestroyFence(device_, fence_, nullptr);
-    if (commandPool_ != VK_NULL_HANDLE) vkDestroyCommandPool(device_, commandPool_, nullptr);
+    for (VkSemaphore semaphore : acquiredSemaphores_)
+        vkDestroySemaphore(device_, semaphore, nullptr);
 }
 
 void SceneSwapchain::resize(std::uint32_t width, std::uint32_t height) {
@@ -185,7 +179,7 @@ bool SceneSwapchain::recreate() {
                                    capabilities.maxImageExtent.height);
     }
     if (extent.width == 0 || extent.height == 0) return false; // minimised: try again later
-    // Nothing of the old images is in flight: every frame waits for the device.
+    // The old images may still be in flight.
     vkDeviceWaitIdle(device_);
 
     std::uint32_t imageCount = capabilities.minImageCount + 1;
@@ -249,8 +243,18 @@ bool SceneSwapchain::recreate() {
 bool SceneSwapchain::beginFrame() {
     if (problem_) return false;
     if (stale_ && !recreate()) return false;
-    VkResult result = vkAcquireNextImageKHR(device_, swapchain_, kFrameTimeoutNanoseconds, acquiredSemaphore_,
-                                            VK_NULL_HANDLE, &imageIndex_);
+    // The slot's previous frame must be finished before its drawable, semaphore and commands
+    // are used again.
+    slot_ = ring_->slot();
+    VkResult result = ring_->begin(kFrameTimeoutNanoseconds);
+    if (result != VK_SUCCESS) {
+        problem_ = result == VK_TIMEOUT || result == VK_ERROR_DEVICE_LOST
+                       ? stoppedAnswering()
+                       : "the scene window could not record a frame: " + vkResultName(result);
+        return false;
+    }
+    result = vkAcquireNextImageKHR(device_, swapchain_, kFrameTimeoutNanoseconds, acquiredSemaphores_[slot_],
+                                   VK_NULL_HANDLE, &imageIndex_);
     if (result == VK_ERROR_OUT_OF_DATE_KHR) {
         stale_ = true;
         return false;
@@ -264,26 +268,25 @@ bool SceneSwapchain::beginFrame() {
         return false;
     }
 
-    vkResetCommandBuffer(commands_, 0);
-    VkCommandBufferBeginInfo begin{};
-    begin.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_BEGIN_INFO;
-    begin.flags = VK_COMMAND_BUFFER_USAGE_ONE_TIME_SUBMIT_BIT;
-    vkBeginCommandBuffer(commands_, &begin);
-    drawableTarget_->recordBegin(commands_);
-    pipeline_->recordBind(commands_);
+    drawableTargets_[slot_]->recordBegin(ring_->commands());
+    pipeline_->recordBind(ring_->commands());
     return true;
 }
 
-void SceneSwapchain::drawPass(const SceneUniforms& uniforms) { pipeline_->recordStrip(commands_, &uniforms); }
+void SceneSwapchain::drawPass(const SceneUniforms& uniforms) {
+    pipeline_->recordStrip(ring_->commands(), &uniforms);
+}
 
 void SceneSwapchain::recordCopyToWindow() {
+    const VkCommandBuffer commands = ring_->commands();
+    const OffscreenTarget& drawable = *drawableTargets_[slot_];
     const VkImage window = images_[imageIndex_];
-    recordLayoutChange(commands_, drawableTarget_->image(), VK_IMAGE_LAYOUT_COLOR_ATTACHMENT_OPTIMAL,
+    recordLayoutChange(commands, drawable.image(), VK_IMAGE_LAYOUT_COLOR_ATTACHMENT_OPTIMAL,
                        VK_IMAGE_LAYOUT_TRANSFER_SRC_OPTIMAL, VK_PIPELINE_STAGE_COLOR_ATTACHMENT_OUTPUT_BIT,
                        VK_ACCESS_COLOR_ATTACHMENT_WRITE_BIT, VK_PIPELINE_STAGE_TRANSFER_BIT,
                        VK_ACCESS_TRANSFER_READ_BIT);
     // The acquired image is waited for at the transfer stage (see finishFrame).
-    recordLayoutChange(commands_, window, VK_IMAGE_LAYOUT_UNDEFINED, VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL,
+    recordLayoutChange(commands, window, VK_IMAGE_LAYOUT_UNDEFINED, VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL,
                        VK_PIPELINE_STAGE_TRANSFER_BIT, 0, VK_PIPELINE_STAGE_TRANSFER_BIT,
                        VK_ACCESS_TRANSFER_WRITE_BIT);
     const std::array<VkOffset3D, 2> area = fittedArea(drawable_, extent_);
@@ -293,13 +296,12 @@ void SceneSwapchain::recordCopyToWindow() {
     if (!fillsWindow) {
         // Bars around a drawable whose aspect is not the window's.
         const VkImageSubresourceRange range{VK_IMAGE_ASPECT_COLOR_BIT, 0, 1, 0, 1};
-        vkCmdClearColorImage(commands_, window, VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL, &kClearColor, 1,
-                             &range);
+        vkCmdClearColorImage(commands, window, VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL, &kClearColor, 1, &range);
         VkMemoryBarrier cleared{};
         cleared.sType = VK_STRUCTURE_TYPE_MEMORY_BARRIER;
         cleared.srcAccessMask = VK_ACCESS_TRANSFER_WRITE_BIT;
         cleared.dstAccessMask = VK_ACCESS_TRANSFER_WRITE_BIT;
-        vkCmdPipelineBarrier(commands_, VK_PIPELINE_STAGE_TRANSFER_BIT, VK_PIPELINE_STAGE_TRANSFER_BIT, 0, 1,
+        vkCmdPipelineBarrier(commands, VK_PIPELINE_STAGE_TRANSFER_BIT, VK_PIPELINE_STAGE_TRANSFER_BIT, 0, 1,
                              &cleared, 0, nullptr, 0, nullptr);
     }
     VkImageBlit blit{};
@@ -309,28 +311,25 @@ void SceneSwapchain::recordCopyToWindow() {
     blit.dstSubresource = {VK_IMAGE_ASPECT_COLOR_BIT, 0, 0, 1};
     blit.dstOffsets[0] = area[0];
     blit.dstOffsets[1] = area[1];
-    vkCmdBlitImage(commands_, drawableTarget_->image(), VK_IMAGE_LAYOUT_TRANSFER_SRC_OPTIMAL, window,
+    vkCmdBlitImage(commands, drawable.image(), VK_IMAGE_LAYOUT_TRANSFER_SRC_OPTIMAL, window,
                    VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL, 1, &blit, scaleFilter_);
-    recordLayoutChange(commands_, window, VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL,
+    recordLayoutChange(commands, window, VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL,
                        VK_IMAGE_LAYOUT_PRESENT_SRC_KHR, VK_PIPELINE_STAGE_TRANSFER_BIT,
                        VK_ACCESS_TRANSFER_WRITE_BIT, VK_PIPELINE_STAGE_BOTTOM_OF_PIPE_BIT, 0);
 }
 
 bool SceneSwapchain::finishFrame() {
-    drawableTarget_->recordEnd(commands_);
+    drawableTargets_[slot_]->recordEnd(ring_->commands());
     recordCopyToWindow();
-    VkResult result = vkEndCommandBuffer(commands_);
     const VkPipelineStageFlags waitStage = VK_PIPELINE_STAGE_TRANSFER_BIT;
     VkSubmitInfo submit{};
     submit.sType = VK_STRUCTURE_TYPE_SUBMIT_INFO;
     submit.waitSemaphoreCount = 1;
-    submit.pWaitSemaphores = &acquiredSemaphore_;
+    submit.pWaitSemaphores = &acquiredSemaphores_[slot_];
     submit.pWaitDstStageMask = &waitStage;
-    submit.commandBufferCount = 1;
-    submit.pCommandBuffers = &commands_;
     submit.signalSemaphoreCount = 1;
     submit.pSignalSemaphores = &renderedSemaphores_[imageIndex_];
-    if (result == VK_SUCCESS) result = vkQueueSubmit(context_->queue(), 1, &submit, fence_);
+    const VkResult result = ring_->submit(context_->queue(), submit);
     if (result != VK_SUCCESS) {
         problem_ = result == VK_ERROR_DEVICE_LOST ? stoppedAnswering()
                                                   : "the GPU refused a frame: " + vkResultName(result);
@@ -345,18 +344,18 @@ bool SceneSwapchain::finishFrame() {
     present.pImageIndices = &imageIndex_;
     const VkResult presented = vkQueuePresentKHR(context_->queue(), &present);
     if (presented == VK_ERROR_OUT_OF_DATE_KHR || presented == VK_SUBOPTIMAL_KHR) stale_ = true;
-
-    // The frame is measured to the end of its rendering, so the wait is part of it.
-    result = vkWaitForFences(device_, 1, &fence_, VK_TRUE, kFrameTimeoutNanoseconds);
-    if (result == VK_TIMEOUT || result == VK_ERROR_DEVICE_LOST) {
-        problem_ = stoppedAnswering();
-        return false;
-    }
-    vkResetFences(device_, 1, &fence_);
     if (presented == VK_ERROR_DEVICE_LOST) {
         problem_ = stoppedAnswering();
         return false;
     }
+    // The frame renders on while the next is recorded; finishInFlight() waits for the last ones.
+    return true;
+}
+
+bool SceneSwapchain::finishInFlight() {
+    if (problem_) return false;
+    const VkResult result = ring_->drain(kFrameTimeoutNanoseconds);
+    if (result == VK_TIMEOUT || result == VK_ERROR_DEVICE_LOST) problem_ = stoppedAnswering();
     return result == VK_SUCCESS;
 }
 

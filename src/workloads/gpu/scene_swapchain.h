@@ -1,10 +1,11 @@
 // The scene drawn for a window. Each frame is rendered into an image of a fixed size in
 // pixels, the measured drawable, whatever the window's size or the display's scale; it is
 // then copied, scaled to fit with its aspect kept, onto a swapchain on the window's surface
-// in B8G8R8A8 UNORM with FIFO presentation (one image per display refresh). One frame is in
-// flight at a time; each waits for the device.
+// in B8G8R8A8 UNORM with FIFO presentation (one image per display refresh). Two frames are in
+// flight, each with its own drawable: the next is recorded while the device renders the last.
 #pragma once
 
+#include "workloads/gpu/frame_ring.h"
 #include "workloads/gpu/gpu_context.h"
 #include "workloads/gpu/render_pipeline.h"
 #include "workloads/gpu/scene_coordinator.h"
@@ -39,6 +40,7 @@ class SceneSwapchain final : public SceneFrameTarget {
     Size drawableSize() const override { return drawable_; }
     void drawPass(const SceneUniforms& uniforms) override;
     bool finishFrame() override;
+    bool finishInFlight() override;
 
     // Set once the device stopped answering or the swapchain cannot be made; no frame is
     // drawn after that.
@@ -58,16 +60,15 @@ class SceneSwapchain final : public SceneFrameTarget {
     VkSurfaceKHR surface_ = VK_NULL_HANDLE;
     std::unique_ptr<ColorPass> pass_;
     std::unique_ptr<RenderPipeline> pipeline_;
-    std::unique_ptr<OffscreenTarget> drawableTarget_;
+    std::vector<std::unique_ptr<OffscreenTarget>> drawableTargets_; // one per frame in flight
     Size drawable_;
     VkFilter scaleFilter_ = VK_FILTER_LINEAR;
     VkSwapchainKHR swapchain_ = VK_NULL_HANDLE;
     std::vector<VkImage> images_;
     std::vector<VkSemaphore> renderedSemaphores_; // one per image: presentation may still hold one
-    VkSemaphore acquiredSemaphore_ = VK_NULL_HANDLE;
-    VkCommandPool commandPool_ = VK_NULL_HANDLE;
-    VkCommandBuffer commands_ = VK_NULL_HANDLE;
-    VkFence fence_ = VK_NULL_HANDLE;
+    std::vector<VkSemaphore> acquiredSemaphores_; // one per frame in flight
+    std::unique_ptr<FrameRing> ring_;
+    std::uint32_t slot_ = 0; // the frame in flight being recorded
     Size extent_;
     Size requested_;
     bool stale_ = true; // the images need making (again) before the next frame

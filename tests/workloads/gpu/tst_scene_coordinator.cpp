@@ -15,8 +15,10 @@ class FakeTarget final : public SceneFrameTarget {
   public:
     Size size{1920, 1080};
     bool available = true; // a drawable can be acquired
-    bool renders = true;   // the device finishes the frame
+    bool renders = true;   // the device takes the frame
+    bool finishes = true;  // the device finishes the frames in flight
     int begun = 0;
+    int waitsForFramesInFlight = 0;
     std::vector<SceneUniforms> passes;
 
     bool beginFrame() override {
@@ -26,9 +28,14 @@ class FakeTarget final : public SceneFrameTarget {
     Size drawableSize() const override { return size; }
     void drawPass(const SceneUniforms& uniforms) override { passes.push_back(uniforms); }
     bool finishFrame() override { return renders; }
+    bool finishInFlight() override {
+        ++waitsForFramesInFlight;
+        return finishes;
+    }
 };
 
-// Each frame reads the clock twice: when it starts and when the device has finished it.
+// Each frame reads the clock twice: when it starts and when it is presented; the last frame
+// reads it once more when the frames in flight have finished.
 struct ScriptedClock {
     std::deque<double> times;
     double operator()() {
@@ -153,6 +160,25 @@ TEST(SceneCoordinator, CompletesOnceAndSkipsFramesWithoutADrawableOrARender) {
     coordinator.update({"B", 1.0, 1});
     EXPECT_FALSE(coordinator.finished());
     EXPECT_EQ(coordinator.frames(), 0);
+}
+
+TEST(SceneCoordinator, CountsTheTimeOfTheFramesStillInFlightAndGivesNoOutcomeWhenTheyAreLost) {
+    for (const bool finishes : {true, false}) {
+        SceneRun run;
+        run.clock->times = {0.0, 1.0, 2.0}; // the frames in flight take a second more
+        FakeTarget target;
+        target.finishes = finishes;
+        auto coordinator = run.coordinator(1.0, 1);
+        coordinator.draw(target);
+        EXPECT_EQ(target.waitsForFramesInFlight, 1);
+        if (!finishes) {
+            EXPECT_TRUE(run.outcomes.empty());
+            continue;
+        }
+        ASSERT_EQ(run.outcomes.size(), 1u);
+        EXPECT_EQ(run.outcomes[0].primary.value, "0.5");
+        EXPECT_DOUBLE_EQ(run.outcomes[0].duration, 2.0);
+    }
 }
 
 TEST(SceneCoordinator, ScoresTheWorkedExample) {
