@@ -45,17 +45,26 @@ analyse() { # analyse TOOL FILE-PATTERN
   python3 - "$WORK/$1.trace" "$(cat "$WORK/$1.rate")" "$1" "$2" <<'PY'
 import re, sys, collections
 trace, reported, tool, pattern = sys.argv[1], float(sys.argv[2]), sys.argv[3], sys.argv[4]
-line_re = re.compile(r'^\d+\s+([\d.]+) (\w+)\((.*)\)\s+= (-?\d+).*<([\d.]+)>$')
-fds, sizes, first, end, syncs, in_calls = set(), collections.Counter(), None, None, 0, 0.0
+done_re = re.compile(r'^(\d+)\s+([\d.]+) (\w+)\((.*)\)\s+= (-?\d+).*<([\d.]+)>$')
+unfinished_re = re.compile(r'^(\d+)\s+([\d.]+) (\w+)\((.*) <unfinished \.\.\.>$')
+resumed_re = re.compile(r'^(\d+)\s+[\d.]+ <\.\.\. (\w+) resumed>.*\)\s+= (-?\d+).*<([\d.]+)>$')
+calls, pending = [], {}
 for line in open(trace):
-    m = line_re.match(line.strip())
-    if not m:
-        continue
-    start, call, args, result, took = float(m[1]), m[2], m[3], int(m[4]), float(m[5])
+    line = line.strip()
+    if m := done_re.match(line):
+        calls.append((m[1], float(m[2]), m[3], m[4], int(m[5]), float(m[6])))
+    elif m := unfinished_re.match(line):
+        pending[m[1]] = (float(m[2]), m[3], m[4])
+    elif (m := resumed_re.match(line)) and m[1] in pending:
+        start, call, args = pending.pop(m[1])
+        calls.append((m[1], start, call, args, int(m[3]), float(m[4])))
+calls.sort(key=lambda c: c[1])
+fds, sizes, first, end, syncs, in_calls = set(), collections.Counter(), None, None, 0, 0.0
+for pid, start, call, args, result, took in calls:
     if call == "openat" and re.search(pattern, args) and result >= 0:
-        fds.add(str(result))
+        fds.add((pid, str(result)))
         continue
-    fd = args.split(",")[0]
+    fd = (pid, args.split(",")[0].strip())
     if fd not in fds:
         continue
     if call in ("write", "pwrite64") and result > 0:

@@ -8,6 +8,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <vector>
+
 namespace quarbel {
 namespace {
 
@@ -127,25 +129,26 @@ std::variant<ReportTarget, std::string> resolveReportTarget(const std::string& a
     return ReportTarget{false, path, static_cast<mode_t>(0666 & ~mask)};
 }
 
-ReportWrite writeReportFile(const ReportTarget& target, const std::string& text) {
-    const std::string directory = directoryOf(target.path);
+namespace {
+
+// `text` in a new temporary file in `directory` with `mode` (and the owner of `owner`, where
+// given and allowed), synced and closed. Its path, or empty with the reason in `problem`.
+std::string writeTemporary(const std::string& directory, const std::string& target, mode_t mode,
+                           const struct stat* owner, const std::string& text, std::string& problem) {
     std::string temporary = temporaryPattern(directory);
     const int fd = ::mkostemp(temporary.data(), O_CLOEXEC);
-    if (fd < 0) return {"cannot create a temporary file in " + directory + ": " + errorText(errno), {}};
-
+    if (fd < 0) {
+        problem = "cannot create a temporary file in " + directory + ": " + errorText(errno);
+        return {};
+    }
     const auto fail = [&](int errorNumber) {
         ::close(fd);
         ::unlink(temporary.c_str());
-        return ReportWrite{"cannot write " + target.path + ": " + errorText(errorNumber), {}};
+        problem = "cannot write " + target + ": " + errorText(errorNumber);
+        return std::string();
     };
-    // An existing report keeps its permission bits and, where allowed, its owner.
-    mode_t mode = target.newFileMode;
-    struct stat existing {};
-    if (::stat(target.path.c_str(), &existing) == 0 && S_ISREG(existing.st_mode)) {
-        mode = existing.st_mode & 07777;
-        if (existing.st_uid != ::geteuid() || existing.st_gid != ::getegid()) {
-            [[maybe_unused]] const int ignored = ::fchown(fd, existing.st_uid, existing.st_gid);
-        }
+    if (owner != nullptr && (owner->st_uid != ::geteuid() || owner->st_gid != ::getegid())) {
+        [[maybe_unused]] const int ignored = ::fchown(fd, owner->st_uid, owner->st_gid);
     }
     if (::fchmod(fd, mode) != 0) return fail(errno);
     std::size_t written = 0;
@@ -159,16 +162,80 @@ ReportWrite writeReportFile(const ReportTarget& target, const std::string& text)
     if (::close(fd) != 0) {
         const int error = errno;
         ::unlink(temporary.c_str());
-        return {"cannot write " + target.path + ": " + errorText(error), {}};
+        problem = "cannot write " + target + ": " + errorText(error);
+        return {};
     }
-    if (::rename(temporary.c_str(), target.path.c_str()) != 0)
-        return {"cannot replace " + target.path + ": " + errorText(errno), temporary};
-    // The rename itself reaches the disk with the directory.
+    return temporary;
+}
+
+// A new or renamed entry reaches the disk with its directory.
+void syncDirectory(const std::string& directory) {
     if (const int dir = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); dir >= 0) {
         ::fsync(dir);
         ::close(dir);
     }
+}
+
+// Gives the complete file `temporary` the name `path` unless something has it already:
+// a hard link fails rather than replace, whoever made the other file and whenever. On a
+// file system without hard links the name is claimed by creating it exclusively, then the
+// file is renamed over that claim. EEXIST when the name is taken.
+int claimName(const std::string& temporary, const std::string& path) {
+    if (::link(temporary.c_str(), path.c_str()) == 0) {
+        ::unlink(temporary.c_str());
+        return 0;
+    }
+    if (errno != EPERM && errno != ENOTSUP && errno != EOPNOTSUPP && errno != EMLINK) return errno;
+    const int claim = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (claim < 0) return errno;
+    ::close(claim);
+    if (::rename(temporary.c_str(), path.c_str()) != 0) {
+        const int error = errno;
+        ::unlink(path.c_str());
+        return error;
+    }
+    return 0;
+}
+
+} // namespace
+
+ReportWrite writeReportFile(const ReportTarget& target, const std::string& text) {
+    const std::string directory = directoryOf(target.path);
+    // An existing report keeps its permission bits and, where allowed, its owner.
+    mode_t mode = target.newFileMode;
+    struct stat existing {};
+    const bool replacing = ::stat(target.path.c_str(), &existing) == 0 && S_ISREG(existing.st_mode);
+    if (replacing) mode = existing.st_mode & 07777;
+    std::string problem;
+    const std::string temporary =
+        writeTemporary(directory, target.path, mode, replacing ? &existing : nullptr, text, problem);
+    if (temporary.empty()) return {problem, {}};
+    if (::rename(temporary.c_str(), target.path.c_str()) != 0)
+        return {"cannot replace " + target.path + ": " + errorText(errno), temporary};
+    syncDirectory(directory);
     return {};
+}
+
+NewReportFile writeNewReportFile(const std::string& directory, const std::vector<std::string>& names,
+                                 mode_t mode, const std::string& text) {
+    if (names.empty()) return {{}, "no name to write the report under"};
+    std::string problem;
+    const std::string temporary =
+        writeTemporary(directory, joined(directory, names.front()), mode, nullptr, text, problem);
+    if (temporary.empty()) return {{}, problem};
+    for (const std::string& name : names) {
+        const std::string path = joined(directory, name);
+        const int error = claimName(temporary, path);
+        if (error == EEXIST) continue;
+        if (error != 0) {
+            ::unlink(temporary.c_str());
+            return {{}, "cannot write " + path + ": " + errorText(error)};
+        }
+        syncDirectory(directory);
+        return {path, {}};
+    }
+    ::unlink(temporary.c_str());
+    return {{}, "every name for the report in " + directory + " is taken"};
 }
 
 } // namespace quarbel

@@ -6,6 +6,7 @@
 
 #include <string>
 #include <variant>
+#include <vector>
 
 namespace quarbel {
 
@@ -32,5 +33,16 @@ struct ReportWrite {
 // Replaces `target.path` atomically: a temporary file beside it, written, synced and
 // renamed over it. An existing file keeps its permission bits. Not for standardOutput.
 ReportWrite writeReportFile(const ReportTarget& target, const std::string& text);
+
+struct NewReportFile {
+    std::string path;    // where the report now is
+    std::string problem; // why it is nowhere, else empty (no temporary file stays behind)
+};
+
+// Writes `text`, synced, under the first of `names` that is free in `directory`, never
+// replacing a file: concurrent writers each get a name of their own. The file appears
+// complete or not at all, with permission bits `mode`.
+NewReportFile writeNewReportFile(const std::string& directory, const std::vector<std::string>& names,
+                                 mode_t mode, const std::string& text);
 
 } // namespace quarbel

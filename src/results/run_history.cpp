@@ -24,6 +24,9 @@ namespace {
 using json = nlohmann::json;
 namespace fs = std::filesystem;
 
+// Runs that may start in one second, each with a name of its own.
+constexpr int kMostRunsPerSecond = 1000;
+
 // "2026-11-23T14:15:02Z" -> "2026-11-23-141502Z": sorts like the time and is a plain file name.
 std::string stampFromIso(const std::string& iso) {
     std::string stamp;
@@ -74,12 +77,11 @@ HistorySave saveToHistory(const std::string& directory, const std::string& start
     if (const std::string problem = makeDirectories(directory); !problem.empty())
         return {{}, "cannot create " + directory + ": " + problem};
     const std::string stamp = stampFromIso(startedAtIso);
-    std::string path = directory + "/" + stamp + ".json";
-    for (int n = 2; fs::exists(path) && n < 1000; ++n)
-        path = directory + "/" + stamp + "-" + std::to_string(n) + ".json";
-    const ReportWrite write = writeReportFile({false, path, 0644}, reportText);
-    if (!write.problem.empty()) return {{}, write.problem};
-    return {path, {}};
+    std::vector<std::string> names{stamp + ".json"};
+    for (int n = 2; n < kMostRunsPerSecond; ++n)
+        names.push_back(stamp + "-" + std::to_string(n) + ".json");
+    NewReportFile written = writeNewReportFile(directory, names, 0644, reportText);
+    return {std::move(written.path), std::move(written.problem)};
 }
 
 std::optional<SavedRun> readSavedRun(const std::string& path, std::string* problem) {

@@ -10,7 +10,11 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
 #include <sys/stat.h>
+#include <thread>
 
 using namespace quarbel;
 using quarbel::test::reportText;
@@ -101,6 +105,42 @@ TEST(RunHistory, SavesAtomicallyListsNewestFirstAndSkipsWhatIsNotAReport) {
     EXPECT_EQ(summary(listHistory(dir)), summary(changed));
     tree.write("blocker", "a file where the directory should be");
     EXPECT_FALSE(saveToHistory(tree.path("blocker/runs"), "2026-11-23T10:00:00Z", "{}").problem.empty());
+}
+
+TEST(RunHistory, RunsSavedInTheSameSecondAtOnceEachKeepTheirOwnReport) {
+    FakeTree tree;
+    const std::string dir = tree.path("runs");
+    constexpr int kWriters = 8;
+    constexpr int kEach = 6;
+    std::vector<std::vector<HistorySave>> saved(kWriters);
+    std::vector<std::thread> writers;
+    for (int w = 0; w < kWriters; ++w) {
+        writers.emplace_back([&, w] {
+            for (int i = 0; i < kEach; ++i)
+                saved[w].push_back(saveToHistory(
+                    dir, "2026-11-23T10:00:00Z",
+                    reportText("2026-11-23T10:00:00Z", std::to_string(w * kEach + i), false, {})));
+        });
+    }
+    for (std::thread& writer : writers)
+        writer.join();
+    std::set<std::string> paths;
+    for (int w = 0; w < kWriters; ++w) {
+        for (int i = 0; i < kEach; ++i) {
+            const HistorySave& save = saved[w][i];
+            ASSERT_TRUE(save.problem.empty()) << save.problem;
+            EXPECT_TRUE(paths.insert(save.path).second) << save.path << " was given twice";
+            std::ifstream file(save.path);
+            std::stringstream text;
+            text << file.rdbuf();
+            EXPECT_EQ(text.str(),
+                      reportText("2026-11-23T10:00:00Z", std::to_string(w * kEach + i), false, {}))
+                << save.path << " holds another run's report";
+        }
+    }
+    EXPECT_EQ(listHistory(dir).runs.size(), std::size_t{kWriters * kEach});
+    for (const auto& entry : std::filesystem::directory_iterator(dir))
+        EXPECT_FALSE(entry.path().filename().string().starts_with(".")) << "a temporary file stayed behind";
 }
 
 TEST(RunHistory, ComparesByTitleAndWarnsWhenRunsAreNotLikeForLike) {

@@ -123,6 +123,8 @@ class FakeWorkloads {
         };
         services.readCondition = [] { return MachineCondition{}; };
         services.readThrottle = [] { return ThrottleSample{}; };
+        // Whatever else the test machine runs must not mark a fake run noisy.
+        services.readCpuTicks = [] { return std::optional<CpuTickSample>{}; };
         services.runLockDirectory = privateRunLockDirectory();
         return services;
     }
