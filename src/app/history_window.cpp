@@ -2,6 +2,7 @@
 
 #include "model/outcome.h"
 #include "results/json_report.h"
+#include "results/regular_file.h"
 #include "results/report_file.h"
 #include "results/run_comparison.h"
 #include "ui/cards/result_card_exporter.h"
@@ -324,11 +325,10 @@ void HistoryView::selectRun(int row) {
     if (exists) {
         const SavedRun& run = history_.runs[std::size_t(row)];
         runHeading_->setText(benchmarksText(run) + QStringLiteral("  \u00B7  ") + startedText(run));
-        std::ifstream file(run.path, std::ios::binary);
-        std::stringstream text;
-        text << file.rdbuf();
-        selectedText_ = text.str();
-        auto parsed = parseJsonReport(selectedText_);
+        FileText file = readRegularFile(run.path, kLargestReportBytes);
+        selectedText_ = std::move(file.text);
+        auto parsed = file.problem.empty() ? parseJsonReport(selectedText_)
+                                           : std::variant<RunReport, std::string>(file.problem);
         if (auto* read = std::get_if<RunReport>(&parsed))
             report = std::move(*read);
         else

@@ -72,7 +72,7 @@ std::variant<LaunchOptions, LaunchExit> parseLaunchArguments(const std::vector<s
     auto ids = session::benchmarksToRun(all ? std::vector<std::string>{} : names, all);
     if (const auto* error = std::get_if<session::ArgumentError>(&ids)) return badArgument(error->message);
     if (app.count("--json") > 0) {
-        auto target = resolveReportTarget(jsonPath);
+        auto target = resolveReportTarget("--json", jsonPath);
         if (const auto* problem = std::get_if<std::string>(&target)) return badArgument(*problem);
         run.report = std::get<ReportTarget>(std::move(target));
     }

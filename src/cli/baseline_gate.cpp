@@ -53,8 +53,8 @@ std::vector<BenchmarkID> idsOfTitles(const std::vector<std::string>& titles) {
 std::variant<ReportTarget, std::string> junitTarget(bool failOnSlowerGiven, const std::string& path) {
     if (!failOnSlowerGiven) return std::string("--junit needs --fail-on-slower: the file holds its verdicts");
     if (path == "-") return std::string("--junit takes a file, not standard output");
-    auto target = resolveReportTarget(path);
-    if (const auto* problem = std::get_if<std::string>(&target)) return "--junit: " + *problem;
+    auto target = resolveReportTarget("--junit", path);
+    if (const auto* problem = std::get_if<std::string>(&target)) return *problem;
     return std::get<ReportTarget>(std::move(target));
 }
 

@@ -28,7 +28,7 @@ int exportCommand(const std::vector<std::string>& runs, const std::string& forma
         return badInput("--format openmetrics exports one run: its series would repeat for several");
     std::optional<ReportTarget> target;
     if (outPath) {
-        auto resolved = resolveReportTarget(*outPath);
+        auto resolved = resolveReportTarget("--out", *outPath);
         if (const auto* problem = std::get_if<std::string>(&resolved)) return badInput(*problem);
         target = std::get<ReportTarget>(std::move(resolved));
     }
@@ -39,7 +39,11 @@ int exportCommand(const std::vector<std::string>& runs, const std::string& forma
     for (const std::string& name : runs) {
         std::string path = name;
         if (!name.empty() && name.find_first_not_of("0123456789") == std::string::npos) {
-            if (!history) history = listHistory(historyDirectory(), HistoryDetail::order);
+            if (!history) {
+                history = listHistory(historyDirectory(), HistoryDetail::order);
+                for (const auto& warning : history->warnings)
+                    std::fprintf(stderr, "quarbel: %s\n", warning.c_str());
+            }
             auto saved = resolveSavedRun(name, *history);
             if (const auto* problem = std::get_if<std::string>(&saved)) return badInput(*problem);
             path = std::get<SavedRun>(saved).path;

@@ -1,6 +1,7 @@
 #include "cli/import_command.h"
 
 #include "results/json_report.h"
+#include "results/regular_file.h"
 #include "results/run_history.h"
 #include "session/run_session.h"
 
@@ -38,22 +39,26 @@ int importCommand(const std::vector<std::string>& files) {
     };
     std::vector<Incoming> incoming;
     for (const std::string& path : files) {
-        // The strict reader decides what is a report; the listing's reader gives the key.
-        if (auto report = readJsonReportFile(path); std::holds_alternative<std::string>(report)) {
+        // Each file is read once; the strict reader decides what is a report, the listing's
+        // reader gives the key.
+        FileText file = readRegularFile(path, kLargestReportBytes);
+        if (!file.problem.empty()) {
+            std::fprintf(stderr, "quarbel: %s %s; nothing was imported\n", path.c_str(),
+                         file.problem.c_str());
+            return session::kExitBadInput;
+        }
+        if (auto report = parseJsonReportFrom(path, file.text); std::holds_alternative<std::string>(report)) {
             std::fprintf(stderr, "quarbel: %s; nothing was imported\n",
                          std::get<std::string>(report).c_str());
             return session::kExitBadInput;
         }
         std::string problem;
-        auto run = readSavedRun(path, &problem);
+        auto run = savedRunFromText(file.text, path, &problem);
         if (!run) {
             std::fprintf(stderr, "quarbel: %s %s; nothing was imported\n", path.c_str(), problem.c_str());
             return session::kExitBadInput;
         }
-        std::ifstream in(path, std::ios::binary);
-        std::ostringstream text;
-        text << in.rdbuf();
-        incoming.push_back({path, text.str(), std::move(*run)});
+        incoming.push_back({path, std::move(file.text), std::move(*run)});
     }
 
     std::set<std::string> known;

@@ -29,6 +29,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <exception>
 #include <tuple>
 #include <unistd.h>
 
@@ -132,7 +133,10 @@ int runBenchmarks(int argc, char** argv, session::RunOptions options) {
     QCoreApplication& app = *application;
     BenchmarkStore store;
     // With the report on standard output, everything meant for people goes to standard error.
-    std::FILE* out = options.report && options.report->standardOutput ? stderr : stdout;
+    std::FILE* out = (options.report && options.report->standardOutput) ||
+                             (options.metrics && options.metrics->standardOutput)
+                         ? stderr
+                         : stdout;
     session::RunSession run(store, std::move(options), out, isatty(fileno(out)) != 0, systemRowPairs);
     session::StopSignals stopSignals;
     QObject::connect(&stopSignals, &session::StopSignals::stopRequested, [&](int count, int) {
@@ -165,7 +169,7 @@ int runBenchmarks(int argc, char** argv, session::RunOptions options) {
 
 } // namespace
 
-int main(int argc, char** argv) {
+static int runCommandLine(int argc, char** argv) {
     session::ignoreWriteFaultSignals();
     // The GPU row names the Vulkan device the GPU workloads would choose.
     SystemSnapshot::setGpuNameProvider([] { return gpu::defaultDeviceName().value_or(std::string{}); });
@@ -325,7 +329,7 @@ int main(int argc, char** argv) {
     std::string metricsPath;
     run->add_option("--metrics", metricsPath,
                     "Also write the results in the Prometheus text format to FILE, replaced atomically "
-                    "(for node_exporter's textfile collector)")
+                    "(for node_exporter's textfile collector), or - for standard output")
         ->type_name("FILE");
 
     try {
@@ -443,12 +447,17 @@ int main(int argc, char** argv) {
     for (auto [option, path, target] : {std::tuple{"--json", &jsonPath, &options.report},
                                         std::tuple{"--metrics", &metricsPath, &options.metrics}}) {
         if (run->count(option) == 0) continue;
-        auto resolved = resolveReportTarget(*path);
+        auto resolved = resolveReportTarget(option, *path);
         if (const auto* problem = std::get_if<std::string>(&resolved)) {
-            std::fprintf(stderr, "quarbel: %s: %s\n", option, problem->c_str());
+            std::fprintf(stderr, "quarbel: %s\n", problem->c_str());
             return session::kExitBadInput;
         }
         *target = std::get<ReportTarget>(std::move(resolved));
+    }
+    if (options.report && options.report->standardOutput && options.metrics &&
+        options.metrics->standardOutput) {
+        std::fprintf(stderr, "quarbel: --json - and --metrics - cannot both write to standard output\n");
+        return session::kExitBadInput;
     }
     if (run->count("--cards") > 0) {
         auto directory = session::prepareCardsDirectory("--cards", cardsArgument);
@@ -486,4 +495,18 @@ int main(int argc, char** argv) {
             return runBenchmarks(argc, argv, std::move(once));
         });
     return runBenchmarks(argc, argv, std::move(options));
+}
+
+int main(int argc, char** argv) {
+    // Whatever a damaged file or a full disk throws ends with one line and the failure status,
+    // never with an abort.
+    try {
+        return runCommandLine(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "quarbel: stopped by an unexpected error: %s\n", error.what());
+    } catch (...) {
+        std::fprintf(stderr, "quarbel: stopped by an unexpected error\n");
+    }
+    std::fflush(stdout);
+    return session::kExitFailed;
 }

@@ -1,16 +1,20 @@
 #include "results/history_index.h"
 
+#include "results/regular_file.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <fcntl.h>
-#include <fstream>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace quarbel {
 namespace {
 
 constexpr std::string_view kHeader = "quarbel-history-index 1";
+// Far beyond the index of any real history (about 300 bytes a run).
+constexpr std::uintmax_t kLargestIndexBytes = 2'000'000'000;
 constexpr char kField = '\t';
 constexpr char kResult = '\x1e';      // between results
 constexpr char kResultField = '\x1f'; // between a result's own fields
@@ -126,15 +130,21 @@ std::string historyIndexPath(const std::string& directory) {
     return path + ".index";
 }
 
-std::unordered_map<std::string, IndexedFile> readHistoryIndex(const std::string& path, bool withResults) {
+std::unordered_map<std::string, IndexedFile> readHistoryIndex(const std::string& path, bool withResults,
+                                                              std::string* unusable) {
     std::unordered_map<std::string, IndexedFile> files;
-    std::string text;
-    if (std::ifstream in{path, std::ios::binary}; in && in.seekg(0, std::ios::end)) {
-        text.resize(static_cast<std::size_t>(std::max<std::streamoff>(in.tellg(), 0)));
-        in.seekg(0).read(text.data(), static_cast<std::streamsize>(text.size()));
-        text.resize(static_cast<std::size_t>(in.gcount()));
+    struct stat info {};
+    if (::lstat(path.c_str(), &info) != 0) return {}; // none yet
+    if (!S_ISREG(info.st_mode)) {
+        if (unusable != nullptr) *unusable = std::string("is ") + fileKindText(info.st_mode) + ", not a file";
+        return {};
     }
-    std::string_view rest = text;
+    const FileText index = readRegularFile(path, kLargestIndexBytes);
+    if (!index.problem.empty()) {
+        if (unusable != nullptr) *unusable = index.problem;
+        return {};
+    }
+    std::string_view rest = index.text;
     const std::size_t headerEnd = rest.find('\n');
     if (headerEnd == std::string_view::npos || rest.substr(0, headerEnd) != kHeader) return {};
     rest.remove_prefix(headerEnd + 1);

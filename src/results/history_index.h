@@ -25,9 +25,11 @@ struct IndexedFile {
 std::string historyIndexPath(const std::string& directory);
 
 // Its entries by file name; empty when it is missing or not an index of this version. With
-// `withResults` false the runs come without their results.
-std::unordered_map<std::string, IndexedFile> readHistoryIndex(const std::string& path,
-                                                              bool withResults = true);
+// `withResults` false the runs come without their results. Only a regular file is read:
+// anything else at `path` (a directory, a named pipe) is left unopened, and `unusable`, where
+// given, says what it is.
+std::unordered_map<std::string, IndexedFile>
+readHistoryIndex(const std::string& path, bool withResults = true, std::string* unusable = nullptr);
 
 // Replaces it atomically; false when it could not be written (the listing works without it).
 bool writeHistoryIndex(const std::string& path, const std::vector<IndexedFile>& files);

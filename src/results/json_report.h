@@ -20,10 +20,14 @@ std::variant<RunReport, std::string> parseJsonReport(const std::string& text);
 
 // The largest report file read back: a real report is well under a megabyte, so anything
 // larger is refused before it is loaded into memory.
-inline constexpr std::uintmax_t kLargestReportBytes = 50u * 1024 * 1024;
+inline constexpr std::uintmax_t kLargestReportBytes = 50'000'000;
 
-// The report in the file at `path`. Returns the one-line problem ("REPORT is a directory, not
-// a JSON report", "cannot read REPORT: ...", "REPORT is not a Quarbel JSON report: ...").
+// The report in the file at `path`, opened once and read only when it is a regular file of at
+// most kLargestReportBytes. Returns the one-line problem ("REPORT is a named pipe, not a JSON
+// report", "cannot read REPORT: ...", "REPORT is not a Quarbel JSON report: ...").
 std::variant<RunReport, std::string> readJsonReportFile(const std::string& path);
+
+// The same from a file's text already read; `path` names it in the problem.
+std::variant<RunReport, std::string> parseJsonReportFrom(const std::string& path, const std::string& text);
 
 } // namespace quarbel

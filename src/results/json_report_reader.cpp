@@ -1,4 +1,5 @@
 #include "results/json_report.h"
+#include "results/regular_file.h"
 
 #include "results/gpu_execution_json.h"
 #include "results/manifest_json.h"
@@ -216,16 +217,19 @@ std::variant<RunReport, std::string> parseJsonReport(const std::string& textToPa
 }
 
 std::variant<RunReport, std::string> readJsonReportFile(const std::string& path) {
-    std::error_code error;
-    if (std::filesystem::is_directory(path, error)) return path + " is a directory, not a JSON report";
-    std::ifstream in(path, std::ios::binary);
-    if (!in) return "cannot read " + path + ": " + std::strerror(errno);
-    if (const auto size = std::filesystem::file_size(path, error); !error && size > kLargestReportBytes)
-        return path + " is not a Quarbel JSON report: it is larger than 50 MB";
-    std::ostringstream text;
-    text << in.rdbuf();
-    if (in.bad()) return "cannot read " + path;
-    auto parsed = parseJsonReport(text.str());
+    const FileText file = readRegularFile(path, kLargestReportBytes);
+    switch (file.kind) {
+    case FileText::Problem::none: break;
+    case FileText::Problem::unreadable: return "cannot read " + path + ": " + file.reason;
+    case FileText::Problem::notAFile: return path + " is " + file.reason + ", not a JSON report";
+    case FileText::Problem::tooLarge:
+        return path + " is not a Quarbel JSON report: it is larger than " + file.reason;
+    }
+    return parseJsonReportFrom(path, file.text);
+}
+
+std::variant<RunReport, std::string> parseJsonReportFrom(const std::string& path, const std::string& text) {
+    auto parsed = parseJsonReport(text);
     if (const auto* problem = std::get_if<std::string>(&parsed))
         return path + " is not a Quarbel JSON report: " + *problem;
     return parsed;

@@ -1,5 +1,7 @@
 #include "results/report_file.h"
 
+#include "results/regular_file.h"
+
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
@@ -34,15 +36,6 @@ std::string joined(const std::string& directory, const std::string& name) {
 
 // A short fixed-length name, so that the temporary file fits wherever the report does.
 std::string temporaryPattern(const std::string& directory) { return joined(directory, ".quarbel-XXXXXX"); }
-
-const char* kindText(mode_t mode) {
-    if (S_ISDIR(mode)) return "a directory";
-    if (S_ISCHR(mode)) return "a character device";
-    if (S_ISBLK(mode)) return "a block device";
-    if (S_ISFIFO(mode)) return "a named pipe";
-    if (S_ISSOCK(mode)) return "a socket";
-    return "not a plain file";
-}
 
 // The working directory, or empty with errno set (it may have been removed).
 std::string workingDirectory() {
@@ -82,10 +75,11 @@ std::variant<std::string, int> followDanglingLinks(std::string path) {
 
 } // namespace
 
-std::variant<ReportTarget, std::string> resolveReportTarget(const std::string& argument) {
-    if (argument.empty()) return std::string("--json needs a file name, or - for standard output");
+std::variant<ReportTarget, std::string> resolveReportTarget(const std::string& option,
+                                                            const std::string& argument) {
+    if (argument.empty()) return option + " needs a file name, or - for standard output";
     if (argument == "-") return ReportTarget{true, {}, 0};
-    const std::string prefix = "--json " + argument + ": ";
+    const std::string prefix = option + " " + argument + ": ";
 
     std::string path = argument;
     if (!path.starts_with('/')) {
@@ -97,7 +91,7 @@ std::variant<ReportTarget, std::string> resolveReportTarget(const std::string& a
     struct stat status {};
     if (::stat(path.c_str(), &status) == 0) {
         if (!S_ISREG(status.st_mode))
-            return "--json " + argument + " is " + kindText(status.st_mode) + ", not a regular file";
+            return option + " " + argument + " is " + fileKindText(status.st_mode) + ", not a regular file";
         path = realPath(path);
         if (path.empty()) return prefix + errorText(errno);
     } else if (errno == ENOENT) {

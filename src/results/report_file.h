@@ -16,14 +16,16 @@ struct ReportTarget {
     mode_t newFileMode = 0644;   // permission bits for a file that does not exist yet
 };
 
-// Resolves the `--json` argument: "-" is standard output; anything else must name a
+// Resolves the argument of `option` (--json, --out, --metrics, ...), which names the option
+// in every problem: "-" is standard output; anything else must name a
 // regular file, new or existing, possibly through symbolic links (the file they end at
 // is the one replaced, the links stay). Devices, pipes, sockets and directories are
 // refused. A relative path is made absolute against today's working directory. The
 // temporary file of the final write is created and removed once here, so a directory
 // that refuses it fails now. Returns the one-line error otherwise.
 // Reads the umask: call before any other thread runs.
-std::variant<ReportTarget, std::string> resolveReportTarget(const std::string& argument);
+std::variant<ReportTarget, std::string> resolveReportTarget(const std::string& option,
+                                                            const std::string& argument);
 
 struct ReportWrite {
     std::string problem; // empty when the report is in place

@@ -3,6 +3,8 @@
 #include "results/manifest_json.h"
 
 #include "results/history_index.h"
+#include "results/json_report.h"
+#include "results/regular_file.h"
 #include "results/report_file.h"
 
 #include <nlohmann/json.hpp>
@@ -85,14 +87,12 @@ HistorySave saveToHistory(const std::string& directory, const std::string& start
 }
 
 std::optional<SavedRun> readSavedRun(const std::string& path, std::string* problem) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file) {
-        if (problem != nullptr) *problem = std::string("cannot be read: ") + std::strerror(errno);
+    FileText file = readRegularFile(path, kLargestReportBytes);
+    if (!file.problem.empty()) {
+        if (problem != nullptr) *problem = std::move(file.problem);
         return std::nullopt;
     }
-    std::stringstream text;
-    text << file.rdbuf();
-    return savedRunFromText(text.str(), path, problem);
+    return savedRunFromText(file.text, path, problem);
 }
 
 std::optional<SavedRun> savedRunFromText(const std::string& text, const std::string& path,
@@ -106,6 +106,8 @@ std::optional<SavedRun> savedRunFromText(const std::string& text, const std::str
         document = json::parse(text);
     } catch (const json::parse_error& error) {
         return fail(std::string("is not valid JSON (") + error.what() + ")");
+    } catch (const json::exception& error) { // valid grammar, but a number no double holds
+        return fail(std::string("does not read as a report (") + error.what() + ")");
     }
     if (!document.is_object() || !document.contains("results") || !document["results"].is_array() ||
         !document.contains("schema"))
@@ -157,7 +159,8 @@ HistoryListing listHistory(const std::string& directory, HistoryDetail detail) {
     // Each report is read once: later listings take what it said from the index, as long as
     // the file keeps its size and modification time.
     const std::string indexPath = historyIndexPath(directory);
-    auto index = readHistoryIndex(indexPath, detail == HistoryDetail::results);
+    std::string unusableIndex;
+    auto index = readHistoryIndex(indexPath, detail == HistoryDetail::results, &unusableIndex);
     const std::size_t indexed = index.size();
     std::vector<IndexedFile> files;
     files.reserve(indexed);
@@ -185,9 +188,13 @@ HistoryListing listHistory(const std::string& directory, HistoryDetail detail) {
         files.push_back(std::move(file));
         changed = true;
     }
-    if (changed || files.size() != indexed) {
+    if (changed || files.size() != indexed || !unusableIndex.empty()) {
         if (detail == HistoryDetail::order) return listHistory(directory, HistoryDetail::results);
-        writeHistoryIndex(indexPath, files);
+        const bool rebuilt = writeHistoryIndex(indexPath, files);
+        if (!unusableIndex.empty())
+            listing.warnings.push_back(indexPath + " " + unusableIndex +
+                                       ": the runs were read from their reports" +
+                                       (rebuilt ? " and the index made again" : ""));
     }
     // Newest first; runs started in the same second come in the order of their "-2", "-3"
     // suffixes, which saveToHistory gives in the order they ended, and then by name.

@@ -211,6 +211,7 @@ void BenchmarkStore::run(const std::vector<BenchmarkID>& ids, bool followsActive
             }
             if (const auto warning = concurrentRunWarning(runLock_->otherRuns()); !warning.empty())
                 appendLog(qs(warning));
+            if (const auto warning = unmarkedRunWarning(*runLock_); !warning.empty()) appendLog(qs(warning));
             beginNextBenchmark();
         },
         Qt::QueuedConnection);

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <charconv>
 #include <cstdlib>
+#include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
@@ -29,16 +30,24 @@ pid_t pidOfLockName(std::string_view name) {
 }
 
 // The directory, made when missing, opened only when it is a real directory of this user:
-// another user's directory could hide runs or collect our files.
-int openPrivateDirectory(const std::string& directory) {
-    if (directory.empty()) return -1;
-    if (::mkdir(directory.c_str(), 0700) != 0 && errno != EEXIST) return -1;
+// another user's directory could hide runs or collect our files. -1 with the reason in
+// `problem` otherwise.
+int openPrivateDirectory(const std::string& directory, std::string& problem) {
+    const auto fail = [&](const std::string& why) {
+        problem = "cannot use " + directory + ": " + why;
+        return -1;
+    };
+    if (directory.empty()) return fail("no folder");
+    if (::mkdir(directory.c_str(), 0700) != 0 && errno != EEXIST) return fail(std::strerror(errno));
     const int fd = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (fd < 0) return -1;
+    if (fd < 0) {
+        if (errno == ENOTDIR || errno == ELOOP) return fail("it is not a folder");
+        return fail(std::strerror(errno));
+    }
     struct stat info {};
     if (::fstat(fd, &info) != 0 || info.st_uid != ::geteuid()) {
         ::close(fd);
-        return -1;
+        return fail("it belongs to another user");
     }
     return fd;
 }
@@ -55,13 +64,13 @@ bool namesOpenFile(const std::string& path, int fd) {
 } // namespace
 
 std::string RunLock::defaultDirectory() {
-    const char* runtime = std::getenv("XDG_RUNTIME_DIR");
-    if (runtime != nullptr && runtime[0] == '/') return std::string(runtime) + "/quarbel";
+    const char* chosen = std::getenv("QUARBEL_RUN_LOCK_DIR");
+    if (chosen != nullptr && chosen[0] == '/') return chosen;
     return "/tmp/quarbel-" + std::to_string(::geteuid());
 }
 
 RunLock::RunLock(const std::string& directory) {
-    const int directoryFd = openPrivateDirectory(directory);
+    const int directoryFd = openPrivateDirectory(directory, problem_);
     if (directoryFd < 0) return;
     const pid_t self = ::getpid();
 
@@ -70,10 +79,12 @@ RunLock::RunLock(const std::string& directory) {
     const std::string name = lockName(self);
     const std::string fresh = name + ".new";
     fd_ = ::openat(directoryFd, fresh.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0600);
+    if (fd_ < 0) problem_ = "cannot mark the run in " + directory + ": " + std::strerror(errno);
     if (fd_ >= 0) {
         const std::string pid = std::to_string(self) + "\n";
         if (::flock(fd_, LOCK_EX | LOCK_NB) != 0 || ::write(fd_, pid.data(), pid.size()) < 0 ||
             ::renameat(directoryFd, fresh.c_str(), directoryFd, name.c_str()) != 0) {
+            problem_ = "cannot mark the run in " + directory + ": " + std::strerror(errno);
             ::unlinkat(directoryFd, fresh.c_str(), 0);
             ::close(fd_);
             fd_ = -1;
@@ -118,6 +129,11 @@ std::string concurrentRunWarning(const std::vector<pid_t>& otherRuns) {
         pids += (pids.empty() ? "" : ", ") + std::to_string(pid);
     return "Other Quarbel runs are in progress (pids " + pids +
            "): all their results and this run's will be skewed.";
+}
+
+std::string unmarkedRunWarning(const RunLock& lock) {
+    if (lock.held()) return {};
+    return "Another Quarbel run at the same time would not be noticed: " + lock.problem() + ".";
 }
 
 } // namespace quarbel

@@ -17,14 +17,16 @@ namespace quarbel {
 
 class RunLock {
   public:
-    // $XDG_RUNTIME_DIR/quarbel when XDG_RUNTIME_DIR is an absolute path, else
-    // /tmp/quarbel-<uid>.
+    // /tmp/quarbel-<uid>: the same for every session of the user (desktop, ssh, cron),
+    // which the session-specific runtime directory is not. QUARBEL_RUN_LOCK_DIR, when an
+    // absolute path, replaces it (for tests that must not see each other's runs).
     static std::string defaultDirectory();
 
     // Marks this process's run in `directory` (created, private to the user, when
     // missing) and finds the processes whose runs are marked there now. A directory that
     // is not the user's own (another owner, a symbolic link) or cannot be made is not
-    // used: nothing is marked and no other run is found, and the run goes ahead unchecked.
+    // used: nothing is marked and no other run is found, and the run goes ahead unchecked;
+    // problem() says why.
     explicit RunLock(const std::string& directory);
     ~RunLock(); // removes the mark
     RunLock(const RunLock&) = delete;
@@ -32,17 +34,24 @@ class RunLock {
 
     // Whether this process's run is marked.
     bool held() const { return fd_ >= 0; }
+    // Why it is not: "cannot use /tmp/quarbel-1000: it belongs to another user", …
+    const std::string& problem() const { return problem_; }
     // The other processes with a run in progress as this one started, lowest pid first.
     const std::vector<pid_t>& otherRuns() const { return otherRuns_; }
 
   private:
     int fd_ = -1;      // the locked file of this process, open while the run lasts
     std::string path_; // its path
+    std::string problem_;
     std::vector<pid_t> otherRuns_;
 };
 
 // The log line for runs found in progress: "Another Quarbel run is in progress (pid 1234):
 // both runs' results will be skewed."; empty when there are none.
 std::string concurrentRunWarning(const std::vector<pid_t>& otherRuns);
+
+// The log line for a run that could not be marked: "Another Quarbel run would not be noticed:
+// cannot use DIR: …"; empty when the lock is held.
+std::string unmarkedRunWarning(const RunLock& lock);
 
 } // namespace quarbel

@@ -138,7 +138,8 @@ void RunSession::notice(std::string_view text) {
 void RunSession::checkOutput() {
     if (!outputProblem_.empty()) return;
     std::string problem = flushProblem(out_, outName_);
-    const bool reportToStandardOutput = options_.report && options_.report->standardOutput;
+    const bool reportToStandardOutput = (options_.report && options_.report->standardOutput) ||
+                                        (options_.metrics && options_.metrics->standardOutput);
     if (problem.empty() && readerGone(fileno(out_)))
         problem = "cannot write to " + outName_ + ": " + std::strerror(EPIPE);
     if (problem.empty() && reportToStandardOutput && readerGone(STDOUT_FILENO))
@@ -230,7 +231,13 @@ void RunSession::finish() {
     int exitCode = anyFailed(report) || !outputProblem_.empty() ? kExitFailed : kExitOk;
     const std::string reportText = jsonReportText(report);
     if (options_.report) exitCode = std::max(exitCode, writeReport(reportText));
-    if (options_.metrics) {
+    if (options_.metrics && options_.metrics->standardOutput) {
+        std::fputs(openMetricsText(report).c_str(), stdout);
+        if (const std::string problem = flushProblem(stdout, "standard output"); !problem.empty()) {
+            notice(problem + "; the metrics are lost");
+            exitCode = std::max(exitCode, int(kExitFailed));
+        }
+    } else if (options_.metrics) {
         const ReportWrite written = writeReportFile(*options_.metrics, openMetricsText(report));
         if (!written.problem.empty()) {
             // A half-written metrics file would be scraped as it is: none is better.

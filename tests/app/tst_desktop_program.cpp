@@ -54,6 +54,7 @@ TEST(DesktopProgram, ARunStartedInTheWindowAfterTheRequestedRunLeavesItsReportAn
     const std::vector<std::string> env{"DISPLAY=" + xvfb->display(),
                                        "QT_QPA_PLATFORM=xcb",
                                        "XDG_RUNTIME_DIR=" + runtime.string(),
+                                       "QUARBEL_RUN_LOCK_DIR=" + (runtime / "quarbel").string(),
                                        "XDG_DATA_HOME=" + (home.path() / "data").string(),
                                        "XDG_CONFIG_HOME=" + (home.path() / "config").string(),
                                        "TMPDIR=" + home.path().string()};

@@ -63,6 +63,7 @@ ChildProcess::ChildProcess(const std::vector<std::string>& args, const std::vect
         env.emplace_back(*e);
     add("XDG_DATA_HOME=" + privateDataHome());
     add("XDG_RUNTIME_DIR=" + privateDataHome() + "/runtime");
+    add("QUARBEL_RUN_LOCK_DIR=" + privateDataHome() + "/runtime/quarbel");
     for (const auto& variable : extraEnv)
         add(variable);
     std::vector<char*> argv;

@@ -40,6 +40,11 @@ TEST(QuarbelCommand, BadInputIsRefusedWithOneLineAndExitCode2BeforeAnythingRuns)
         {{"run", "--all", "--json", (dir.path() / "missing" / "r.json").string()}, "does not exist"},
         {{"run", "--all", "--json", existing.string()}, "is a directory"},
         {{"run", "--all", "--bogus"}, "--bogus"},
+        {{"run", "cpuInteger", "--metrics", (dir.path() / "missing" / "m.prom").string()},
+         "quarbel: --metrics " + (dir.path() / "missing" / "m.prom").string() + ": directory"},
+        {{"run", "cpuInteger", "--json", "-", "--metrics", "-"}, "cannot both write to standard output"},
+        {{"export", "1", "--format", "csv", "--out", existing.string()},
+         "quarbel: --out " + existing.string() + " is a directory"},
     };
     for (const auto& c : cases) {
         std::vector<std::string> args{kQuarbel};

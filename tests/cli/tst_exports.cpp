@@ -218,3 +218,14 @@ TEST(Exports, ImportAddsReportsOnceAndRefusesWhatIsNotAReportWhole) {
     }
     EXPECT_EQ(count(), 1) << "the history is untouched";
 }
+
+TEST(Exports, MetricsToStandardOutputLeaveThePeopleTextOnStandardError) {
+    FakeTree tree;
+    const auto result = test::runProcess(
+        {kQuarbel, "run", "metalVisual", "--quick", "--no-history", "--metrics", "-"},
+        {"XDG_DATA_HOME=" + tree.root(), "VK_ICD_FILENAMES=/nonexistent/quarbel-no-vulkan.json",
+         "VK_DRIVER_FILES=/nonexistent/quarbel-no-vulkan.json"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.out.rfind("# HELP quarbel_", 0), 0u) << result.out;
+    EXPECT_NE(result.err.find("GPU Visual Tour"), std::string::npos) << result.err;
+}

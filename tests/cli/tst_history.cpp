@@ -1,5 +1,7 @@
 #include "process.h"
 #include "report_fixture.h"
+#include "results/history_index.h"
+#include "results/json_report.h"
 #include "results/learned_floors.h"
 #include "results/run_comparison.h"
 #include "results/run_history.h"
@@ -15,6 +17,7 @@
 #include <sstream>
 #include <sys/stat.h>
 #include <thread>
+#include <unistd.h>
 
 using namespace quarbel;
 using quarbel::test::reportText;
@@ -141,6 +144,129 @@ TEST(RunHistory, RunsSavedInTheSameSecondAtOnceEachKeepTheirOwnReport) {
     EXPECT_EQ(listHistory(dir).runs.size(), std::size_t{kWriters * kEach});
     for (const auto& entry : std::filesystem::directory_iterator(dir))
         EXPECT_FALSE(entry.path().filename().string().starts_with(".")) << "a temporary file stayed behind";
+}
+
+namespace {
+
+// Reports that are damaged, edited or from elsewhere: each reader must skip them with a line
+// and go on, never abort.
+std::vector<std::pair<std::string, std::string>> brokenReports() {
+    const std::string good = reportText("2026-11-01T10:00:00Z", "1.0", false, {{"CPU Single-Core", 100}});
+    const auto replaced = [&](const std::string& from, const std::string& to) {
+        std::string text = good;
+        text.replace(text.find(from), from.size(), to);
+        return text;
+    };
+    const auto edited = [&](const auto& change) {
+        auto document = nlohmann::json::parse(good);
+        change(document);
+        return document.dump();
+    };
+    return {
+        {"overflowing-score", replaced("\"score\":100.0", "\"score\":1e309")},
+        {"overflowing-negative", replaced("\"globalScore\":1234.5", "\"globalScore\":-1e309")},
+        {"overflowing-integer", replaced("\"schema\":1", "\"schema\":123456789012345678901234567890")},
+        {"negative-score", replaced("\"score\":100.0", "\"score\":-5")},
+        {"results-not-a-list", edited([](auto& d) { d["results"] = "x"; })},
+        {"result-of-wrong-types", edited([](auto& d) {
+             d["results"][0] = {{"title", 5}, {"score", "x"}, {"uncertainty", "x"}, {"noiseFloor", 3}};
+         })},
+        {"fields-of-wrong-types", edited([](auto& d) {
+             d["app"] = 1;
+             d["summary"] = 3;
+             d["system"] = "x";
+             d["startedAt"] = 7;
+             d["manifest"] = {{"kernel", 5}};
+         })},
+        {"missing-results", edited([](auto& d) { d.erase("results"); })},
+        {"deep-nesting", good.substr(0, good.size() - 1) + ",\"deep\":" + std::string(100000, '[') +
+                             std::string(100000, ']') + "}"},
+        {"unclosed-nesting", std::string(100000, '[')},
+        {"huge-string", replaced("Test CPU", std::string(10'000'000, 'A'))},
+        {"invalid-utf8", replaced("Test CPU", "Test \xff\xfe CPU")},
+        {"truncated", good.substr(0, good.size() / 2)},
+        {"larger-than-50-MB", good + std::string(50'000'001 - good.size(), ' ')},
+    };
+}
+
+} // namespace
+
+TEST(RunHistory, EveryReaderSkipsABrokenReportWithOneLineAndGoesOn) {
+    FakeTree tree;
+    const std::string dir = tree.path("data/quarbel/runs");
+    saveToHistory(dir, "2026-11-21T10:00:00Z",
+                  reportText("2026-11-21T10:00:00Z", "1.0", false, {{"A", 100}}));
+    saveToHistory(dir, "2026-11-22T10:00:00Z",
+                  reportText("2026-11-22T10:00:00Z", "1.0", false, {{"A", 110}}));
+    const auto corpus = brokenReports();
+    for (const auto& [name, text] : corpus) {
+        tree.write("data/quarbel/runs/" + name + ".json", text);
+        std::string problem;
+        EXPECT_NO_THROW(savedRunFromText(text, name, &problem)) << name;
+        EXPECT_NO_THROW(parseJsonReport(text)) << name;
+    }
+    const HistoryListing listing = listHistory(dir);
+    EXPECT_EQ(listing.runs.size() + listing.warnings.size(), corpus.size() + 2);
+    EXPECT_EQ(listing.runs.at(0).startedAt, "2026-11-22T10:00:00Z");
+    EXPECT_EQ(listing.runs.at(1).startedAt, "2026-11-21T10:00:00Z");
+
+    const std::vector<std::string> env{"XDG_DATA_HOME=" + tree.path("data")};
+    const std::string broken = dir + "/overflowing-score.json";
+    const std::vector<std::vector<std::string>> commands = {
+        {"history"}, {"compare", "2", "1"}, {"export", "1", "2", "--format", "csv"}};
+    for (const auto& command : commands) {
+        std::vector<std::string> args{kQuarbel};
+        args.insert(args.end(), command.begin(), command.end());
+        const auto result = test::runProcess(args, env);
+        // These small reports are too thin to export, which export says; it must not abort.
+        EXPECT_EQ(result.exitCode, command[0] == "export" ? 2 : 0) << command[0] << ": " << result.err;
+        EXPECT_NE(result.err.find("skipped " + broken + ": it does not read as a report"), std::string::npos)
+            << command[0] << ": " << result.err;
+    }
+    for (const char* command : {"import", "card", "export"}) {
+        const auto result = test::runProcess({kQuarbel, command, broken}, env);
+        EXPECT_EQ(result.exitCode, 2) << command << ": " << result.err;
+    }
+    EXPECT_EQ(test::runProcess({kQuarbel, "compare", broken, "1"}, env).exitCode, 2);
+}
+
+TEST(RunHistory, WhatIsNotARegularFileIsNeverOpenedForReading) {
+    FakeTree tree;
+    const std::string dir = tree.path("data/quarbel/runs");
+    saveToHistory(dir, "2026-11-21T10:00:00Z",
+                  reportText("2026-11-21T10:00:00Z", "1.0", false, {{"A", 100}}));
+    const std::string index = historyIndexPath(dir);
+    // An index that is a folder or a named pipe (which would wait for a writer for good).
+    for (const bool pipe : {false, true}) {
+        std::filesystem::remove_all(index);
+        ASSERT_EQ(pipe ? ::mkfifo(index.c_str(), 0600) : ::mkdir(index.c_str(), 0700), 0);
+        const HistoryListing listing = listHistory(dir);
+        EXPECT_EQ(listing.runs.size(), 1u);
+        ASSERT_EQ(listing.warnings.size(), 1u);
+        EXPECT_EQ(listing.warnings[0], index + (pipe ? " is a named pipe" : " is a directory") +
+                                           ", not a file: the runs were read from their reports" +
+                                           (pipe ? " and the index made again" : ""));
+    }
+
+    const std::string fifo = tree.path("incoming.json");
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    const std::vector<std::string> env{"XDG_DATA_HOME=" + tree.path("data")};
+    const struct {
+        std::vector<std::string> args;
+        std::string message;
+    } cases[] = {
+        {{"import", fifo}, fifo + " is a named pipe, not a file"},
+        {{"import", "/dev/zero"}, "/dev/zero is a character device, not a file"},
+        {{"compare", "/dev/zero", "1"}, "/dev/zero is a character device, not a file"},
+        {{"card", fifo}, fifo + " is a named pipe, not a JSON report"},
+    };
+    for (const auto& c : cases) {
+        std::vector<std::string> args{kQuarbel};
+        args.insert(args.end(), c.args.begin(), c.args.end());
+        const auto result = test::runProcess(args, env);
+        EXPECT_EQ(result.exitCode, 2) << c.args[0] << ": " << result.err;
+        EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
+    }
 }
 
 TEST(RunHistory, ComparesByTitleAndWarnsWhenRunsAreNotLikeForLike) {

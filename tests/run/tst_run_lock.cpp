@@ -13,20 +13,41 @@
 using namespace quarbel;
 namespace fs = std::filesystem;
 
-TEST(RunLock, LivesInTheUsersRuntimeDirectoryElseAPrivateOneUnderTmp) {
-    const char* saved = std::getenv("XDG_RUNTIME_DIR");
+TEST(RunLock, EverySessionOfTheUserFindsTheSameFolderWhateverItsRuntimeDirectory) {
+    const char* saved = std::getenv("QUARBEL_RUN_LOCK_DIR");
     const std::string savedValue = saved != nullptr ? saved : "";
-    const std::string fallback = "/tmp/quarbel-" + std::to_string(::geteuid());
-    const std::pair<const char*, std::string> cases[] = {
-        {"/run/user/1000", "/run/user/1000/quarbel"}, {"relative/dir", fallback}, {"", fallback}};
-    for (const auto& [runtime, expected] : cases) {
+    const std::string shared = "/tmp/quarbel-" + std::to_string(::geteuid());
+    ::unsetenv("QUARBEL_RUN_LOCK_DIR");
+    for (const char* runtime : {"/run/user/1000", ""}) {
         ::setenv("XDG_RUNTIME_DIR", runtime, 1);
-        EXPECT_EQ(RunLock::defaultDirectory(), expected) << runtime;
+        EXPECT_EQ(RunLock::defaultDirectory(), shared) << runtime;
     }
+    ::setenv("QUARBEL_RUN_LOCK_DIR", "/somewhere/else", 1);
+    EXPECT_EQ(RunLock::defaultDirectory(), "/somewhere/else");
     if (saved != nullptr)
-        ::setenv("XDG_RUNTIME_DIR", savedValue.c_str(), 1);
+        ::setenv("QUARBEL_RUN_LOCK_DIR", savedValue.c_str(), 1);
     else
-        ::unsetenv("XDG_RUNTIME_DIR");
+        ::unsetenv("QUARBEL_RUN_LOCK_DIR");
+}
+
+TEST(RunLock, SaysWhyARunCouldNotBeMarked) {
+    test::TempDir dir;
+    std::ofstream(dir.path() / "file") << "x";
+    const RunLock onAFile(dir.path() / "file");
+    EXPECT_FALSE(onAFile.held());
+    EXPECT_EQ(unmarkedRunWarning(onAFile),
+              "Another Quarbel run at the same time would not be noticed: cannot use " +
+                  (dir.path() / "file").string() + ": it is not a folder.");
+    fs::create_directory(dir.path() / "locked");
+    fs::permissions(dir.path() / "locked", fs::perms::owner_read | fs::perms::owner_exec);
+    const RunLock unwritable(dir.path() / "locked");
+    if (::geteuid() != 0) { // root writes anyway
+        EXPECT_FALSE(unwritable.held());
+        EXPECT_NE(unmarkedRunWarning(unwritable).find("cannot mark the run in"), std::string::npos);
+    }
+    fs::permissions(dir.path() / "locked", fs::perms::owner_all);
+    const RunLock held(dir.path() / "locked");
+    EXPECT_EQ(unmarkedRunWarning(held), "");
 }
 
 TEST(RunLock, MarksTheRunUntilItEndsAndClearsMarksOfEndedProcesses) {

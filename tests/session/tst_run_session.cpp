@@ -45,7 +45,7 @@ TEST(RunSession, InterruptStopsTheRunWithoutSummaryAndExit130) {
                                 {{BenchmarkID::cpuInteger, BenchmarkID::cpuFloating, BenchmarkID::cpuCrypto},
                                  false,
                                  true,
-                                 std::get<ReportTarget>(resolveReportTarget(report.string())),
+                                 std::get<ReportTarget>(resolveReportTarget("--json", report.string())),
                                  std::nullopt,
                                  std::string(),
                                  std::nullopt,
@@ -127,7 +127,7 @@ TEST(ReportFile, AFinalWriteThatFailsAfterTheRunKeepsOrReturnsTheReport) {
     };
     for (const auto& c : cases) {
         fs::create_directories(dir);
-        const auto target = resolveReportTarget((dir / "r.json").string());
+        const auto target = resolveReportTarget("--json", (dir / "r.json").string());
         ASSERT_TRUE(std::holds_alternative<ReportTarget>(target)) << c.name;
         c.breakIt(dir / "r.json");
         const ReportWrite written = writeReportFile(std::get<ReportTarget>(target), "{}\n");
@@ -152,7 +152,7 @@ TEST(RunSession, EachResultCarriesTheTemperaturesAtItsEndAndItsMode) {
                                 {{BenchmarkID::cpuCrypto},
                                  true,
                                  false,
-                                 std::get<ReportTarget>(resolveReportTarget(report.string())),
+                                 std::get<ReportTarget>(resolveReportTarget("--json", report.string())),
                                  std::nullopt,
                                  std::string(),
                                  std::nullopt,
