@@ -64,22 +64,26 @@ int importCommand(const std::vector<std::string>& files) {
     std::set<std::string> known;
     for (const SavedRun& run : listHistory(directory).runs)
         known.insert(runKey(run));
-    int imported = 0, duplicates = 0;
+    int duplicates = 0;
+    std::vector<const Incoming*> fresh;
+    std::vector<HistoryEntry> entries;
     for (const Incoming& file : incoming) {
         if (!known.insert(runKey(file.run)).second) {
             std::printf("%s: already in the history, skipped\n", file.path.c_str());
             ++duplicates;
             continue;
         }
-        const HistorySave saved = saveToHistory(directory, file.run.startedAt, file.text);
-        if (!saved.problem.empty()) {
-            std::fprintf(stderr, "quarbel: %s was not imported: %s\n", file.path.c_str(),
-                         saved.problem.c_str());
-            return session::kExitFailed;
-        }
-        std::printf("%s: imported as %s\n", file.path.c_str(), saved.path.c_str());
-        ++imported;
+        fresh.push_back(&file);
+        entries.push_back({file.run.startedAt, file.text});
     }
+    const HistoryBatchSave saved = saveAllToHistory(directory, entries);
+    if (!saved.problem.empty()) {
+        std::fprintf(stderr, "quarbel: nothing was imported: %s\n", saved.problem.c_str());
+        return session::kExitFailed;
+    }
+    for (std::size_t i = 0; i < fresh.size(); ++i)
+        std::printf("%s: imported as %s\n", fresh[i]->path.c_str(), saved.paths[i].c_str());
+    const int imported = static_cast<int>(fresh.size());
     std::printf("%d imported, %d already in the history.\n", imported, duplicates);
     return session::kExitOk;
 }

@@ -128,7 +128,8 @@ namespace {
 // `text` in a new temporary file in `directory` with `mode` (and the owner of `owner`, where
 // given and allowed), synced and closed. Its path, or empty with the reason in `problem`.
 std::string writeTemporary(const std::string& directory, const std::string& target, mode_t mode,
-                           const struct stat* owner, const std::string& text, std::string& problem) {
+                           const struct stat* owner, const std::string& text, std::string& problem,
+                           bool sync = true) {
     std::string temporary = temporaryPattern(directory);
     const int fd = ::mkostemp(temporary.data(), O_CLOEXEC);
     if (fd < 0) {
@@ -152,7 +153,7 @@ std::string writeTemporary(const std::string& directory, const std::string& targ
         if (n < 0) return fail(errno);
         written += static_cast<std::size_t>(n);
     }
-    if (::fsync(fd) != 0) return fail(errno);
+    if (sync && ::fsync(fd) != 0) return fail(errno);
     if (::close(fd) != 0) {
         const int error = errno;
         ::unlink(temporary.c_str());
@@ -230,6 +231,51 @@ NewReportFile writeNewReportFile(const std::string& directory, const std::vector
     }
     ::unlink(temporary.c_str());
     return {{}, "every name for the report in " + directory + " is taken"};
+}
+
+NewReportBatch writeNewReportFiles(const std::string& directory, const std::vector<NewReport>& reports,
+                                   mode_t mode) {
+    NewReportBatch batch;
+    std::vector<std::string> temporaries;
+    const auto rollBack = [&](std::string problem) {
+        for (const std::string& path : temporaries)
+            ::unlink(path.c_str());
+        for (const std::string& path : batch.paths)
+            ::unlink(path.c_str());
+        syncDirectory(directory);
+        return NewReportBatch{{}, std::move(problem)};
+    };
+    for (const NewReport& report : reports) {
+        if (report.names.empty()) return rollBack("no name to write a report under");
+        std::string problem;
+        const std::string temporary = writeTemporary(directory, joined(directory, report.names.front()), mode,
+                                                     nullptr, report.text, problem, /*sync=*/false);
+        if (temporary.empty()) return rollBack(problem);
+        temporaries.push_back(temporary);
+    }
+    // One flush of the file system for the whole batch rather than one per file: the files
+    // are complete on the disk before any of them takes its name.
+    const int dir = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int synced = dir >= 0 ? ::syncfs(dir) : -1;
+    const int syncError = errno;
+    if (dir >= 0) ::close(dir);
+    if (synced != 0) return rollBack("cannot write to " + directory + ": " + errorText(syncError));
+    for (std::size_t i = 0; i < reports.size(); ++i) {
+        std::string claimed;
+        for (const std::string& name : reports[i].names) {
+            const std::string path = joined(directory, name);
+            const int error = claimName(temporaries[i], path);
+            if (error == EEXIST) continue;
+            if (error != 0) return rollBack("cannot write " + path + ": " + errorText(error));
+            claimed = path;
+            break;
+        }
+        if (claimed.empty()) return rollBack("every name for a report in " + directory + " is taken");
+        batch.paths.push_back(claimed);
+        temporaries[i].clear(); // now the report itself
+    }
+    syncDirectory(directory);
+    return batch;
 }
 
 } // namespace quarbel

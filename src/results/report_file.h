@@ -47,4 +47,20 @@ struct NewReportFile {
 NewReportFile writeNewReportFile(const std::string& directory, const std::vector<std::string>& names,
                                  mode_t mode, const std::string& text);
 
+struct NewReport {
+    std::vector<std::string> names; // tried in order, as for writeNewReportFile
+    std::string text;
+};
+
+struct NewReportBatch {
+    std::vector<std::string> paths; // where each report now is, in order
+    std::string problem;            // why none was written, else empty
+};
+
+// writeNewReportFile for many reports at once, all or nothing: every file is written, the file
+// system is flushed once, then each takes its name; on any failure every file written is
+// removed again. A thousand reports cost one flush, not a thousand.
+NewReportBatch writeNewReportFiles(const std::string& directory, const std::vector<NewReport>& reports,
+                                   mode_t mode);
+
 } // namespace quarbel

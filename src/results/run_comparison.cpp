@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 namespace quarbel {
@@ -69,6 +70,15 @@ std::string notJudgedReason(const SavedResult& a, const SavedResult& b) {
     if (!okA && !okB) return a.status == b.status ? a.status + " in both runs" : "no result in either run";
     if (!okB) return b.status + " in B";
     if (!okA) return a.status + " in A, so there is nothing to compare with";
+    // A report edited or damaged by hand can say "ok" beside a score no run gives.
+    const auto invalid = [](const SavedResult& r) { return !std::isfinite(r.score) || r.score <= 0; };
+    if (invalid(a) || invalid(b))
+        return std::string("no valid score in ") +
+               (invalid(a) && invalid(b) ? "either run"
+                : invalid(a)             ? "A"
+                                         : "B") +
+               " (a report that says ok with a score of " + format("%g", invalid(b) ? b.score : a.score) +
+               ")";
     if (a.statistics.noisy && b.statistics.noisy) return noisyReason(a, "A") + "; " + noisyReason(b, "B");
     if (a.statistics.noisy) return noisyReason(a, "A");
     if (b.statistics.noisy) return noisyReason(b, "B");
@@ -82,7 +92,8 @@ std::string setupDifferencesText(const std::vector<ManifestDifference>& differen
                        (differences.size() == 1 ? " field" : " fields") + ":\n";
     for (const auto& d : differences)
         text += "  " + d.label + " (can move " + d.affects + " scores): A " +
-                (d.before.empty() ? "unknown" : d.before) + "; B " + (d.after.empty() ? "unknown" : d.after) + "\n";
+                (d.before.empty() ? "unknown" : d.before) + "; B " + (d.after.empty() ? "unknown" : d.after) +
+                "\n";
     return text;
 }
 

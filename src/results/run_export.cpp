@@ -10,7 +10,9 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <map>
+#include <string_view>
 
 namespace quarbel {
 namespace {
@@ -55,6 +57,8 @@ std::string optionalNumber(const std::optional<double>& value, int decimals) {
 
 // The cells of one benchmark of one run, in the order of kColumns.
 constexpr const char* kColumns[] = {"run",
+                                    "host",
+                                    "machine_id",
                                     "started_at",
                                     "cpu",
                                     "version",
@@ -93,7 +97,10 @@ std::vector<std::string> rowCells(const ExportedRun& run, const ReportEntry& ent
     const MeasurementLine none;
     const MeasurementLine& second = o.secondary ? *o.secondary : none;
     const std::optional<GpuExecution>& gpu = o.gpu;
-    return {run.name,
+    const std::string machineId = run.report.machine ? run.report.machine->machineId : std::string();
+    return {stableRunId(run.report),
+            run.report.machine ? run.report.machine->hostName : std::string(),
+            machineId,
             isoTimestamp(run.report.startedAt),
             cpuOf(run.report),
             run.report.appVersion,
@@ -126,7 +133,19 @@ std::vector<std::string> rowCells(const ExportedRun& run, const ReportEntry& ent
             sliceRatesText(s)};
 }
 
-std::string csvField(const std::string& text) {
+// A cell a spreadsheet would run as a formula (a host or CPU name from an imported report
+// that starts with "=", "+", "-" or "@") is kept as text; numbers stay numbers.
+std::string spreadsheetSafe(const std::string& text) {
+    if (text.empty() || std::string_view("=+-@\t\r").find(text.front()) == std::string_view::npos)
+        return text;
+    char* end = nullptr;
+    std::strtod(text.c_str(), &end);
+    if (end != nullptr && *end == '\0') return text;
+    return "'" + text;
+}
+
+std::string csvField(const std::string& cell) {
+    const std::string text = spreadsheetSafe(cell);
     if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
     std::string out = "\"";
     for (char c : text) {
@@ -136,7 +155,8 @@ std::string csvField(const std::string& text) {
     return out + "\"";
 }
 
-std::string markdownCell(const std::string& text) {
+std::string markdownCell(const std::string& cell) {
+    const std::string text = spreadsheetSafe(cell);
     std::string out;
     for (char c : text) {
         if (c == '|') out += '\\';
@@ -342,6 +362,12 @@ th{color:#9aa3b5}td.n{text-align:right;font-variant-numeric:tabular-nums}
             escapedMarkup(runs.empty() ? std::string() : runs.front().report.appVersion) +
             ". Everything in this page is in this file.</p>\n</body></html>\n";
     return html;
+}
+
+std::string stableRunId(const RunReport& report) {
+    const std::string machine =
+        report.machine && !report.machine->machineId.empty() ? report.machine->machineId : "unknown";
+    return machine + "-" + isoTimestamp(report.startedAt);
 }
 
 } // namespace quarbel

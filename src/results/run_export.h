@@ -29,4 +29,9 @@ std::string exportJson(const std::vector<ExportedRun>& runs);
 // their start, with its 95 % interval.
 std::string exportHtml(const std::vector<ExportedRun>& runs);
 
+// What names a run in every export, whenever and wherever it is exported: its machine's
+// identity and its start, "3fa2c1d0e9b87a65-2026-11-23T14:15:02Z" ("unknown-…" for reports
+// from before runs named their machine).
+std::string stableRunId(const RunReport& report);
+
 } // namespace quarbel

@@ -63,6 +63,15 @@ template <typename T> T valueOr(const json& object, const char* key, T fallback)
     }
 }
 
+// The names a run's report may take, in order: "2026-11-23-141502Z.json", then "-2", "-3" ...
+std::vector<std::string> reportNames(const std::string& startedAtIso) {
+    const std::string stamp = stampFromIso(startedAtIso);
+    std::vector<std::string> names{stamp + ".json"};
+    for (int n = 2; n < kMostRunsPerSecond; ++n)
+        names.push_back(stamp + "-" + std::to_string(n) + ".json");
+    return names;
+}
+
 } // namespace
 
 std::string historyDirectory() {
@@ -78,12 +87,21 @@ HistorySave saveToHistory(const std::string& directory, const std::string& start
     if (directory.empty()) return {{}, "no home directory to keep it in"};
     if (const std::string problem = makeDirectories(directory); !problem.empty())
         return {{}, "cannot create " + directory + ": " + problem};
-    const std::string stamp = stampFromIso(startedAtIso);
-    std::vector<std::string> names{stamp + ".json"};
-    for (int n = 2; n < kMostRunsPerSecond; ++n)
-        names.push_back(stamp + "-" + std::to_string(n) + ".json");
-    NewReportFile written = writeNewReportFile(directory, names, 0644, reportText);
+    NewReportFile written = writeNewReportFile(directory, reportNames(startedAtIso), 0644, reportText);
     return {std::move(written.path), std::move(written.problem)};
+}
+
+HistoryBatchSave saveAllToHistory(const std::string& directory, const std::vector<HistoryEntry>& entries) {
+    if (entries.empty()) return {};
+    if (directory.empty()) return {{}, "no home directory to keep them in"};
+    if (const std::string problem = makeDirectories(directory); !problem.empty())
+        return {{}, "cannot create " + directory + ": " + problem};
+    std::vector<NewReport> reports;
+    reports.reserve(entries.size());
+    for (const HistoryEntry& entry : entries)
+        reports.push_back({reportNames(entry.startedAtIso), entry.reportText});
+    NewReportBatch written = writeNewReportFiles(directory, reports, 0644);
+    return {std::move(written.paths), std::move(written.problem)};
 }
 
 std::optional<SavedRun> readSavedRun(const std::string& path, std::string* problem) {

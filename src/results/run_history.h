@@ -26,6 +26,19 @@ struct HistorySave {
 HistorySave saveToHistory(const std::string& directory, const std::string& startedAtIso,
                           const std::string& reportText);
 
+struct HistoryEntry {
+    std::string startedAtIso;
+    std::string reportText;
+};
+
+struct HistoryBatchSave {
+    std::vector<std::string> paths; // one per entry, in order, when saved
+    std::string problem;            // why none was saved, else empty
+};
+
+// saveToHistory for many reports, all or nothing, with one flush of the disk for all of them.
+HistoryBatchSave saveAllToHistory(const std::string& directory, const std::vector<HistoryEntry>& entries);
+
 // One benchmark's result as a saved report gives it.
 struct SavedResult {
     std::string id;

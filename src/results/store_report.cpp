@@ -13,7 +13,12 @@ RunReport reportFromStore(const BenchmarkStore& store, ReportFrame frame) {
     report.startedAt = frame.startedAt;
     report.finishedAt = std::chrono::system_clock::now();
     report.system = std::move(frame.system);
-    report.results = reportEntries(store.rows(), frame.ids);
+    // Only what this run measured: the rows of benchmarks it did not reach may still show an
+    // earlier run's results.
+    BenchmarkRows measured;
+    for (BenchmarkID id : store.endedInRun())
+        measured[id] = store.rows()[id];
+    report.results = reportEntries(measured, frame.ids);
     for (ReportEntry& entry : report.results) {
         const BenchmarkEndState& end = store.endState(entry.id);
         entry.temperatureAtEnd = end.temperature;
@@ -28,8 +33,9 @@ RunReport reportFromStore(const BenchmarkStore& store, ReportFrame frame) {
     report.condition = condition.atStart;
     report.throttleSigns = condition.throttleSigns;
     report.badges = condition.badges;
-    report.summary = store.runSummary();
-    report.globalScore = store.totalScore();
+    // A stopped run has no summary of its own (the window may show the one before it).
+    report.summary = store.runStopped() ? std::nullopt : store.runSummary();
+    report.globalScore = store.runStopped() ? globalScore(measured) : store.totalScore();
     report.log = std::move(frame.log);
     report.machine = readMachineIdentity();
     report.manifest = readSystemManifest();

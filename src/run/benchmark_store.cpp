@@ -79,6 +79,10 @@ struct BenchmarkStore::RunTask {
     std::optional<RateUncertainty> withinRun;
     std::optional<NoiseFloor> noiseFloor;    // added to withinRun for a single pass
     std::optional<CpuTickSample> startTicks; // as the running benchmark started
+    // What a stop puts back: the running benchmark's row as the run reached it (an earlier
+    // run's result, say), and the summary shown before the run, while none of it has ended.
+    std::optional<BenchmarkRowState> rowBefore;
+    std::optional<RunSummary> summaryBefore;
 };
 
 // Written by the workload's thread after each unit, read by the display clock.
@@ -174,6 +178,8 @@ void BenchmarkStore::run(const std::vector<BenchmarkID>& ids, bool followsActive
     task_ = std::make_unique<RunTask>();
     task_->ids = ids;
     runIDs_ = ids;
+    endedInRun_.clear();
+    runStopped_ = false;
     task_->followsActiveTest = followsActiveTest;
     task_->accuracyMode = accuracyMode_;
     task_->budgetScale = budgetScale_;
@@ -189,8 +195,13 @@ void BenchmarkStore::run(const std::vector<BenchmarkID>& ids, bool followsActive
         this,
         [this, task = task_.get()] {
             if (task_.get() != task) return;
-            const QString mode = task->accuracyMode ? QStringLiteral("Accuracy") : QStringLiteral("Standard");
+            QString mode = task->accuracyMode ? QStringLiteral("Accuracy") : QStringLiteral("Standard");
+            if (task->budgetScale < 1.0)
+                mode += QStringLiteral(" Mode, quick: a tenth of each time budget");
+            else
+                mode += QStringLiteral(" Mode");
             activeRunStartedAt_ = std::chrono::system_clock::now();
+            task->summaryBefore = runSummary_;
             if (runSummary_) {
                 runSummary_.reset();
                 Q_EMIT runSummaryChanged();
@@ -205,9 +216,11 @@ void BenchmarkStore::run(const std::vector<BenchmarkID>& ids, bool followsActive
             startThermalMonitor(kRunningThermalInterval);
             runLock_ = std::make_unique<RunLock>(services_.runLockDirectory);
             if (task->ids.size() == 1) {
-                appendLog(QStringLiteral("Running %1 (%2 Mode)").arg(qs(title(task->ids.front())), mode));
+                appendLog(QStringLiteral("Running %1 (%2)").arg(qs(title(task->ids.front())), mode));
+            } else if (task->ids.size() == kAllBenchmarks.size()) {
+                appendLog(QStringLiteral("Running full suite (%1)").arg(mode));
             } else {
-                appendLog(QStringLiteral("Running full suite (%1 Mode)").arg(mode));
+                appendLog(QStringLiteral("Running %1 benchmarks (%2)").arg(task->ids.size()).arg(mode));
             }
             if (const auto warning = concurrentRunWarning(runLock_->otherRuns()); !warning.empty())
                 appendLog(qs(warning));
@@ -226,6 +239,7 @@ void BenchmarkStore::beginNextBenchmark() {
     const BenchmarkID id = task.ids[task.index];
     if (task.followsActiveTest) setSelectedID(id);
     setRunningID(id);
+    task.rowBefore = rows_[id];
     setRow(id, {TestRunState::running, std::nullopt});
     task.stability.reset();
     task.spread.reset();
@@ -371,6 +385,7 @@ void BenchmarkStore::benchmarkFinished(BenchmarkOutcome outcome) {
         updateConditionBadges();
     }
     setRow(id, {rowStateFor(status), std::move(outcome)});
+    endedInRun_.push_back(id);
     appendLog(line);
     ++task.index;
     beginNextBenchmark();
@@ -396,6 +411,11 @@ void BenchmarkStore::finishRunTask() {
                       .arg(runSummary_->completed)
                       .arg(task->ids.size())
                       .arg(qs(scoreText(totalScore()))));
+    }
+    runStopped_ = task->cancelled;
+    if (task->cancelled && endedInRun_.empty() && task->summaryBefore) {
+        runSummary_ = task->summaryBefore; // a run stopped before anything ended changed nothing
+        Q_EMIT runSummaryChanged();
     }
     activeRunStartedAt_.reset();
     runLock_.reset();
@@ -529,6 +549,7 @@ void BenchmarkStore::visualBenchmarkStalled() {
 
 void BenchmarkStore::stop() {
     if (!task_ && !workerToken_ && !runningID_ && !animationWindowOpen_) return;
+    const std::optional<BenchmarkRowState> rowBefore = task_ ? task_->rowBefore : std::nullopt;
     if (task_) task_->cancelled = true;
     if (workerToken_) workerToken_->cancel();
     workerToken_.reset();
@@ -540,7 +561,8 @@ void BenchmarkStore::stop() {
     activeRunStartedAt_.reset();
     startThermalMonitor(kIdleThermalInterval);
     if (runningID_) {
-        setRow(*runningID_, {TestRunState::idle, std::nullopt});
+        // The stopped benchmark shows what it showed before this run, not "Not run yet".
+        setRow(*runningID_, rowBefore.value_or(BenchmarkRowState{TestRunState::idle, std::nullopt}));
         setRunningID(std::nullopt);
     }
     appendLog(QStringLiteral("Run stopped"));

@@ -149,6 +149,10 @@ class BenchmarkStore : public QObject {
     const RunCondition& runCondition() const { return runCondition_; }
     // The benchmarks of the current run, or of the last one when idle; empty before any.
     const std::vector<BenchmarkID>& runIDs() const { return runIDs_; }
+    // Of those, the ones whose outcome came from that run (the rows of the others may still
+    // show an earlier run's), in the order they ended; and whether that run was stopped.
+    const std::vector<BenchmarkID>& endedInRun() const { return endedInRun_; }
+    bool runStopped() const { return runStopped_; }
 
     // Set together with the row's outcome; the unavailable default before a first outcome.
     const BenchmarkEndState& endState(BenchmarkID id) const { return endStates_[indexOf(id)]; }
@@ -271,6 +275,8 @@ class BenchmarkStore : public QObject {
     std::array<BenchmarkEndState, kBenchmarkCount> endStates_{};
     RunCondition runCondition_;
     std::vector<BenchmarkID> runIDs_;
+    std::vector<BenchmarkID> endedInRun_;
+    bool runStopped_ = false;
     ThrottleWatch throttleWatch_;
     NoiseFloors noiseFloors_;
     std::vector<ProgressPoint> passSeries_; // the running pass's progress, sampled by the display clock

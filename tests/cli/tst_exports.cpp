@@ -127,11 +127,29 @@ TEST(Exports, CsvHtmlAndManyRunComparisonsCarryEveryRun) {
     ASSERT_EQ(records.size(), 5u) << "a header and two benchmarks of each run";
     const auto header = csvFields(records[0]);
     const auto sliceColumn = std::find(header.begin(), header.end(), "slice_rates") - header.begin();
+    const nlohmann::json report = nlohmann::json::parse(readFile(run.report));
+    const std::string machineId = report["machine"]["machineId"];
     for (std::size_t i = 1; i < records.size(); ++i) {
         const auto fields = csvFields(records[i]);
         ASSERT_EQ(fields.size(), header.size()) << records[i];
         EXPECT_GE(lines(fields[sliceColumn] + " ", " ").size(), 5u) << "the slice rates, raw";
+        // Named the same way whenever exported: the machine and the start, not a history number.
+        EXPECT_EQ(fields[0], machineId + "-" + report["startedAt"].get<std::string>());
+        EXPECT_EQ(fields[2], machineId);
     }
+
+    // Text from an imported report that a spreadsheet would run is kept as text.
+    auto hostile = report;
+    hostile["machine"]["hostName"] = "=HYPERLINK(\"http://x\")";
+    for (auto& row : hostile["system"])
+        if (row["label"] == "CPU") row["value"] = "@SUM(A1)";
+    run.tree.write("hostile.json", hostile.dump());
+    const auto guarded =
+        test::runProcess({kQuarbel, "export", run.tree.path("hostile.json"), "--format", "csv"}, run.env);
+    ASSERT_EQ(guarded.exitCode, 0) << guarded.err;
+    const auto guardedFields = csvFields(lines(guarded.out, "\r\n").at(1));
+    EXPECT_EQ(guardedFields[1], "'=HYPERLINK(\"http://x\")");
+    EXPECT_EQ(guardedFields[4], "'@SUM(A1)");
 
     const std::string page = run.tree.path("out/page.html");
     std::filesystem::create_directories(run.tree.path("out"));

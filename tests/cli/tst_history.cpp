@@ -3,6 +3,7 @@
 #include "results/history_index.h"
 #include "results/json_report.h"
 #include "results/learned_floors.h"
+#include "results/report_file.h"
 #include "results/run_comparison.h"
 #include "results/run_history.h"
 #include "sensors/fake_tree.h"
@@ -11,8 +12,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <set>
 #include <sstream>
 #include <sys/stat.h>
@@ -269,6 +272,28 @@ TEST(RunHistory, WhatIsNotARegularFileIsNeverOpenedForReading) {
     }
 }
 
+TEST(RunHistory, ABatchIsSavedWholeOrNotAtAll) {
+    FakeTree tree;
+    const std::string dir = tree.path("runs");
+    const std::string text = reportText("2026-11-23T10:00:00Z", "1.0", false, {});
+    const HistoryBatchSave saved =
+        saveAllToHistory(dir, {{"2026-11-23T10:00:00Z", text}, {"2026-11-23T10:00:00Z", text + " "}});
+    ASSERT_TRUE(saved.problem.empty()) << saved.problem;
+    ASSERT_EQ(saved.paths.size(), 2u);
+    EXPECT_EQ(std::filesystem::path(saved.paths[1]).filename(), "2026-11-23-100000Z-2.json");
+    EXPECT_EQ(tree.read("runs/2026-11-23-100000Z-2.json"), text + " ");
+
+    // The second report finds every one of its names taken: the first goes again.
+    const NewReportBatch refused =
+        writeNewReportFiles(dir, {{{"fresh.json"}, text}, {{"2026-11-23-100000Z.json"}, text}}, 0644);
+    EXPECT_EQ(refused.problem, "every name for a report in " + dir + " is taken");
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(dir))
+        names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(names, (std::vector<std::string>{"2026-11-23-100000Z-2.json", "2026-11-23-100000Z.json"}));
+}
+
 TEST(RunHistory, ComparesByTitleAndWarnsWhenRunsAreNotLikeForLike) {
     FakeTree tree;
     tree.write("a.json", reportText("2026-11-23T10:00:00Z", "1.0", false,
@@ -407,6 +432,32 @@ TEST(RunHistory, CompareJudgesByStatisticsAndFailsOnSlowerForCI) {
         const auto result = test::runProcess(command, env);
         EXPECT_EQ(result.exitCode, 2) << arguments.back() << "\n" << result.out;
         EXPECT_EQ(result.out.find("Running"), std::string::npos) << "nothing runs";
+    }
+}
+
+TEST(RunHistory, AResultThatFailedOrHoldsNoValidScoreIsNamedAndNeverCalledSlower) {
+    const auto runWith = [](const std::string& path, const std::string& status, double score) {
+        SavedRun run;
+        run.path = path;
+        run.results.push_back({"cpuInteger", "CPU Single-Core", status, score, std::nullopt, {}});
+        return run;
+    };
+    const struct {
+        std::string status;
+        double score;
+        const char* why;
+    } cases[] = {
+        {"failed", 0, "failed in B"},
+        {"ok", 0, "no valid score in B (a report that says ok with a score of 0)"},
+        {"ok", -5, "no valid score in B (a report that says ok with a score of -5)"},
+        {"ok", std::numeric_limits<double>::quiet_NaN(), "no valid score in B"},
+    };
+    for (const auto& c : cases) {
+        const RunComparison comparison =
+            compareRuns(runWith("a", "ok", 100), runWith("b", c.status, c.score));
+        ASSERT_EQ(comparison.rows.size(), 1u);
+        EXPECT_EQ(comparison.rows[0].notJudged.rfind(c.why, 0), 0u) << comparison.rows[0].notJudged;
+        EXPECT_NE(comparison.rows[0].compared.verdict, Verdict::slower) << c.why;
     }
 }
 

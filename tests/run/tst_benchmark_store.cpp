@@ -90,6 +90,27 @@ TEST(BenchmarkStore, FullSuiteRecordsEveryOutcomeLogsAndSummarises) {
     EXPECT_EQ(store.thermalMonitorInterval(), 5.0);
 }
 
+TEST(BenchmarkStore, TheFirstLogLineNamesWhatRunsAndHow) {
+    const struct {
+        std::vector<BenchmarkID> ids;
+        bool quick;
+        const char* line;
+    } cases[] = {
+        {{BenchmarkID::memoryStream},
+         true,
+         "Running Memory Stream (Standard Mode, quick: a tenth of each time budget)"},
+        {{BenchmarkID::memoryStream, BenchmarkID::cpuInteger}, false, "Running 2 benchmarks (Standard Mode)"},
+    };
+    for (const auto& c : cases) {
+        FakeWorkloads fakes;
+        BenchmarkStore store(fakes.services());
+        store.setQuickMode(c.quick);
+        store.run(c.ids, false);
+        ASSERT_TRUE(processEventsUntil([&] { return idle(store); }));
+        EXPECT_EQ(messages(store).at(1), c.line);
+    }
+}
+
 TEST(BenchmarkStore, SingleTestSummaryUsesTheRunScore) {
     FakeWorkloads fakes;
     fakes.set(BenchmarkID::memoryStream, FakeBehaviour::instantOk, 500);
@@ -152,6 +173,27 @@ TEST(BenchmarkStore, StopMidRunCancelsTheWorkloadAndLeavesNoSummary) {
         << "the late outcome is discarded";
     EXPECT_EQ(store.rows()[BenchmarkID::cpuCrypto].state, TestRunState::idle);
     EXPECT_EQ(fakes.calls(BenchmarkID::cpuCrypto), 0);
+}
+
+TEST(BenchmarkStore, AStoppedRunLeavesEarlierResultsAndTheirSummaryInView) {
+    FakeWorkloads fakes;
+    fakes.set(BenchmarkID::cpuInteger, FakeBehaviour::instantOk, 700);
+    BenchmarkStore store(fakes.services());
+    store.run({BenchmarkID::cpuInteger}, false);
+    ASSERT_TRUE(processEventsUntil([&] { return idle(store); }));
+    const BenchmarkRowState earlier = store.rows()[BenchmarkID::cpuInteger];
+    ASSERT_EQ(earlier.state, TestRunState::done);
+    const double total = store.totalScore();
+
+    fakes.set(BenchmarkID::cpuInteger, FakeBehaviour::untilCancelled);
+    store.run({BenchmarkID::cpuInteger, BenchmarkID::cpuFloating}, false);
+    ASSERT_TRUE(processEventsUntil([&] { return fakes.running() == 1; }));
+    store.stop();
+    ASSERT_TRUE(processEventsUntil([&] { return idle(store); }));
+    EXPECT_EQ(store.rows()[BenchmarkID::cpuInteger], earlier) << "not put back to Not run yet";
+    EXPECT_DOUBLE_EQ(store.totalScore(), total);
+    ASSERT_TRUE(store.runSummary()) << "nothing of the stopped run ended: the summary before it stays";
+    EXPECT_EQ(store.runSummary()->completed, 1);
 }
 
 TEST(BenchmarkStore, AccuracyModeRunsThreePassesAndKeepsTheMedian) {
@@ -350,8 +392,9 @@ TEST(BenchmarkStore, VisualBenchmarkIgnoresStaleCallbacksAndResumesOnce) {
 
     store.stop();
     ASSERT_TRUE(processEventsUntil([&] { return idle(store); }));
-    EXPECT_EQ(store.rows()[BenchmarkID::metalVisual].state, TestRunState::idle);
-    EXPECT_FALSE(store.runSummary());
+    EXPECT_EQ(store.rows()[BenchmarkID::metalVisual].outcome->score, 321) << "the earlier result stays";
+    EXPECT_TRUE(store.runStopped());
+    EXPECT_TRUE(store.endedInRun().empty());
     const QStringList log = messages(store);
     EXPECT_EQ(log.mid(log.size() - 2), (QStringList{"Run stopped", "Ready"}));
 }

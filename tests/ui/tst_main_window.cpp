@@ -219,6 +219,8 @@ TEST(ResultPanel, ShowsWholeDetailsAndTellsHowToEnableASkippedDevice) {
         ASSERT_TRUE(QTest::qWaitFor([&] { return !store.busy(); }, 5000));
         store.setSelectedID(c.id);
         EXPECT_EQ(window.resultPanel()->saveCardButton()->isEnabled(), c.saveable) << title(c.id);
+        EXPECT_EQ(window.summaryPanel()->saveCardButton()->isEnabled(), c.saveable)
+            << title(c.id) << ": a run with nothing completed has no card";
         // First as the run left the window (the panel was hidden behind the stage while its
         // text changed), then at a wide and a narrow width.
         for (const int width : {0, 1400, 960}) {

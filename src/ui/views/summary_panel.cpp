@@ -34,13 +34,20 @@ SummaryPanel::SummaryPanel(BenchmarkStore& store, QWidget* parent)
     setAttribute(Qt::WA_OpaquePaintEvent);
     setFixedHeight(176);
     saveCard_->setObjectName(QStringLiteral("secondaryButton"));
-    saveCard_->setToolTip(tr("Save this run as a global PNG card"));
     connect(&store_, &BenchmarkStore::runConditionChanged, this, qOverload<>(&QWidget::update));
-    connect(&store_, &BenchmarkStore::runSummaryChanged, this, [this] {
-        setVisible(store_.runSummary().has_value());
-        update();
-    });
-    setVisible(store_.runSummary().has_value());
+    connect(&store_, &BenchmarkStore::runSummaryChanged, this, &SummaryPanel::followSummary);
+    followSummary();
+}
+
+void SummaryPanel::followSummary() {
+    const auto summary = store_.runSummary();
+    setVisible(summary.has_value());
+    // A run in which nothing completed has no score to put on a card.
+    const bool scored = summary && summary->completed > 0;
+    saveCard_->setEnabled(scored);
+    saveCard_->setToolTip(scored ? tr("Save this run as a global PNG card")
+                                 : tr("No benchmark of this run completed: there is no score for a card"));
+    update();
 }
 
 void SummaryPanel::resizeEvent(QResizeEvent* event) {

@@ -26,6 +26,7 @@ class SummaryPanel : public QWidget {
     void resizeEvent(QResizeEvent* event) override;
 
   private:
+    void followSummary();
     BenchmarkStore& store_;
     QPushButton* saveCard_;
 };
