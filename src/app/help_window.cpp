@@ -8,10 +8,11 @@ namespace quarbel::app {
 
 const std::array<HelpSection, 10>& helpSections() {
     static const std::array<HelpSection, 10> sections{{
-        {"What Quarbel Does", "Quarbel measures sustained performance across CPU, memory, storage, RAW "
-                              "processing, GPU compute, and a real-time Metal visual scene. Results are "
-                              "Quarbel scores and throughput measurements intended for comparing the same "
-                              "machine across changes or comparing machines under similar conditions."},
+        {"What Quarbel Does",
+         "Quarbel measures sustained performance across CPU, memory, storage, RAW "
+         "processing, GPU compute, and a real-time GPU scene drawn with Vulkan. Results are "
+         "Quarbel scores and throughput measurements intended for comparing the same "
+         "machine across changes or comparing machines under similar conditions."},
         {"Running Tests", "Select a benchmark in the sidebar and press Run to test only that item. Press All "
                           "to run the complete suite. The selected test remains selected when running a "
                           "single item. Press Stop to cancel the active run."},
@@ -23,11 +24,15 @@ const std::array<HelpSection, 10>& helpSections() {
          "While a test is running, the main window shows the active workload, elapsed time, target duration, "
          "progress, and live metrics when available. CPU, memory, and SSD tests show an inline technical "
          "stage with a growing progress bar and real-time test text. Render, GPU, and RAW tests use separate "
-         "visual benchmark windows; GPU Visual Tour is the measured Metal scene."},
+         "visual benchmark windows; GPU Visual Tour is the measured Vulkan scene, rendered at 960 x 540 "
+         "pixels "
+         "whatever the display's scale."},
         {"Temperature Readouts",
-         "CPU and GPU temperature readouts are local best-effort SMC sensor values when macOS exposes "
-         "compatible keys. If a sensor is not available on the machine, Quarbel shows it as unavailable "
-         "instead of using estimates or external helpers."},
+         "CPU and GPU temperatures are read from the kernel's hardware monitors (/sys/class/hwmon: k10temp "
+         "or "
+         "coretemp for the processor, amdgpu, nouveau or the GPU driver's own for graphics) and from its "
+         "thermal zones. Where the machine exposes none, as most virtual machines do, Quarbel shows them as "
+         "unavailable instead of using estimates or external helpers."},
         {"Storage Results", "Sequential SSD results show large-block file Read and Write throughput in MB/s "
                             "or GB/s. Real Speed uses low-level uncached sequential I/O for volume "
                             "throughput. Random storage results show 4K read and write IOPS. Temporary files "
@@ -35,16 +40,17 @@ const std::array<HelpSection, 10>& helpSections() {
         {"Final Summary",
          "When a selected test or full suite finishes, Quarbel shows a compact summary with total score, "
          "completed tests, elapsed time, and peak CPU/GPU temperatures recorded during the run."},
-        {"Result Cards", "After a benchmark finishes, use Save Result Card to export a detailed PNG for that "
-                         "test. After a run summary appears, Save Result Card exports a global PNG with the "
-                         "total score, processor, graphics, memory, macOS, every benchmark result, status, "
-                         "main measurements, duration, and temperature readouts when available."},
+        {"Result Cards",
+         "After a benchmark finishes, use Save Result Card to export a detailed PNG for that "
+         "test. After a run summary appears, Save Result Card exports a global PNG with the "
+         "total score, processor, graphics, memory, operating system, every benchmark result, status, "
+         "main measurements, duration, and temperature readouts when available."},
         {"Privacy and Safety",
          "Quarbel does not collect analytics, send benchmark results, install background services, add login "
          "items, modify system settings, or require command-line tools at runtime. The only network-related "
          "actions are user-triggered Donate and Email Donation Link commands, which open the system browser "
          "or mail app."},
-        {"Quit", "Use Quarbel > Quit Quarbel or Command-Q to quit. Active benchmark windows are closed and "
+        {"Quit", "Use Quarbel > Quit Quarbel or Ctrl+Q to quit. Active benchmark windows are closed and "
                  "the app does not intentionally remain running in the background."},
     }};
     return sections;

@@ -1,8 +1,12 @@
 #include "app/shared_window.h"
 
+#include <QApplication>
 #include <QKeySequence>
 #include <QPalette>
+#include <QScreen>
 #include <QShortcut>
+
+#include <algorithm>
 
 namespace quarbel::app {
 
@@ -60,6 +64,24 @@ QLabel* makeTextLabel(const QString& text, qreal pointScale, QFont::Weight weigh
     return label;
 }
 
+void placeOverActiveWindow(QWidget& window) {
+    // Centred over the window it was asked from, kept on that window's screen; with none, the
+    // window system places it.
+    const QWidget* over = QApplication::activeWindow();
+    if (over == nullptr || over == &window) return;
+    const QRect anchor = over->frameGeometry();
+    QRect placed(QPoint(), window.size());
+    placed.moveCenter(anchor.center());
+    if (const QScreen* screen = over->screen()) {
+        const QRect available = screen->availableGeometry();
+        placed.moveRight(std::min(placed.right(), available.right()));
+        placed.moveBottom(std::min(placed.bottom(), available.bottom()));
+        placed.moveLeft(std::max(placed.left(), available.left()));
+        placed.moveTop(std::max(placed.top(), available.top()));
+    }
+    window.move(placed.topLeft());
+}
+
 SharedWindowController::SharedWindowController(std::function<std::unique_ptr<QWidget>()> makeWindow)
     : makeWindow_(std::move(makeWindow)) {}
 
@@ -69,6 +91,7 @@ void SharedWindowController::showWindow() {
     if (!window_) {
         window_ = makeWindow_();
         window_->setAttribute(Qt::WA_QuitOnClose, false);
+        placeOverActiveWindow(*window_);
         // Esc and Ctrl+W close it, as they close a desktop's other secondary windows.
         for (const QKeySequence& keys : {QKeySequence(Qt::Key_Escape), QKeySequence(Qt::CTRL | Qt::Key_W)}) {
             auto* shortcut = new QShortcut(keys, window_.get());

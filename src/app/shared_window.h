@@ -27,6 +27,9 @@ QString darkControlsStyle();
 // A word-wrapped plain-text label at `pointScale` times the application font, in `colour`.
 QLabel* makeTextLabel(const QString& text, qreal pointScale, QFont::Weight weight, const QColor& colour);
 
+// Moves `window` so that it is centred over the active window, on that window's screen.
+void placeOverActiveWindow(QWidget& window);
+
 class SharedWindowController {
   public:
     // `makeWindow` builds the window's content the first time it is shown.

@@ -61,11 +61,18 @@ TEST(MenuCommands, RunCommandsFollowTheStoreAndCallItsOperations) {
     EXPECT_EQ(helpRequests, 1);
 }
 
-TEST(QuarbelHelpWindowController, SecondRequestShowsTheSameWindow) {
+TEST(QuarbelHelpWindowController, SecondRequestShowsTheSameWindowOverTheWindowItWasAskedFrom) {
+    QWidget main;
+    main.setGeometry(60, 40, 700, 740); // within the test display
+    main.show();
+    main.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&main));
     QuarbelHelpWindowController help;
     help.showWindow();
     QWidget* first = help.window();
     ASSERT_NE(first, nullptr);
+    EXPECT_LE((first->frameGeometry().center() - main.frameGeometry().center()).manhattanLength(), 40)
+        << "centred over the main window, not at the screen's corner";
     first->close();
     help.showWindow();
     EXPECT_EQ(help.window(), first);

@@ -288,6 +288,24 @@ TEST(SidebarView, ArrowKeysMoveOverTheRowsAndTabRingsTheSelection) {
     EXPECT_EQ(ring(), unfocused) << "a click shows where it went without a ring";
     QTest::keyClick(sidebar, Qt::Key_Tab);
     EXPECT_TRUE(w.window.header()->runButton()->hasFocus());
+    // On through the run controls (Stop is disabled while idle): the Quick switch follows Accuracy.
+    for (QWidget* next :
+         std::initializer_list<QWidget*>{w.window.header()->allButton(), w.window.header()->accuracySwitch(),
+                                         w.window.header()->quickSwitch()}) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        EXPECT_EQ(QApplication::focusWidget(), next) << next->objectName().toStdString();
+    }
+
+    // Return on the list and Enter on Run start the selected benchmark.
+    const auto runsStarted = [&] { return w.store.logLines().filter(QStringLiteral("] Running ")).size(); };
+    for (QWidget* target :
+         {static_cast<QWidget*>(sidebar), static_cast<QWidget*>(w.window.header()->runButton())}) {
+        const auto before = runsStarted();
+        target->setFocus(Qt::OtherFocusReason);
+        QTest::keyClick(target, target == sidebar ? Qt::Key_Return : Qt::Key_Enter);
+        ASSERT_TRUE(w.waitIdle());
+        EXPECT_EQ(runsStarted(), before + 1) << (target == sidebar ? "Return on the list" : "Enter on Run");
+    }
 }
 
 // The log view holds exactly the store's lines as they come and go, follows the newest

@@ -139,6 +139,7 @@ MainWindow::MainWindow(BenchmarkStore& store, QWidget* parent)
                                       header_->allButton(),
                                       header_->stopButton(),
                                       header_->accuracySwitch(),
+                                      header_->quickSwitch(),
                                       result_->saveCardButton(),
                                       summary_->saveCardButton(),
                                       log_->textView()};

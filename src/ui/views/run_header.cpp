@@ -18,6 +18,9 @@ constexpr int kControlsHeight = 52;
 
 QPushButton* makeButton(const QString& text, const QString& objectName, QWidget* parent) {
     auto* button = new QPushButton(text, parent);
+    // Return and Enter press a focused button, as Space does (outside dialogs Qt leaves them
+    // to auto-default buttons only).
+    button->setAutoDefault(true);
     button->setObjectName(objectName);
     button->setCursor(Qt::PointingHandCursor);
     button->setMinimumWidth(76);

@@ -196,6 +196,12 @@ void SidebarView::keyPressEvent(QKeyEvent* event) {
         break;
     case Qt::Key_Home: next = order.front(); break;
     case Qt::Key_End: next = order.back(); break;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        // Runs the selected benchmark, as a double click on it would; nothing while a run goes on.
+        event->accept();
+        if (!store_.busy()) store_.runSelected();
+        return;
     default: return QWidget::keyPressEvent(event);
     }
     // Taken even at either end, so that the scroll area around does not scroll instead.
