@@ -22,14 +22,16 @@ namespace MainWindowPlacement {
 namespace {
 
 constexpr int kSaveDelayMs = 500;
+// How long a window manager takes to decorate a new window, and tell Qt, after it is shown.
+constexpr int kDecorationDelayMs = 250;
 
-// One axis of fittedFrame: content of `length` at `position`, `decoration` around it, in an
-// area of `areaLength` from `areaStart`.
+// One axis of fittedFrame: content of `length` whose frame starts at `position`, `decoration`
+// around it, in an area of `areaLength` from `areaStart`. Too long, it shrinks to the area;
+// then the whole frame is moved in from whichever edge it crosses.
 void fitAxis(int& position, int& length, int decoration, int areaStart, int areaLength, int minimum) {
     const int available = areaLength - decoration;
-    if (length <= available) return;
-    length = std::max(available, std::min(minimum, areaLength));
-    position = areaStart;
+    if (length > available) length = std::max(available, std::min(minimum, areaLength));
+    position = std::max(areaStart, std::min(position, areaStart + areaLength - decoration - length));
 }
 
 QMargins decorationsOf(const QWidget& window) {
@@ -158,9 +160,27 @@ void Coordinator::cleanup() {
     window_ = nullptr;
 }
 
+void keepOnScreen(QWidget& window, const QList<QRect>& screens) {
+    if (screens.isEmpty() || (window.windowState() & (Qt::WindowMaximized | Qt::WindowFullScreen)) != 0)
+        return;
+    const QRect frame(window.pos(), window.size());
+    const QRect fitted = fittedFrame(frame, areaOverlappedMost(frame, screens), decorationsOf(window));
+    if (fitted != frame) place(window, fitted);
+}
+
 bool Coordinator::eventFilter(QObject* watched, QEvent* event) {
     if (watched == window_) {
         switch (event->type()) {
+        case QEvent::Show:
+            // Before the window is shown its decorations count as nothing: the frame is fitted
+            // again once the window manager has put them around it.
+            if (!refitted_) {
+                refitted_ = true;
+                QTimer::singleShot(kDecorationDelayMs, this, [this] {
+                    if (window_) keepOnScreen(*window_, screenAreas(*window_));
+                });
+            }
+            break;
         case QEvent::Move:
         case QEvent::Resize: scheduleSave(); break;
         case QEvent::Close: saveNow(); break;

@@ -68,6 +68,10 @@ QRect fittedFrame(const QRect& frame, const QRect& area, const QMargins& decorat
 // (or after: the window manager's decorations are then taken into account). Main thread only.
 void configure(QWidget& window, const FrameSettings& settings, const QList<QRect>& screens);
 
+// Fits the shown window's frame, decorations included, into the screen area it overlaps most
+// (moved in, and shrunk where it must); a maximised or full-screen window is left as it is.
+void keepOnScreen(QWidget& window, const QList<QRect>& screens);
+
 // Stores the window's current frame and marks it saved.
 void save(const QWidget& window, FrameSettings& settings);
 
@@ -98,6 +102,7 @@ class Coordinator : public QObject {
     FrameSettings& settings_;
     QPointer<QWidget> window_;
     QTimer saveTimer_;
+    bool refitted_ = false; // the frame was fitted again once its decorations were known
 };
 
 } // namespace MainWindowPlacement

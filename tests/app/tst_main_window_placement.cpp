@@ -40,7 +40,13 @@ TEST(MainWindowPlacement, RestoresOnlyAUsableSavedFrameElseCentresAndFitsTheScre
         {"first launch", {}, {}, {1000, 700}, centred},
         {"valid frame", true, "100 120 900 640", {1000, 700}, {100, 120, 900, 640}},
         {"frame on the second screen", true, "2000 50 1100 800", {1000, 700}, {2000, 50, 1100, 800}},
-        {"frame partly off the left edge", true, "-500 100 900 640", {1000, 700}, {-500, 100, 900, 640}},
+        {"frame partly off the left edge", true, "-500 100 900 640", {1000, 700}, {0, 100, 900, 640}},
+        {"frame that fits a smaller screen but crosses its right edge",
+         true,
+         "600 100 1200 700",
+         {1000, 700},
+         {166, 68, 1200, 700},
+         laptop},
         {"frame narrower than 840", true, "10 20 839 700", {1000, 700}, centred},
         {"frame lower than 560", true, "10 20 1000 559", {1000, 700}, centred},
         {"frame off every screen", true, "3300 0 1000 700", {1000, 700}, centred},
@@ -92,6 +98,14 @@ TEST(MainWindowPlacement, AFittedFrameLeavesRoomForTheWindowManagersDecorations)
               QRect(40, 0, 1200, 738));
     EXPECT_EQ(placement::fittedFrame({40, 10, 1200, 700}, {0, 0, 1366, 768}, titleBar),
               QRect(40, 10, 1200, 700));
+    EXPECT_EQ(placement::fittedFrame({40, 60, 1200, 700}, {0, 0, 1366, 768}, titleBar),
+              QRect(40, 38, 1200, 700))
+        << "moved up until the frame's foot is on screen";
+    // The whole window fits 1280 x 720 and 1366 x 768, from a frame saved on a larger screen.
+    for (const QRect& screen : {QRect(0, 0, 1280, 720), QRect(0, 0, 1366, 768)}) {
+        const QRect fitted = placement::fittedFrame({300, 200, 1400, 900}, screen, titleBar);
+        EXPECT_TRUE(screen.contains(fitted.adjusted(0, 0, 0, 30))) << fitted.x() << "," << fitted.y();
+    }
     // Not below the minimum height where the screen has room for it, decorations or not.
     EXPECT_EQ(placement::fittedFrame({0, 0, 900, 640}, {0, 0, 900, 580}, titleBar), QRect(0, 0, 900, 560));
 }
@@ -106,7 +120,7 @@ TEST(MainWindowPlacement, SavedFrameRoundTrips) {
 
     QWidget next;
     placement::configure(next, settings, kScreens);
-    EXPECT_EQ(QRect(next.pos(), next.size()), QRect(-300, 40, 1234, 777));
+    EXPECT_EQ(QRect(next.pos(), next.size()), QRect(0, 40, 1234, 777)) << "brought back on screen whole";
 }
 
 TEST(MainWindowPlacementCoordinator, BurstOfResizesWritesOnceAndCloseWritesAtOnce) {
