@@ -5,9 +5,12 @@
 #include "workloads/gpu/submission_plan.h"
 
 #include <algorithm>
+#include <chrono>
+#include <condition_variable>
 #include <cstdlib>
 #include <ctime>
 #include <memory>
+#include <mutex>
 #include <new>
 
 QLResult::QLResult(std::int32_t code, double scoreValue, double gflopsValue, double gpuValue,
@@ -45,6 +48,49 @@ struct OpenCLObjects {
 };
 
 const QLResult kCallFailed(-3, 0, 0, 0, 0);
+constexpr auto kStopCheckInterval = std::chrono::milliseconds(20);
+
+// Set by the runtime's callback when a batch's last command has completed (or failed). Shared
+// with the callback, which may come after the wait was given up.
+struct BatchCompletion {
+    std::mutex mutex;
+    std::condition_variable completed;
+    bool done = false;
+};
+
+void CL_CALLBACK onBatchComplete(cl_event, cl_int, void* data) {
+    auto* completion = static_cast<std::shared_ptr<BatchCompletion>*>(data);
+    {
+        std::lock_guard lock((*completion)->mutex);
+        (*completion)->done = true;
+    }
+    (*completion)->completed.notify_all();
+    delete completion;
+}
+
+// Waits until `event` (the batch's last command) has completed: woken at once by the runtime,
+// and asking `goOn` every 20 ms meanwhile; false as soon as it says no (nothing is waited
+// for then).
+bool waitForBatch(cl_command_queue queue, cl_event event, const std::function<bool()>& goOn) {
+    auto completion = std::make_shared<BatchCompletion>();
+    auto* shared = new std::shared_ptr<BatchCompletion>(completion);
+    if (clSetEventCallback(event, CL_COMPLETE, onBatchComplete, shared) != CL_SUCCESS) {
+        delete shared;
+        clFinish(queue); // no callback: wait as a plain queue would
+        return true;
+    }
+    clFlush(queue);
+    std::unique_lock lock(completion->mutex);
+    while (!completion->done) {
+        lock.unlock();
+        if (!goOn()) return false;
+        lock.lock();
+        completion->completed.wait_for(lock, kStopCheckInterval, [&] { return completion->done; });
+    }
+    lock.unlock();
+    clFinish(queue); // the batch is done; this only reports an error the queue met
+    return true;
+}
 
 } // namespace
 
@@ -124,7 +170,8 @@ std::optional<PlatformDevice> deviceFromEnvironment() {
 }
 
 QLResult runOpenCL(std::int32_t count, std::int32_t iterations, double seconds,
-                   const std::function<bool(std::int64_t, double)>& afterBatch, std::uint32_t maxPerBatch) {
+                   const std::function<bool(std::int64_t, double)>& afterBatch, std::uint32_t maxPerBatch,
+                   const std::function<bool()>& stopRequested) {
     cl_device_id device = nullptr;
     cl_platform_id platform = nullptr;
     if (QLFindOpenCLDevice(&device, &platform) != CL_SUCCESS) return QLResult(-1, 0, 0, 0, 0);
@@ -177,14 +224,22 @@ QLResult runOpenCL(std::int32_t count, std::int32_t iterations, double seconds,
         const double submitted = QLNow();
         cl_event first = nullptr, last = nullptr;
         for (std::uint32_t i = 0; i < batch; ++i) {
-            cl_event* event = !profiled ? nullptr : i == 0 ? &first : i + 1 == batch ? &last : nullptr;
+            cl_event* event = i == 0 ? &first : i + 1 == batch ? &last : nullptr;
             if (clEnqueueNDRangeKernel(cl.queue, cl.kernel, 1, nullptr, &global, &local, 0, nullptr, event) !=
                 CL_SUCCESS) {
                 if (first != nullptr) clReleaseEvent(first);
                 return kCallFailed;
             }
         }
-        clFinish(cl.queue);
+        // Waited for in short steps, so that a stop is seen within one step even while a batch
+        // (or the first dispatch, which a CPU device also compiles) takes seconds. What is still
+        // queued after a stop finishes on its own: the objects live until it has.
+        if (!waitForBatch(cl.queue, last != nullptr ? last : first,
+                          [&] { return !stopRequested || !stopRequested(); })) {
+            clReleaseEvent(first);
+            if (last != nullptr) clReleaseEvent(last);
+            break;
+        }
         if (profiled) {
             cl_ulong began = 0, ended = 0;
             const cl_event end = last != nullptr ? last : first;
@@ -195,9 +250,9 @@ QLResult runOpenCL(std::int32_t count, std::int32_t iterations, double seconds,
                                ended >= began;
             busy += timed ? static_cast<double>(ended - began) * 1e-9 : 0;
             busyKnown = busyKnown && timed;
-            clReleaseEvent(first);
-            if (last != nullptr) clReleaseEvent(last);
         }
+        clReleaseEvent(first);
+        if (last != nullptr) clReleaseEvent(last);
         dispatches += batch;
         mostPerBatch = std::max(mostPerBatch, batch);
         const double finished = QLNow();

@@ -59,10 +59,11 @@ std::optional<PlatformDevice> deviceFromEnvironment();
 inline constexpr double kOperationsPerElementIteration = 42.0;
 
 // QuarbelRunOpenCL, calling `afterBatch(dispatches, elapsedSeconds)` after each batch of
-// dispatches has finished; the loop ends early when it returns false (a stop request).
+// dispatches has finished; the loop ends early when it returns false (a stop request), and
+// also while a batch still runs once `stopRequested` (asked every 20 ms) says so.
 // `maxPerBatch` caps the kernels enqueued before one wait (1: one at a time).
 QLResult runOpenCL(std::int32_t count, std::int32_t iterations, double seconds,
                    const std::function<bool(std::int64_t, double)>& afterBatch,
-                   std::uint32_t maxPerBatch = 256);
+                   std::uint32_t maxPerBatch = 256, const std::function<bool()>& stopRequested = {});
 
 } // namespace quarbel::opencl

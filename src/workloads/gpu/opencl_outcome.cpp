@@ -46,7 +46,7 @@ BenchmarkOutcome runOpenCLCompute(const WorkloadContext& context, const OpenCLCo
                 context.reportProgress(dispatches, elapsed, unit);
                 return !context.cancelled();
             },
-            parameters.maxDispatchesPerSubmission);
+            parameters.maxDispatchesPerSubmission, [&] { return context.cancelled(); });
         return openCLOutcome(result);
     } catch (const std::exception&) {
         // Only host allocations can throw here; the entry reports those as status -2.

@@ -206,6 +206,13 @@ TEST(OpenCLCompute, BatchesKernelsBetweenWaitsProfilesThemAndStopsWhenAsked) {
                 1e-6);
     EXPECT_GT(result.busyFraction, 0.0) << "PoCL profiles its queue";
     EXPECT_LE(result.busyFraction, 1.0);
+    // A stop seen while a batch still runs ends the loop without waiting for the batch.
+    int batchesEnded = 0;
+    const QLResult stopped = opencl::runOpenCL(
+        256, 4, 60.0, [&](std::int64_t, double) { return ++batchesEnded > 0; }, 16, [] { return true; });
+    EXPECT_EQ(stopped.status, 0);
+    EXPECT_EQ(batchesEnded, 0);
+    EXPECT_EQ(stopped.gflops, 0.0) << "the unfinished batch is not counted";
     const BenchmarkOutcome outcome = openCLOutcome(result);
     ASSERT_TRUE(outcome.gpu.has_value());
     EXPECT_EQ(outcome.gpu->dispatchesPerSubmission, static_cast<std::uint32_t>(result.mostPerSubmission));
