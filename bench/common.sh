@@ -21,3 +21,16 @@ start_display() {
   trap 'kill $XVFB 2>/dev/null; rm -rf "$PRIVATE"' EXIT
   sleep 1
 }
+
+# storage_bench BUILD: the path of the storage workloads' bench program in BUILD, a Release
+# build with the benchmarks, configured and built there when it is missing.
+storage_bench() {
+  local build="$1" root
+  root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+  if [[ ! -x "$build/bench/storage/quarbel_storage_bench" ]]; then
+    cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DQUARBEL_BUILD_TESTS=OFF \
+      -DQUARBEL_BUILD_BENCHMARKS=ON >/dev/null
+    cmake --build "$build" -j2 --target quarbel_storage_bench >/dev/null
+  fi
+  echo "$build/bench/storage/quarbel_storage_bench"
+}

@@ -12,17 +12,13 @@
 # Environment: SCRATCH (default $TMPDIR or /tmp), REPS (default 6), SIZE_MIB (default 1024).
 set -euo pipefail
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+source "$ROOT/bench/common.sh"
 BUILD="${1:-$ROOT/build/release}"
 SCRATCH="${SCRATCH:-${TMPDIR:-/tmp}}"
 REPS="${REPS:-6}"
 SIZE_MIB="${SIZE_MIB:-1024}"
 command -v fio >/dev/null && command -v strace >/dev/null || { echo "needs fio and strace" >&2; exit 1; }
-if [[ ! -x "$BUILD/bench/storage/quarbel_storage_bench" ]]; then
-  cmake -S "$ROOT" -B "$BUILD" -G Ninja -DCMAKE_BUILD_TYPE=Release -DQUARBEL_BUILD_TESTS=OFF \
-    -DQUARBEL_BUILD_BENCHMARKS=ON >/dev/null
-  cmake --build "$BUILD" -j2 --target quarbel_storage_bench >/dev/null
-fi
-OURS="$BUILD/bench/storage/quarbel_storage_bench"
+OURS="$(storage_bench "$BUILD")"
 WORK="$(mktemp -d "$SCRATCH/quarbel-strace-XXXXXX")"
 trap 'rm -rf "$WORK"' EXIT
 TRACE=(strace -f -ttt -T -e trace=openat,write,pwrite64,fsync,fdatasync,close)

@@ -11,6 +11,7 @@
 set -euo pipefail
 
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+source "$ROOT/bench/common.sh"
 BUILD="${1:-$ROOT/build/release}"
 SCRATCH="${SCRATCH:-${TMPDIR:-/tmp}}"
 REPS="${REPS:-5}"
@@ -18,12 +19,7 @@ SIZE_MIB="${SIZE_MIB:-256}"
 RANDOM_SECONDS="${RANDOM_SECONDS:-2}"
 
 command -v fio >/dev/null || { echo "fio is not installed (scripts/dev.sh installs it)" >&2; exit 1; }
-if [[ ! -x "$BUILD/bench/storage/quarbel_storage_bench" ]]; then
-  cmake -S "$ROOT" -B "$BUILD" -G Ninja -DCMAKE_BUILD_TYPE=Release -DQUARBEL_BUILD_TESTS=OFF \
-    -DQUARBEL_BUILD_BENCHMARKS=ON >/dev/null
-  cmake --build "$BUILD" -j2 --target quarbel_storage_bench >/dev/null
-fi
-OURS="$BUILD/bench/storage/quarbel_storage_bench"
+OURS="$(storage_bench "$BUILD")"
 
 WORK="$(mktemp -d "$SCRATCH/quarbel-fio-XXXXXX")"
 trap 'rm -rf "$WORK"' EXIT
