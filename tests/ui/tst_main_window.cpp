@@ -168,6 +168,30 @@ QString paintedText(QWidget& widget, std::vector<std::string>* faults = nullptr)
 
 // Every outcome's whole text is on the panel, wrapped inside it, at any window width;
 // a benchmark without a score shows none (no "0.00") and cannot be saved as a card.
+TEST(ResultPanel, ANoisyResultIsMarkedAndSaysWhatDisturbedIt) {
+    FakeWorkloads fakes;
+    StoreServices services = fakes.services();
+    // Every reading: other processes took 80 % of the machine's CPU time since the last.
+    auto readings = std::make_shared<std::uint64_t>(0);
+    services.readCpuTicks = [readings] {
+        const std::uint64_t n = ++*readings;
+        return std::optional<CpuTickSample>(CpuTickSample{900 * n, 0, 1000 * n, 100 * n});
+    };
+    BenchmarkStore store(services);
+    MainWindow window(store);
+    window.resize(960, 820);
+    window.show();
+    store.run({BenchmarkID::memoryStream}, false);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !store.busy(); }, 5000));
+    store.setSelectedID(BenchmarkID::memoryStream);
+    QTest::qWait(20);
+    const QString panel = paintedText(*window.resultPanel());
+    EXPECT_TRUE(
+        panel.contains(QStringLiteral("Noisy machine: other work took 80 % of the CPU while it ran.")))
+        << panel.toStdString();
+    EXPECT_GE(panel.count(QStringLiteral("Noisy")), 2) << "the mark beside the score, and the detail";
+}
+
 TEST(ResultPanel, ShowsWholeDetailsAndTellsHowToEnableASkippedDevice) {
     FakeWorkloads fakes;
     fakes.queueScores(BenchmarkID::cineTile, {1010, 980, 1000});

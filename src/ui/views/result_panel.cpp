@@ -59,17 +59,48 @@ QString explanation(BenchmarkID id) {
 }
 
 // "± 1.3 % (95 % interval)", naming the passes when the interval comes from several.
+// An interval wider than this says the score could be almost anything: it is named as such.
+constexpr double kWidestUsableIntervalPercent = 25.0;
+
 QString intervalText(const BenchmarkEndState& end) {
     const QString interval = theme::qstring(uncertaintyText(end.uncertainty));
     if (interval.isEmpty()) return {};
+    if (end.uncertainty && end.uncertainty->ci95Percent() > kWidestUsableIntervalPercent)
+        return QObject::tr("%1 (95 %): too wide to compare with").arg(interval);
     if (end.passes > 1) return QObject::tr("%1 (95 %, %2 passes)").arg(interval).arg(end.passes);
     return QObject::tr("%1 (95 % interval)").arg(interval);
 }
 
-// The workload's detail, then how a GPU benchmark used its device and which run-to-run floor
-// the interval added.
-QString shownDetail(const BenchmarkOutcome& outcome, const BenchmarkEndState& end) {
+// What disturbed a noisy result: the share other work and the host took while it ran, and
+// the busiest other processes as the run started.
+QString noisyText(const BenchmarkEndState& end, const std::optional<MachineCondition>& atStart) {
+    QString text = QObject::tr("Noisy machine:");
+    if (end.interference) {
+        text +=
+            QObject::tr(" other work took %1 % of the CPU").arg(end.interference->otherCpuPercent, 0, 'f', 0);
+        if (end.interference->stealPercent >= 1)
+            text += QObject::tr(", the host %1 % as steal").arg(end.interference->stealPercent, 0, 'f', 0);
+        text += QObject::tr(" while it ran");
+    }
+    if (atStart && !atStart->busyProcesses.empty()) {
+        QStringList names;
+        for (const BusyProcess& process : atStart->busyProcesses)
+            if (names.size() < 3)
+                names << QObject::tr("%1 (%2 cores)")
+                             .arg(theme::qstring(process.name))
+                             .arg(process.cores, 0, 'f', 1);
+        text += QObject::tr("; busy as the run started: %1").arg(names.join(QStringLiteral(", ")));
+    }
+    return text + QLatin1Char('.');
+}
+
+// The workload's detail, then what disturbed a noisy result, how a GPU benchmark used its
+// device and which run-to-run floor the interval added.
+QString shownDetail(const BenchmarkOutcome& outcome, const BenchmarkEndState& end,
+                    const std::optional<MachineCondition>& atStart) {
     QString detail = theme::qstring(outcome.detail);
+    if (outcome.status == OutcomeStatus::ok && end.noisy)
+        detail += QStringLiteral("\n") + noisyText(end, atStart);
     if (outcome.gpu) detail += QStringLiteral("\n") + theme::qstring(gpuExecutionText(*outcome.gpu));
     if (outcome.status == OutcomeStatus::ok && end.noiseFloor)
         detail += QStringLiteral("\n") + theme::qstring(noiseFloorText(*end.noiseFloor));
@@ -131,8 +162,10 @@ qreal ResultPanel::contentHeight(qreal width) const {
     const BenchmarkOutcome& outcome = *row.outcome;
     height += kScoreRowHeight;
     if (outcome.status == OutcomeStatus::ok) {
-        height +=
-            kTilesHeight + wrappedHeight(detailFont(), shownDetail(outcome, store_.endState(id)), textWidth);
+        height += kTilesHeight +
+                  wrappedHeight(detailFont(),
+                                shownDetail(outcome, store_.endState(id), store_.runCondition().atStart),
+                                textWidth);
     } else {
         height += wrappedHeight(detailFont(), theme::qstring(outcome.detail), textWidth);
         if (const QString advice = skipAdvice(id);
@@ -200,7 +233,7 @@ void ResultPanel::paintEvent(QPaintEvent* event) {
     }
 
     const BenchmarkOutcome& outcome = *row.outcome;
-    const QString detail = shownDetail(outcome, store_.endState(id));
+    const QString detail = shownDetail(outcome, store_.endState(id), store_.runCondition().atStart);
     if (outcome.status != OutcomeStatus::ok) {
         // No score, no tiles: the status, the system's reason, and on a skip what would let
         // the benchmark run here.
@@ -269,11 +302,21 @@ void ResultPanel::paintEvent(QPaintEvent* event) {
                            theme::stateColor(*end.stabilityPercent < kThrottlingStabilityPercent
                                                  ? TestRunState::skipped
                                                  : TestRunState::done));
+    // Placed from the right in order of importance: the noisy mark first, shortened to "Noisy"
+    // when the interval leaves too little room, and drawn whatever the room; the stability only
+    // where it fits beside it.
     qreal right = area.right();
-    for (auto pill = pills.rbegin(); pill != pills.rend(); ++pill) {
-        const qreal width = theme::pillWidth(pill->first, 26);
-        if (labelLeft + labelWidth + 16 + width > right) break;
-        theme::drawPill(painter, QRectF(right - width, y + 14, width, 26), pill->first, pill->second);
+    const qreal leftmost = labelLeft + labelWidth + 16;
+    for (std::size_t i = 0; i < pills.size(); ++i) {
+        QString text = pills[i].first;
+        qreal width = theme::pillWidth(text, 26);
+        const bool noisyMark = end.noisy && i == 0;
+        if (noisyMark && right - width < leftmost) {
+            text = tr("Noisy");
+            width = theme::pillWidth(text, 26);
+        }
+        if (!noisyMark && right - width < leftmost) break;
+        theme::drawPill(painter, QRectF(right - width, y + 14, width, 26), text, pills[i].second);
         right -= width + 8;
     }
     y += kScoreRowHeight;
