@@ -29,6 +29,14 @@ std::string joined(const std::vector<std::string>& parts) {
 }
 
 // "Sustained stability: CPU Single-Core 99.6 %, ..." for the benchmarks that have one.
+// The results that count towards a score: ended ok with a positive score.
+std::size_t scoredResults(const RunReport& report) {
+    return static_cast<std::size_t>(
+        std::count_if(report.results.begin(), report.results.end(), [](const auto& r) {
+            return r.outcome.status == OutcomeStatus::ok && r.outcome.score > 0;
+        }));
+}
+
 std::string stabilityLine(const RunReport& report) {
     std::vector<std::string> parts;
     for (const auto& entry : report.results)
@@ -212,15 +220,20 @@ void RunSession::finish() {
     std::fputs(resultTableText(report).c_str(), out_);
     if (report.summary) {
         const RunSummary& s = *report.summary;
-        std::fprintf(out_, "\n%s%s: %d of %d complete (%d skipped, %d failed), run score %s pts, %s s\n",
+        std::fprintf(out_,
+                     "\n%s%s: %d of %d complete (%d skipped, %d failed), run score %s pts (over this run's "
+                     "%d benchmark%s), %s s\n",
                      s.title.c_str(), options_.quick ? " (quick)" : "", s.completed, s.total, s.skipped,
-                     s.failed, scoreText(s.score).c_str(), format(s.duration, 1).c_str());
+                     s.failed, scoreText(s.score).c_str(), s.total, s.total == 1 ? "" : "s",
+                     format(s.duration, 1).c_str());
         std::fprintf(out_, "Peak temperatures: CPU %s, GPU %s\n", temperatureText(s.peakCPU).c_str(),
                      temperatureText(s.peakGPU).c_str());
     } else {
         std::fputs("\nRun stopped: no summary.\n", out_);
     }
-    std::fprintf(out_, "Global score: %s pts\n", scoreText(report.globalScore).c_str());
+    // The figure the window's gauge shows: every benchmark counts, one that did not run as missing.
+    std::fprintf(out_, "Global score: %s pts (over all %zu benchmarks, %zu of them scored here)\n",
+                 scoreText(report.globalScore).c_str(), kAllBenchmarks.size(), scoredResults(report));
     std::fputs(stabilityLine(report).c_str(), out_);
     std::fputs(floorsLine(report).c_str(), out_);
     if (!report.badges.empty()) std::fprintf(out_, "Machine condition: %s\n", joined(report.badges).c_str());

@@ -72,6 +72,8 @@ void CL_CALLBACK onBatchComplete(cl_event, cl_int, void* data) {
 // and asking `goOn` every 20 ms meanwhile; false as soon as it says no (nothing is waited
 // for then).
 bool waitForBatch(cl_command_queue queue, cl_event event, const std::function<bool()>& goOn) {
+    clFlush(queue);
+    if (!goOn()) return false; // asked before anything is waited for, however fast the batch
     auto completion = std::make_shared<BatchCompletion>();
     auto* shared = new std::shared_ptr<BatchCompletion>(completion);
     if (clSetEventCallback(event, CL_COMPLETE, onBatchComplete, shared) != CL_SUCCESS) {
@@ -79,7 +81,6 @@ bool waitForBatch(cl_command_queue queue, cl_event event, const std::function<bo
         clFinish(queue); // no callback: wait as a plain queue would
         return true;
     }
-    clFlush(queue);
     std::unique_lock lock(completion->mutex);
     while (!completion->done) {
         lock.unlock();
