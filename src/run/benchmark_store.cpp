@@ -222,8 +222,10 @@ void BenchmarkStore::run(const std::vector<BenchmarkID>& ids, bool followsActive
             } else {
                 appendLog(QStringLiteral("Running %1 benchmarks (%2)").arg(task->ids.size()).arg(mode));
             }
+            runsWarnedAbout_ = runLock_->otherRuns();
             if (const auto warning = concurrentRunWarning(runLock_->otherRuns()); !warning.empty())
                 appendLog(qs(warning));
+            checkConcurrentRuns();
             if (const auto warning = unmarkedRunWarning(*runLock_); !warning.empty()) appendLog(qs(warning));
             beginNextBenchmark();
         },
@@ -240,6 +242,7 @@ void BenchmarkStore::beginNextBenchmark() {
     if (task.followsActiveTest) setSelectedID(id);
     setRunningID(id);
     task.rowBefore = rows_[id];
+    if (runLock_) runLock_->setBenchmark(std::string(title(id)));
     setRow(id, {TestRunState::running, std::nullopt});
     task.stability.reset();
     task.spread.reset();
@@ -419,6 +422,11 @@ void BenchmarkStore::finishRunTask() {
     }
     activeRunStartedAt_.reset();
     runLock_.reset();
+    runsWarnedAbout_.clear();
+    if (!concurrentRuns_.isEmpty()) {
+        concurrentRuns_.clear();
+        Q_EMIT concurrentRunsChanged();
+    }
     startThermalMonitor(kIdleThermalInterval);
     appendLog(QStringLiteral("Ready"));
     Q_EMIT busyChanged();
@@ -666,6 +674,7 @@ void BenchmarkStore::startThermalMonitor(double intervalSeconds) {
 }
 
 void BenchmarkStore::refreshThermalSnapshot() {
+    if (task_) checkConcurrentRuns();
     if (thermalReadInFlight_) return;
     thermalReadInFlight_ = true;
     auto read = services_.readTemperatures;
@@ -727,6 +736,22 @@ void BenchmarkStore::sampleProgress(const ProgressReport& report) {
     if (report.elapsedSeconds <= 0) return;
     if (!passSeries_.empty() && passSeries_.back().elapsedSeconds >= report.elapsedSeconds) return;
     passSeries_.push_back({report.elapsedSeconds, report.unitsDone});
+}
+
+void BenchmarkStore::checkConcurrentRuns() {
+    const std::vector<RunLock::OtherRun> others = RunLock::runsIn(services_.runLockDirectory);
+    const QString warning = qs(runsBesideThisWarning(others));
+    if (warning != concurrentRuns_) {
+        concurrentRuns_ = warning;
+        Q_EMIT concurrentRunsChanged();
+    }
+    // A run that started after this one is logged once, here as in its own window.
+    for (const RunLock::OtherRun& other : others) {
+        if (std::find(runsWarnedAbout_.begin(), runsWarnedAbout_.end(), other.pid) != runsWarnedAbout_.end())
+            continue;
+        runsWarnedAbout_.push_back(other.pid);
+        appendLog(qs(runsBesideThisWarning({other})));
+    }
 }
 
 void BenchmarkStore::updateConditionBadges() {

@@ -121,6 +121,7 @@ class BenchmarkStore : public QObject {
     Q_PROPERTY(quarbel::LiveProgress liveProgress READ liveProgress NOTIFY liveProgressChanged)
     Q_PROPERTY(bool busy READ busy NOTIFY busyChanged)
     Q_PROPERTY(quarbel::RunCondition runCondition READ runCondition NOTIFY runConditionChanged)
+    Q_PROPERTY(QString concurrentRuns READ concurrentRuns NOTIFY concurrentRunsChanged)
     Q_PROPERTY(double currentRunElapsed READ currentRunElapsed NOTIFY currentRunTickChanged)
     Q_PROPERTY(double currentRunProgress READ currentRunProgress NOTIFY currentRunTickChanged)
     Q_PROPERTY(int completedCount READ completedCount NOTIFY rowsChanged)
@@ -147,6 +148,10 @@ class BenchmarkStore : public QObject {
     LiveProgress liveProgress() const { return liveProgress_; }
     bool busy() const { return task_ != nullptr; }
     const RunCondition& runCondition() const { return runCondition_; }
+    // While a run goes on: the other Quarbel runs going on beside it (a warning naming them and
+    // their benchmarks), looked for as it starts and with every temperature reading; empty
+    // when there are none.
+    const QString& concurrentRuns() const { return concurrentRuns_; }
     // The benchmarks of the current run, or of the last one when idle; empty before any.
     const std::vector<BenchmarkID>& runIDs() const { return runIDs_; }
     // Of those, the ones whose outcome came from that run (the rows of the others may still
@@ -220,6 +225,7 @@ class BenchmarkStore : public QObject {
     void liveProgressChanged();
     void busyChanged();
     void runConditionChanged();
+    void concurrentRunsChanged();
     // Emitted for every log line as it is written, timestamp included.
     void logLineAppended(const QString& line);
 
@@ -255,6 +261,7 @@ class BenchmarkStore : public QObject {
     void observeThrottle(const ThrottleSample& sample);
     void sampleProgress(const ProgressReport& report);
     void updateConditionBadges();
+    void checkConcurrentRuns();
 
     StoreServices services_;
     WindowPresenter* presenter_;
@@ -274,6 +281,8 @@ class BenchmarkStore : public QObject {
     LiveProgress liveProgress_;
     std::array<BenchmarkEndState, kBenchmarkCount> endStates_{};
     RunCondition runCondition_;
+    QString concurrentRuns_;
+    std::vector<pid_t> runsWarnedAbout_; // of this run, so that each is logged once
     std::vector<BenchmarkID> runIDs_;
     std::vector<BenchmarkID> endedInRun_;
     bool runStopped_ = false;

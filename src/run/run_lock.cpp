@@ -113,6 +113,42 @@ RunLock::RunLock(const std::string& directory) {
     std::sort(otherRuns_.begin(), otherRuns_.end());
 }
 
+void RunLock::setBenchmark(const std::string& title) {
+    if (fd_ < 0) return;
+    const std::string text = std::to_string(::getpid()) + "\n" + title + "\n";
+    if (::pwrite(fd_, text.data(), text.size(), 0) != static_cast<ssize_t>(text.size())) return;
+    [[maybe_unused]] const int ignored = ::ftruncate(fd_, static_cast<off_t>(text.size()));
+}
+
+std::vector<RunLock::OtherRun> RunLock::runsIn(const std::string& directory) {
+    std::vector<OtherRun> runs;
+    const int directoryFd = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (directoryFd < 0) return runs;
+    if (DIR* entries = ::fdopendir(directoryFd)) {
+        while (const dirent* entry = ::readdir(entries)) {
+            const pid_t pid = pidOfLockName(entry->d_name);
+            if (pid == 0 || pid == ::getpid()) continue;
+            const int other = ::openat(::dirfd(entries), entry->d_name, O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
+            if (other < 0) continue;
+            if (::flock(other, LOCK_SH | LOCK_NB) != 0) {
+                char buffer[256] = {};
+                const ssize_t n = ::pread(other, buffer, sizeof buffer - 1, 0);
+                const std::string text(buffer, n > 0 ? static_cast<std::size_t>(n) : 0);
+                const auto first = text.find('\n');
+                const auto second = first == std::string::npos ? first : text.find('\n', first + 1);
+                runs.push_back(
+                    {pid, second == std::string::npos ? "" : text.substr(first + 1, second - first - 1)});
+            }
+            ::close(other);
+        }
+        ::closedir(entries);
+    } else {
+        ::close(directoryFd);
+    }
+    std::sort(runs.begin(), runs.end(), [](const OtherRun& a, const OtherRun& b) { return a.pid < b.pid; });
+    return runs;
+}
+
 RunLock::~RunLock() {
     if (fd_ < 0) return;
     if (namesOpenFile(path_, fd_)) ::unlink(path_.c_str());
@@ -129,6 +165,17 @@ std::string concurrentRunWarning(const std::vector<pid_t>& otherRuns) {
         pids += (pids.empty() ? "" : ", ") + std::to_string(pid);
     return "Other Quarbel runs are in progress (pids " + pids +
            "): all their results and this run's will be skewed.";
+}
+
+std::string runsBesideThisWarning(const std::vector<RunLock::OtherRun>& otherRuns) {
+    std::string runs;
+    for (const RunLock::OtherRun& run : otherRuns)
+        runs += (runs.empty() ? "" : "; ") + ("pid " + std::to_string(run.pid)) +
+                (run.benchmark.empty() ? "" : ", on " + run.benchmark);
+    if (runs.empty()) return {};
+    return (otherRuns.size() == 1 ? "Another Quarbel run is going on beside this one ("
+                                  : "Other Quarbel runs are going on beside this one (") +
+           runs + "): the results of both are skewed.";
 }
 
 std::string unmarkedRunWarning(const RunLock& lock) {

@@ -39,6 +39,18 @@ class RunLock {
     // The other processes with a run in progress as this one started, lowest pid first.
     const std::vector<pid_t>& otherRuns() const { return otherRuns_; }
 
+    // Names the benchmark this run is on, for another run that finds it (see runsIn).
+    void setBenchmark(const std::string& title);
+
+    struct OtherRun {
+        pid_t pid = 0;
+        std::string benchmark; // what it said it is on; empty when it has not said
+        bool operator==(const OtherRun&) const = default;
+    };
+    // The runs in progress marked in `directory` now, other than this process's, lowest pid
+    // first; nothing is created or removed.
+    static std::vector<OtherRun> runsIn(const std::string& directory);
+
   private:
     int fd_ = -1;      // the locked file of this process, open while the run lasts
     std::string path_; // its path
@@ -49,6 +61,9 @@ class RunLock {
 // The log line for runs found in progress: "Another Quarbel run is in progress (pid 1234):
 // both runs' results will be skewed."; empty when there are none.
 std::string concurrentRunWarning(const std::vector<pid_t>& otherRuns);
+// The same for runs found while this one goes on: "Another Quarbel run started beside this one
+// (pid 1234, on SSD Sequential): both runs' results will be skewed."
+std::string runsBesideThisWarning(const std::vector<RunLock::OtherRun>& otherRuns);
 
 // The log line for a run that could not be marked: "Another Quarbel run would not be noticed:
 // cannot use DIR: …"; empty when the lock is held.

@@ -8,7 +8,9 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <sys/wait.h>
 #include <unistd.h>
+#include <vector>
 
 using namespace quarbel;
 namespace fs = std::filesystem;
@@ -80,9 +82,42 @@ TEST(RunLock, MarksTheRunUntilItEndsAndClearsMarksOfEndedProcesses) {
 }
 
 TEST(RunLock, WarningNamesTheOtherRuns) {
-    EXPECT_EQ(concurrentRunWarning({}), "");
-    EXPECT_EQ(concurrentRunWarning({1234}),
+    EXPECT_EQ(concurrentRunWarning(std::vector<pid_t>{}), "");
+    EXPECT_EQ(concurrentRunWarning(std::vector<pid_t>{1234}),
               "Another Quarbel run is in progress (pid 1234): both runs' results will be skewed.");
-    EXPECT_EQ(concurrentRunWarning({1234, 5678}), "Other Quarbel runs are in progress (pids 1234, 5678): all "
-                                                  "their results and this run's will be skewed.");
+    EXPECT_EQ(concurrentRunWarning(std::vector<pid_t>{1234, 5678}),
+              "Other Quarbel runs are in progress (pids 1234, 5678): all "
+              "their results and this run's will be skewed.");
+}
+
+TEST(RunLock, ARunFindsTheRunsBesideItAndWhatTheyAreOn) {
+    test::TempDir dir;
+    const fs::path directory = dir.path() / "quarbel";
+    int ready[2], done[2];
+    ASSERT_EQ(::pipe(ready), 0);
+    ASSERT_EQ(::pipe(done), 0);
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        // Another Quarbel process: marks its run, names its benchmark, and waits to be told.
+        RunLock lock(directory);
+        lock.setBenchmark("SSD Sequential");
+        char byte = 1;
+        [[maybe_unused]] auto w = ::write(ready[1], &byte, 1);
+        [[maybe_unused]] auto r = ::read(done[0], &byte, 1);
+        ::_exit(0);
+    }
+    char byte = 0;
+    ASSERT_EQ(::read(ready[0], &byte, 1), 1);
+    const auto others = RunLock::runsIn(directory);
+    EXPECT_EQ(others, (std::vector<RunLock::OtherRun>{{child, "SSD Sequential"}}));
+    EXPECT_EQ(runsBesideThisWarning(others), "Another Quarbel run is going on beside this one (pid " +
+                                                 std::to_string(child) +
+                                                 ", on SSD Sequential): the results of both are skewed.");
+    [[maybe_unused]] auto w = ::write(done[1], &byte, 1);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    EXPECT_TRUE(RunLock::runsIn(directory).empty()) << "a run that ended is not found";
+    for (int fd : {ready[0], ready[1], done[0], done[1]})
+        ::close(fd);
 }

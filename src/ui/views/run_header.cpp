@@ -71,7 +71,8 @@ RunHeader::RunHeader(BenchmarkStore& store, QWidget* parent)
     // The status area changes with the clock and the live rate; nothing else repaints.
     for (auto signal : {&BenchmarkStore::currentRunTickChanged, &BenchmarkStore::runningIDChanged,
                         &BenchmarkStore::liveProgressChanged, &BenchmarkStore::visualLiveStatsChanged,
-                        &BenchmarkStore::currentRunTargetSecondsChanged, &BenchmarkStore::selectedIDChanged})
+                        &BenchmarkStore::currentRunTargetSecondsChanged, &BenchmarkStore::selectedIDChanged,
+                        &BenchmarkStore::concurrentRunsChanged})
         connect(&store_, signal, this, [this] { update(statusRect()); });
     updateControls();
 }
@@ -156,6 +157,15 @@ void RunHeader::paintEvent(QPaintEvent* event) {
     painter.setPen(theme::secondary());
     painter.drawText(QRectF(area.left(), area.top() + 56, area.width(), 16),
                      Qt::AlignRight | Qt::AlignVCenter, metric);
+    // Another Quarbel run on this machine skews this one: said where the eye already is.
+    if (!store_.concurrentRuns().isEmpty()) {
+        painter.setFont(theme::font(12, QFont::DemiBold));
+        painter.setPen(theme::stateColor(TestRunState::skipped));
+        const qreal width = area.width() - painter.fontMetrics().horizontalAdvance(metric) - 16;
+        painter.drawText(
+            QRectF(area.left(), area.top() + 56, width, 16), Qt::AlignLeft | Qt::AlignVCenter,
+            painter.fontMetrics().elidedText(store_.concurrentRuns(), Qt::ElideRight, int(width)));
+    }
 }
 
 } // namespace quarbel::ui
