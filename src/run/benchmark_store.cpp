@@ -674,7 +674,7 @@ void BenchmarkStore::startThermalMonitor(double intervalSeconds) {
 }
 
 void BenchmarkStore::refreshThermalSnapshot() {
-    if (task_) checkConcurrentRuns();
+    if (task_ && runLock_) checkConcurrentRuns(); // once this run is marked
     if (thermalReadInFlight_) return;
     thermalReadInFlight_ = true;
     auto read = services_.readTemperatures;

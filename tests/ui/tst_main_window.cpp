@@ -2,6 +2,8 @@
 // offscreen platform: what the controls allow, what the centre shows, what follows what.
 #include "run/benchmark_store.h"
 #include "run/fake_workloads.h"
+#include "run/run_lock.h"
+#include "support/temp_dir.h"
 #include "text_recorder.h"
 #include "ui/views/live_text.h"
 #include "ui/views/log_panel.h"
@@ -26,6 +28,9 @@
 #include <QTest>
 
 #include <gtest/gtest.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace quarbel;
 using namespace quarbel::ui;
@@ -168,6 +173,50 @@ QString paintedText(QWidget& widget, std::vector<std::string>* faults = nullptr)
 
 // Every outcome's whole text is on the panel, wrapped inside it, at any window width;
 // a benchmark without a score shows none (no "0.00") and cannot be saved as a card.
+TEST(RunHeader, SaysInAmberWhenAnotherQuarbelRunGoesOnBesideThisOne) {
+    FakeWorkloads fakes;
+    fakes.set(BenchmarkID::memoryStream, FakeBehaviour::untilCancelled);
+    StoreServices services = fakes.services();
+    test::TempDir locks;
+    services.runLockDirectory = locks.path().string();
+    BenchmarkStore store(services);
+    MainWindow window(store);
+    window.resize(1200, 820);
+    window.show();
+    int ready[2], done[2];
+    ASSERT_EQ(::pipe(ready), 0);
+    ASSERT_EQ(::pipe(done), 0);
+    const pid_t other = ::fork();
+    ASSERT_GE(other, 0);
+    if (other == 0) { // another Quarbel, on a storage benchmark
+        RunLock lock(services.runLockDirectory);
+        lock.setBenchmark("SSD Sequential");
+        char byte = 1;
+        [[maybe_unused]] auto w = ::write(ready[1], &byte, 1);
+        [[maybe_unused]] auto r = ::read(done[0], &byte, 1);
+        ::_exit(0);
+    }
+    char byte = 0;
+    ASSERT_EQ(::read(ready[0], &byte, 1), 1);
+    store.run({BenchmarkID::memoryStream}, false);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return fakes.running() == 1; }, 5000));
+    QTest::qWait(50);
+    const QString header = paintedText(*window.header());
+    EXPECT_TRUE(
+        header.contains(QStringLiteral("Another Quarbel run is going on beside this one (pid %1, on SSD "
+                                       "Sequential)")
+                            .arg(other)))
+        << header.toStdString();
+    EXPECT_EQ(store.logLines().filter(QStringLiteral("beside this one")).size(), 1) << "logged once";
+    store.stop();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !store.busy(); }, 5000));
+    EXPECT_TRUE(store.concurrentRuns().isEmpty());
+    [[maybe_unused]] auto w = ::write(done[1], &byte, 1);
+    ::waitpid(other, nullptr, 0);
+    for (int fd : {ready[0], ready[1], done[0], done[1]})
+        ::close(fd);
+}
+
 TEST(ResultPanel, ANoisyResultIsMarkedAndSaysWhatDisturbedIt) {
     FakeWorkloads fakes;
     StoreServices services = fakes.services();
