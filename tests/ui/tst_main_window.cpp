@@ -207,7 +207,7 @@ TEST(RunHeader, SaysInAmberWhenAnotherQuarbelRunGoesOnBesideThisOne) {
                                        "Sequential)")
                             .arg(other)))
         << header.toStdString();
-    EXPECT_EQ(store.logLines().filter(QStringLiteral("beside this one")).size(), 1) << "logged once";
+    EXPECT_EQ(store.logLines().filter(QStringLiteral("Another Quarbel run")).size(), 1) << "logged once";
     store.stop();
     ASSERT_TRUE(QTest::qWaitFor([&] { return !store.busy(); }, 5000));
     EXPECT_TRUE(store.concurrentRuns().isEmpty());
