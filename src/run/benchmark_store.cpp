@@ -300,12 +300,15 @@ void BenchmarkStore::runNextAccuracyPass() {
             outcome = accuracyOutcome(task.passOutcomes);
             task.spread = accuracySpreadPercent(task.passOutcomes);
         }
+        setPassText({});
         benchmarkFinished(std::move(outcome));
         return;
     }
     const QString total =
         task.untilStable ? QStringLiteral("%1 at most").arg(task.passes) : QString::number(task.passes);
     appendLog(QStringLiteral("%1: pass %2/%3").arg(qs(title(id))).arg(done + 1).arg(total));
+    setPassText(task.untilStable ? QStringLiteral("pass %1 of at most %2").arg(done + 1).arg(task.passes)
+                                 : QStringLiteral("pass %1 of %2").arg(done + 1).arg(task.passes));
     runBenchmarkPass(id, [this](BenchmarkOutcome outcome) {
         task_->passOutcomes.push_back(std::move(outcome));
         combinePasses();
@@ -573,6 +576,7 @@ void BenchmarkStore::stop() {
         setRow(*runningID_, rowBefore.value_or(BenchmarkRowState{TestRunState::idle, std::nullopt}));
         setRunningID(std::nullopt);
     }
+    setPassText({});
     appendLog(QStringLiteral("Run stopped"));
 }
 
@@ -736,6 +740,12 @@ void BenchmarkStore::sampleProgress(const ProgressReport& report) {
     if (report.elapsedSeconds <= 0) return;
     if (!passSeries_.empty() && passSeries_.back().elapsedSeconds >= report.elapsedSeconds) return;
     passSeries_.push_back({report.elapsedSeconds, report.unitsDone});
+}
+
+void BenchmarkStore::setPassText(const QString& text) {
+    if (text == passText_) return;
+    passText_ = text;
+    Q_EMIT passTextChanged();
 }
 
 void BenchmarkStore::checkConcurrentRuns() {

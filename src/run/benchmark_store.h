@@ -122,6 +122,7 @@ class BenchmarkStore : public QObject {
     Q_PROPERTY(bool busy READ busy NOTIFY busyChanged)
     Q_PROPERTY(quarbel::RunCondition runCondition READ runCondition NOTIFY runConditionChanged)
     Q_PROPERTY(QString concurrentRuns READ concurrentRuns NOTIFY concurrentRunsChanged)
+    Q_PROPERTY(QString passText READ passText NOTIFY passTextChanged)
     Q_PROPERTY(double currentRunElapsed READ currentRunElapsed NOTIFY currentRunTickChanged)
     Q_PROPERTY(double currentRunProgress READ currentRunProgress NOTIFY currentRunTickChanged)
     Q_PROPERTY(int completedCount READ completedCount NOTIFY rowsChanged)
@@ -152,6 +153,9 @@ class BenchmarkStore : public QObject {
     // their benchmarks), looked for as it starts and with every temperature reading; empty
     // when there are none.
     const QString& concurrentRuns() const { return concurrentRuns_; }
+    // While a benchmark of several passes runs: which pass, "pass 2 of 3" ("pass 4 of at most
+    // 10" until stable); empty for a single pass.
+    const QString& passText() const { return passText_; }
     // The benchmarks of the current run, or of the last one when idle; empty before any.
     const std::vector<BenchmarkID>& runIDs() const { return runIDs_; }
     // Of those, the ones whose outcome came from that run (the rows of the others may still
@@ -226,6 +230,7 @@ class BenchmarkStore : public QObject {
     void busyChanged();
     void runConditionChanged();
     void concurrentRunsChanged();
+    void passTextChanged();
     // Emitted for every log line as it is written, timestamp included.
     void logLineAppended(const QString& line);
 
@@ -262,6 +267,7 @@ class BenchmarkStore : public QObject {
     void sampleProgress(const ProgressReport& report);
     void updateConditionBadges();
     void checkConcurrentRuns();
+    void setPassText(const QString& text);
 
     StoreServices services_;
     WindowPresenter* presenter_;
@@ -282,6 +288,7 @@ class BenchmarkStore : public QObject {
     std::array<BenchmarkEndState, kBenchmarkCount> endStates_{};
     RunCondition runCondition_;
     QString concurrentRuns_;
+    QString passText_;
     std::vector<pid_t> runsWarnedAbout_; // of this run, so that each is logged once
     std::vector<BenchmarkID> runIDs_;
     std::vector<BenchmarkID> endedInRun_;

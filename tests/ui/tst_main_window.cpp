@@ -448,3 +448,17 @@ TEST(Stage, OnlyCpuMemoryAndStorageBenchmarksRunInline) {
                            BenchmarkID::memoryStream, BenchmarkID::ssdSequential, BenchmarkID::ssdRealSpeed,
                            BenchmarkID::ssdRandom}));
 }
+
+TEST(StageView, NamesThePassOfAnAccuracyRun) {
+    Window w;
+    w.workloads.set(BenchmarkID::memoryStream, FakeBehaviour::untilCancelled);
+    w.store.setAccuracyMode(true);
+    w.store.run({BenchmarkID::memoryStream}, false);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return w.workloads.running() == 1; }, 5000));
+    QTest::qWait(50);
+    EXPECT_EQ(w.store.passText(), "pass 1 of 3");
+    EXPECT_TRUE(paintedText(*w.window.stage()).contains(QStringLiteral("PASS 1 OF 3")));
+    w.store.stop();
+    ASSERT_TRUE(w.waitIdle());
+    EXPECT_TRUE(w.store.passText().isEmpty());
+}

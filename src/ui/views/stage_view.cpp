@@ -48,6 +48,7 @@ StageView::StageView(BenchmarkStore& store, QWidget* parent) : QWidget(parent), 
         painted_.reset();
         update();
     });
+    connect(&store_, &BenchmarkStore::passTextChanged, this, qOverload<>(&QWidget::update));
     connect(&store_, &BenchmarkStore::visualLiveStatsChanged, this, [this] {
         if (painted_)
             update(painted_->progress.toAlignedRect().adjusted(-2, -2, 2, 2));
@@ -188,9 +189,12 @@ void StageView::paintInlineStage(QPainter& painter, BenchmarkID id, const Layout
                            theme::icon(icon(id), 26, accent, devicePixelRatioF()));
         painter.setFont(theme::font(12, QFont::DemiBold));
         painter.setPen(accent);
-        painter.drawText(QRectF(area.left() + 36, area.top(), area.width() - 36, 26),
-                         Qt::AlignVCenter | Qt::AlignLeft,
-                         tr("LIVE STAGE  ·  %1").arg(theme::qstring(categoryTitle(category(id)))));
+        painter.drawText(
+            QRectF(area.left() + 36, area.top(), area.width() - 36, 26), Qt::AlignVCenter | Qt::AlignLeft,
+            store_.passText().isEmpty()
+                ? tr("LIVE STAGE  ·  %1").arg(theme::qstring(categoryTitle(category(id))))
+                : tr("LIVE STAGE  ·  %1  ·  %2")
+                      .arg(theme::qstring(categoryTitle(category(id))), store_.passText().toUpper()));
         painter.setFont(explanationFont(true));
         painter.setPen(theme::text());
         painter.drawText(parts.explanation, kTextFlags, theme::qstring(runningExplanation(id)));
