@@ -16,6 +16,7 @@
 #include "results/run_history.h"
 #include "results/store_report.h"
 #include "run/benchmark_store.h"
+#include "run/run_lock.h"
 #include "sensors/system_manifest.h"
 #include "sensors/system_snapshot.h"
 #include "session/run_session.h"
@@ -108,6 +109,10 @@ int main(int argc, char** argv) {
                               }});
 
     app::MainWindowPlacement::configure(window, frameSettings, app::MainWindowPlacement::screenAreas(window));
+    // A second Quarbel window opens beside the first, not exactly on top of it.
+    const RunLock windowMark(RunLock::defaultDirectory(), RunLock::kWindowMark);
+    app::MainWindowPlacement::cascade(window, static_cast<int>(windowMark.otherRuns().size()),
+                                      app::MainWindowPlacement::screenAreas(window));
     app::MainWindowPlacement::Coordinator placement(frameSettings);
     placement.observe(window);
 

@@ -22,6 +22,7 @@ namespace MainWindowPlacement {
 namespace {
 
 constexpr int kSaveDelayMs = 500;
+constexpr int kCascadeStep = 32; // about a title bar
 // How long a window manager takes to decorate a new window, and tell Qt, after it is shown.
 constexpr int kDecorationDelayMs = 250;
 
@@ -158,6 +159,12 @@ void Coordinator::cleanup() {
     window_->removeEventFilter(this);
     save(*window_, settings_);
     window_ = nullptr;
+}
+
+void cascade(QWidget& window, int othersOpen, const QList<QRect>& screens) {
+    if (othersOpen <= 0 || screens.isEmpty()) return;
+    const QRect frame(window.pos() + QPoint(kCascadeStep, kCascadeStep) * othersOpen, window.size());
+    place(window, fittedFrame(frame, areaOverlappedMost(frame, screens), decorationsOf(window)));
 }
 
 void keepOnScreen(QWidget& window, const QList<QRect>& screens) {

@@ -68,6 +68,10 @@ QRect fittedFrame(const QRect& frame, const QRect& area, const QMargins& decorat
 // (or after: the window manager's decorations are then taken into account). Main thread only.
 void configure(QWidget& window, const FrameSettings& settings, const QList<QRect>& screens);
 
+// Moves a window that opens while `othersOpen` Quarbel windows are open down and to the right by
+// a title bar's height for each, kept on screen.
+void cascade(QWidget& window, int othersOpen, const QList<QRect>& screens);
+
 // Fits the shown window's frame, decorations included, into the screen area it overlaps most
 // (moved in, and shrunk where it must); a maximised or full-screen window is left as it is.
 void keepOnScreen(QWidget& window, const QList<QRect>& screens);

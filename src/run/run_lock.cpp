@@ -14,16 +14,16 @@
 namespace quarbel {
 namespace {
 
-constexpr std::string_view kPrefix = "run-";
 constexpr std::string_view kSuffix = ".lock";
 
-std::string lockName(pid_t pid) { return std::string(kPrefix) + std::to_string(pid) + std::string(kSuffix); }
+std::string lockName(std::string_view prefix, pid_t pid) {
+    return std::string(prefix) + std::to_string(pid) + std::string(kSuffix);
+}
 
 // The pid in "run-<pid>.lock", or 0 for any other name.
-pid_t pidOfLockName(std::string_view name) {
-    if (!name.starts_with(kPrefix) || !name.ends_with(kSuffix)) return 0;
-    const std::string_view digits =
-        name.substr(kPrefix.size(), name.size() - kPrefix.size() - kSuffix.size());
+pid_t pidOfLockName(std::string_view prefix, std::string_view name) {
+    if (!name.starts_with(prefix) || !name.ends_with(kSuffix)) return 0;
+    const std::string_view digits = name.substr(prefix.size(), name.size() - prefix.size() - kSuffix.size());
     pid_t pid = 0;
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), pid);
     return error == std::errc() && end == digits.data() + digits.size() && pid > 0 ? pid : 0;
@@ -69,14 +69,14 @@ std::string RunLock::defaultDirectory() {
     return "/tmp/quarbel-" + std::to_string(::geteuid());
 }
 
-RunLock::RunLock(const std::string& directory) {
+RunLock::RunLock(const std::string& directory, std::string_view kind) : kind_(kind) {
     const int directoryFd = openPrivateDirectory(directory, problem_);
     if (directoryFd < 0) return;
     const pid_t self = ::getpid();
 
     // The file is locked before it takes its name, so that no other process ever sees it
     // unlocked and removes it as left over.
-    const std::string name = lockName(self);
+    const std::string name = lockName(kind_, self);
     const std::string fresh = name + ".new";
     fd_ = ::openat(directoryFd, fresh.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0600);
     if (fd_ < 0) problem_ = "cannot mark the run in " + directory + ": " + std::strerror(errno);
@@ -97,7 +97,7 @@ RunLock::RunLock(const std::string& directory) {
     // a process that ended and goes.
     if (DIR* entries = ::fdopendir(::dup(directoryFd))) {
         while (const dirent* entry = ::readdir(entries)) {
-            const pid_t pid = pidOfLockName(entry->d_name);
+            const pid_t pid = pidOfLockName(kind_, entry->d_name);
             if (pid == 0 || pid == self) continue;
             const int other = ::openat(directoryFd, entry->d_name, O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
             if (other < 0) continue;
@@ -120,13 +120,13 @@ void RunLock::setBenchmark(const std::string& title) {
     [[maybe_unused]] const int ignored = ::ftruncate(fd_, static_cast<off_t>(text.size()));
 }
 
-std::vector<RunLock::OtherRun> RunLock::runsIn(const std::string& directory) {
+std::vector<RunLock::OtherRun> RunLock::runsIn(const std::string& directory, std::string_view kind) {
     std::vector<OtherRun> runs;
     const int directoryFd = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
     if (directoryFd < 0) return runs;
     if (DIR* entries = ::fdopendir(directoryFd)) {
         while (const dirent* entry = ::readdir(entries)) {
-            const pid_t pid = pidOfLockName(entry->d_name);
+            const pid_t pid = pidOfLockName(kind, entry->d_name);
             if (pid == 0 || pid == ::getpid()) continue;
             const int other = ::openat(::dirfd(entries), entry->d_name, O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
             if (other < 0) continue;

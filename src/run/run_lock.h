@@ -11,6 +11,7 @@
 #include <sys/types.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quarbel {
@@ -27,7 +28,9 @@ class RunLock {
     // is not the user's own (another owner, a symbolic link) or cannot be made is not
     // used: nothing is marked and no other run is found, and the run goes ahead unchecked;
     // problem() says why.
-    explicit RunLock(const std::string& directory);
+    // `kind` names what is marked: "run-" a benchmark run, "window-" an open desktop window
+    // (so that a second one opens beside the first).
+    explicit RunLock(const std::string& directory, std::string_view kind = kRunMark);
     ~RunLock(); // removes the mark
     RunLock(const RunLock&) = delete;
     RunLock& operator=(const RunLock&) = delete;
@@ -49,9 +52,13 @@ class RunLock {
     };
     // The runs in progress marked in `directory` now, other than this process's, lowest pid
     // first; nothing is created or removed.
-    static std::vector<OtherRun> runsIn(const std::string& directory);
+    static std::vector<OtherRun> runsIn(const std::string& directory, std::string_view kind = kRunMark);
+
+    static constexpr std::string_view kRunMark = "run-";
+    static constexpr std::string_view kWindowMark = "window-";
 
   private:
+    std::string kind_;
     int fd_ = -1;      // the locked file of this process, open while the run lasts
     std::string path_; // its path
     std::string problem_;

@@ -110,6 +110,21 @@ TEST(MainWindowPlacement, AFittedFrameLeavesRoomForTheWindowManagersDecorations)
     EXPECT_EQ(placement::fittedFrame({0, 0, 900, 640}, {0, 0, 900, 580}, titleBar), QRect(0, 0, 900, 560));
 }
 
+TEST(MainWindowPlacement, ASecondWindowOpensBesideTheFirstAndStaysOnScreen) {
+    QWidget window;
+    window.move(100, 100);
+    window.resize(1000, 700);
+    placement::cascade(window, 0, kScreens);
+    EXPECT_EQ(window.pos(), QPoint(100, 100)) << "alone: where it was placed";
+    placement::cascade(window, 2, kScreens);
+    EXPECT_EQ(window.pos(), QPoint(164, 164));
+    QWidget low;
+    low.move(900, 370);
+    low.resize(1000, 700);
+    placement::cascade(low, 1, {QRect(0, 0, 1920, 1080)});
+    EXPECT_EQ(low.pos(), QPoint(920, 380)) << "moved, then back in from the screen's edges";
+}
+
 TEST(MainWindowPlacement, SavedFrameRoundTrips) {
     MemorySettings settings;
     QWidget window;
