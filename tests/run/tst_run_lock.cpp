@@ -2,13 +2,13 @@
 // behind (nothing that counts) and the warning a second run logs. Two real processes
 // meeting are tested on the command line (tst_cli).
 #include "run/run_lock.h"
+#include "support/other_quarbel_run.h"
 #include "support/temp_dir.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <fstream>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
@@ -93,31 +93,13 @@ TEST(RunLock, WarningNamesTheOtherRuns) {
 TEST(RunLock, ARunFindsTheRunsBesideItAndWhatTheyAreOn) {
     test::TempDir dir;
     const fs::path directory = dir.path() / "quarbel";
-    int ready[2], done[2];
-    ASSERT_EQ(::pipe(ready), 0);
-    ASSERT_EQ(::pipe(done), 0);
-    const pid_t child = ::fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        // Another Quarbel process: marks its run, names its benchmark, and waits to be told.
-        RunLock lock(directory);
-        lock.setBenchmark("SSD Sequential");
-        char byte = 1;
-        [[maybe_unused]] auto w = ::write(ready[1], &byte, 1);
-        [[maybe_unused]] auto r = ::read(done[0], &byte, 1);
-        ::_exit(0);
-    }
-    char byte = 0;
-    ASSERT_EQ(::read(ready[0], &byte, 1), 1);
+    test::OtherQuarbelRun other(directory, "SSD Sequential");
+    ASSERT_TRUE(other.marked());
     const auto others = RunLock::runsIn(directory);
-    EXPECT_EQ(others, (std::vector<RunLock::OtherRun>{{child, "SSD Sequential"}}));
+    EXPECT_EQ(others, (std::vector<RunLock::OtherRun>{{other.pid(), "SSD Sequential"}}));
     EXPECT_EQ(runsBesideThisWarning(others), "Another Quarbel run is going on beside this one (pid " +
-                                                 std::to_string(child) +
+                                                 std::to_string(other.pid()) +
                                                  ", on SSD Sequential): the results of both are skewed.");
-    [[maybe_unused]] auto w = ::write(done[1], &byte, 1);
-    int status = 0;
-    ::waitpid(child, &status, 0);
+    other.end();
     EXPECT_TRUE(RunLock::runsIn(directory).empty()) << "a run that ended is not found";
-    for (int fd : {ready[0], ready[1], done[0], done[1]})
-        ::close(fd);
 }

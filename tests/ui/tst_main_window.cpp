@@ -3,6 +3,7 @@
 #include "run/benchmark_store.h"
 #include "run/fake_workloads.h"
 #include "run/run_lock.h"
+#include "support/other_quarbel_run.h"
 #include "support/temp_dir.h"
 #include "text_recorder.h"
 #include "ui/views/live_text.h"
@@ -29,7 +30,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
 #include <unistd.h>
 
 using namespace quarbel;
@@ -183,21 +183,8 @@ TEST(RunHeader, SaysInAmberWhenAnotherQuarbelRunGoesOnBesideThisOne) {
     MainWindow window(store);
     window.resize(1200, 820);
     window.show();
-    int ready[2], done[2];
-    ASSERT_EQ(::pipe(ready), 0);
-    ASSERT_EQ(::pipe(done), 0);
-    const pid_t other = ::fork();
-    ASSERT_GE(other, 0);
-    if (other == 0) { // another Quarbel, on a storage benchmark
-        RunLock lock(services.runLockDirectory);
-        lock.setBenchmark("SSD Sequential");
-        char byte = 1;
-        [[maybe_unused]] auto w = ::write(ready[1], &byte, 1);
-        [[maybe_unused]] auto r = ::read(done[0], &byte, 1);
-        ::_exit(0);
-    }
-    char byte = 0;
-    ASSERT_EQ(::read(ready[0], &byte, 1), 1);
+    test::OtherQuarbelRun other(services.runLockDirectory, "SSD Sequential"); // on a storage benchmark
+    ASSERT_TRUE(other.marked());
     store.run({BenchmarkID::memoryStream}, false);
     ASSERT_TRUE(QTest::qWaitFor([&] { return fakes.running() == 1; }, 5000));
     QTest::qWait(50);
@@ -205,16 +192,12 @@ TEST(RunHeader, SaysInAmberWhenAnotherQuarbelRunGoesOnBesideThisOne) {
     EXPECT_TRUE(
         header.contains(QStringLiteral("Another Quarbel run is going on beside this one (pid %1, on SSD "
                                        "Sequential)")
-                            .arg(other)))
+                            .arg(other.pid())))
         << header.toStdString();
     EXPECT_EQ(store.logLines().filter(QStringLiteral("Another Quarbel run")).size(), 1) << "logged once";
     store.stop();
     ASSERT_TRUE(QTest::qWaitFor([&] { return !store.busy(); }, 5000));
     EXPECT_TRUE(store.concurrentRuns().isEmpty());
-    [[maybe_unused]] auto w = ::write(done[1], &byte, 1);
-    ::waitpid(other, nullptr, 0);
-    for (int fd : {ready[0], ready[1], done[0], done[1]})
-        ::close(fd);
 }
 
 TEST(ResultPanel, ANoisyResultIsMarkedAndSaysWhatDisturbedIt) {
