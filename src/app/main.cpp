@@ -11,6 +11,7 @@
 #include "app/history_window.h"
 #include "app/launch_arguments.h"
 #include "app/main_window_placement.h"
+#include "app/other_runs_question.h"
 #include "app/run_history_recorder.h"
 #include "results/learned_floors.h"
 #include "results/run_history.h"
@@ -166,6 +167,12 @@ int main(int argc, char** argv) {
         });
         QTimer::singleShot(0, requestedRun.get(), &session::RunSession::start);
     }
+    // Runs asked for in the window meet a question when another Quarbel run goes on; a run
+    // asked for on the command line (queued just before) goes ahead with its warning.
+    QTimer::singleShot(0, &window, [&store, &window] {
+        store.setOtherRunsQuestion(
+            [&window](const QString& otherRuns) { return app::askAboutOtherRuns(&window, otherRuns); });
+    });
 
     const int exitCode = QApplication::exec();
     setScratchNoticeSink({});

@@ -175,6 +175,17 @@ void BenchmarkStore::runAll() {
 
 void BenchmarkStore::run(const std::vector<BenchmarkID>& ids, bool followsActiveTest) {
     if (task_) return;
+    // Another Quarbel run on this machine skews this one: the window may ask what to do.
+    bool waits = false;
+    if (otherRunsQuestion_) {
+        if (const auto others = RunLock::runsIn(services_.runLockDirectory); !others.empty()) {
+            switch (otherRunsQuestion_(qs(otherRunsText(others)))) {
+            case OtherRunsChoice::cancel: return;
+            case OtherRunsChoice::wait: waits = true; break;
+            case OtherRunsChoice::runAnyway: break;
+            }
+        }
+    }
     task_ = std::make_unique<RunTask>();
     task_->ids = ids;
     runIDs_ = ids;
@@ -193,43 +204,76 @@ void BenchmarkStore::run(const std::vector<BenchmarkID>& ids, bool followsActive
     // The task body starts from the event loop, so run() returns at once.
     QMetaObject::invokeMethod(
         this,
-        [this, task = task_.get()] {
+        [this, task = task_.get(), waits] {
             if (task_.get() != task) return;
-            QString mode = task->accuracyMode ? QStringLiteral("Accuracy") : QStringLiteral("Standard");
-            if (task->budgetScale < 1.0)
-                mode += QStringLiteral(" Mode, quick: a tenth of each time budget");
+            if (waits)
+                waitForOtherRuns();
             else
-                mode += QStringLiteral(" Mode");
-            activeRunStartedAt_ = std::chrono::system_clock::now();
-            task->summaryBefore = runSummary_;
-            if (runSummary_) {
-                runSummary_.reset();
-                Q_EMIT runSummaryChanged();
-            }
-            peakCPU_ = temperatureSnapshot_.cpuCelsius;
-            peakGPU_ = temperatureSnapshot_.gpuCelsius;
-            runCondition_ = {};
-            throttleWatch_ = {};
-            unstableSeen_ = false;
-            Q_EMIT runConditionChanged();
-            readRunCondition();
-            startThermalMonitor(kRunningThermalInterval);
-            runLock_ = std::make_unique<RunLock>(services_.runLockDirectory);
-            if (task->ids.size() == 1) {
-                appendLog(QStringLiteral("Running %1 (%2)").arg(qs(title(task->ids.front())), mode));
-            } else if (task->ids.size() == kAllBenchmarks.size()) {
-                appendLog(QStringLiteral("Running full suite (%1)").arg(mode));
-            } else {
-                appendLog(QStringLiteral("Running %1 benchmarks (%2)").arg(task->ids.size()).arg(mode));
-            }
-            runsWarnedAbout_ = runLock_->otherRuns();
-            if (const auto warning = concurrentRunWarning(runLock_->otherRuns()); !warning.empty())
-                appendLog(qs(warning));
-            checkConcurrentRuns();
-            if (const auto warning = unmarkedRunWarning(*runLock_); !warning.empty()) appendLog(qs(warning));
-            beginNextBenchmark();
+                startRunTask();
         },
         Qt::QueuedConnection);
+}
+
+void BenchmarkStore::waitForOtherRuns() {
+    const auto others = RunLock::runsIn(services_.runLockDirectory);
+    if (task_->cancelled || others.empty()) {
+        if (!concurrentRuns_.isEmpty()) {
+            concurrentRuns_.clear();
+            Q_EMIT concurrentRunsChanged();
+        }
+        if (task_->cancelled)
+            finishRunTask();
+        else
+            startRunTask();
+        return;
+    }
+    const QString waiting = QStringLiteral("Waiting for the other Quarbel run to end (%1); Stop gives up.")
+                                .arg(qs(otherRunsText(others)));
+    if (waiting != concurrentRuns_) {
+        concurrentRuns_ = waiting;
+        Q_EMIT concurrentRunsChanged();
+        appendLog(waiting);
+    }
+    QTimer::singleShot(kOtherRunPollMs, this, [this, task = task_.get()] {
+        if (task_.get() == task) waitForOtherRuns();
+    });
+}
+
+void BenchmarkStore::startRunTask() {
+    RunTask* task = task_.get();
+    QString mode = task->accuracyMode ? QStringLiteral("Accuracy") : QStringLiteral("Standard");
+    if (task->budgetScale < 1.0)
+        mode += QStringLiteral(" Mode, quick: a tenth of each time budget");
+    else
+        mode += QStringLiteral(" Mode");
+    activeRunStartedAt_ = std::chrono::system_clock::now();
+    task->summaryBefore = runSummary_;
+    if (runSummary_) {
+        runSummary_.reset();
+        Q_EMIT runSummaryChanged();
+    }
+    peakCPU_ = temperatureSnapshot_.cpuCelsius;
+    peakGPU_ = temperatureSnapshot_.gpuCelsius;
+    runCondition_ = {};
+    throttleWatch_ = {};
+    unstableSeen_ = false;
+    Q_EMIT runConditionChanged();
+    readRunCondition();
+    startThermalMonitor(kRunningThermalInterval);
+    runLock_ = std::make_unique<RunLock>(services_.runLockDirectory);
+    if (task->ids.size() == 1) {
+        appendLog(QStringLiteral("Running %1 (%2)").arg(qs(title(task->ids.front())), mode));
+    } else if (task->ids.size() == kAllBenchmarks.size()) {
+        appendLog(QStringLiteral("Running full suite (%1)").arg(mode));
+    } else {
+        appendLog(QStringLiteral("Running %1 benchmarks (%2)").arg(task->ids.size()).arg(mode));
+    }
+    runsWarnedAbout_ = runLock_->otherRuns();
+    if (const auto warning = concurrentRunWarning(runLock_->otherRuns()); !warning.empty())
+        appendLog(qs(warning));
+    checkConcurrentRuns();
+    if (const auto warning = unmarkedRunWarning(*runLock_); !warning.empty()) appendLog(qs(warning));
+    beginNextBenchmark();
 }
 
 void BenchmarkStore::beginNextBenchmark() {

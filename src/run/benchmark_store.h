@@ -99,6 +99,9 @@ struct StoreServices {
     static StoreServices standard();
 };
 
+// What to do about other Quarbel runs found as a run is asked for.
+enum class OtherRunsChoice { wait, runAnyway, cancel };
+
 class BenchmarkStore : public QObject {
     Q_OBJECT
     Q_PROPERTY(quarbel::BenchmarkRows rows READ rows NOTIFY rowsChanged)
@@ -153,6 +156,12 @@ class BenchmarkStore : public QObject {
     // their benchmarks), looked for as it starts and with every temperature reading; empty
     // when there are none.
     const QString& concurrentRuns() const { return concurrentRuns_; }
+    // Asked, with the other runs named ("pid 1234, on SSD Random"), when a run is asked for while other
+    // Quarbel runs go on: wait for them (the run starts when they have ended, or Stop gives up), run anyway,
+    // or cancel. Without a question the run goes ahead with a warning.
+    void setOtherRunsQuestion(std::function<OtherRunsChoice(const QString& otherRuns)> question) {
+        otherRunsQuestion_ = std::move(question);
+    }
     // While a benchmark of several passes runs: which pass, "pass 2 of 3" ("pass 4 of at most
     // 10" until stable); empty for a single pass.
     const QString& passText() const { return passText_; }
@@ -267,6 +276,8 @@ class BenchmarkStore : public QObject {
     void sampleProgress(const ProgressReport& report);
     void updateConditionBadges();
     void checkConcurrentRuns();
+    void waitForOtherRuns();
+    void startRunTask();
     void setPassText(const QString& text);
 
     StoreServices services_;
@@ -288,6 +299,8 @@ class BenchmarkStore : public QObject {
     std::array<BenchmarkEndState, kBenchmarkCount> endStates_{};
     RunCondition runCondition_;
     QString concurrentRuns_;
+    std::function<OtherRunsChoice(const QString&)> otherRunsQuestion_;
+    static constexpr int kOtherRunPollMs = 500;
     QString passText_;
     std::vector<pid_t> runsWarnedAbout_; // of this run, so that each is logged once
     std::vector<BenchmarkID> runIDs_;

@@ -167,11 +167,16 @@ std::string concurrentRunWarning(const std::vector<pid_t>& otherRuns) {
            "): all their results and this run's will be skewed.";
 }
 
-std::string runsBesideThisWarning(const std::vector<RunLock::OtherRun>& otherRuns) {
+std::string otherRunsText(const std::vector<RunLock::OtherRun>& otherRuns) {
     std::string runs;
     for (const RunLock::OtherRun& run : otherRuns)
         runs += (runs.empty() ? "" : "; ") + ("pid " + std::to_string(run.pid)) +
                 (run.benchmark.empty() ? "" : ", on " + run.benchmark);
+    return runs;
+}
+
+std::string runsBesideThisWarning(const std::vector<RunLock::OtherRun>& otherRuns) {
+    const std::string runs = otherRunsText(otherRuns);
     if (runs.empty()) return {};
     return (otherRuns.size() == 1 ? "Another Quarbel run is going on beside this one ("
                                   : "Other Quarbel runs are going on beside this one (") +

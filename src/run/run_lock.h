@@ -71,6 +71,8 @@ std::string concurrentRunWarning(const std::vector<pid_t>& otherRuns);
 // The same for runs found while this one goes on: "Another Quarbel run started beside this one
 // (pid 1234, on SSD Sequential): both runs' results will be skewed."
 std::string runsBesideThisWarning(const std::vector<RunLock::OtherRun>& otherRuns);
+// "pid 1234, on SSD Sequential; pid 5678"
+std::string otherRunsText(const std::vector<RunLock::OtherRun>& otherRuns);
 
 // The log line for a run that could not be marked: "Another Quarbel run would not be noticed:
 // cannot use DIR: …"; empty when the lock is held.

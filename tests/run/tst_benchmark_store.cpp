@@ -1,4 +1,6 @@
 #include "run/benchmark_store.h"
+#include "support/other_quarbel_run.h"
+#include "support/temp_dir.h"
 
 #include "fake_workloads.h"
 #include "run/window_presenter.h"
@@ -194,6 +196,46 @@ TEST(BenchmarkStore, AStoppedRunLeavesEarlierResultsAndTheirSummaryInView) {
     EXPECT_DOUBLE_EQ(store.totalScore(), total);
     ASSERT_TRUE(store.runSummary()) << "nothing of the stopped run ended: the summary before it stays";
     EXPECT_EQ(store.runSummary()->completed, 1);
+}
+
+TEST(BenchmarkStore, ARunAskedForBesideAnotherCanWaitForItOrBeCancelled) {
+    FakeWorkloads fakes;
+    StoreServices services = fakes.services();
+    test::TempDir locks;
+    services.runLockDirectory = locks.path().string();
+    BenchmarkStore store(services);
+    auto other = std::make_unique<test::OtherQuarbelRun>(services.runLockDirectory, "SSD Random");
+    ASSERT_TRUE(other->marked());
+    QString asked;
+    OtherRunsChoice choice = OtherRunsChoice::cancel;
+    store.setOtherRunsQuestion([&](const QString& otherRuns) {
+        asked = otherRuns;
+        return choice;
+    });
+
+    store.run({BenchmarkID::memoryStream}, false);
+    EXPECT_FALSE(store.busy()) << "cancelled: nothing starts";
+    EXPECT_TRUE(asked.contains(QStringLiteral("on SSD Random"))) << asked.toStdString();
+
+    choice = OtherRunsChoice::wait;
+    store.run({BenchmarkID::memoryStream}, false);
+    ASSERT_TRUE(store.busy());
+    processEventsFor(700);
+    EXPECT_EQ(fakes.calls(BenchmarkID::memoryStream), 0) << "it waits while the other run goes on";
+    EXPECT_TRUE(
+        store.concurrentRuns().startsWith(QStringLiteral("Waiting for the other Quarbel run to end")));
+    other->end();
+    ASSERT_TRUE(processEventsUntil([&] { return idle(store); }));
+    EXPECT_EQ(fakes.calls(BenchmarkID::memoryStream), 1) << "and runs once it has ended";
+
+    // Stop gives up waiting.
+    other = std::make_unique<test::OtherQuarbelRun>(services.runLockDirectory, "SSD Random");
+    store.run({BenchmarkID::memoryStream}, false);
+    processEventsFor(100);
+    store.stop();
+    ASSERT_TRUE(processEventsUntil([&] { return idle(store); }));
+    EXPECT_EQ(fakes.calls(BenchmarkID::memoryStream), 1);
+    EXPECT_TRUE(store.concurrentRuns().isEmpty());
 }
 
 TEST(BenchmarkStore, AccuracyModeRunsThreePassesAndKeepsTheMedian) {

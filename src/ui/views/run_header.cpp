@@ -139,9 +139,17 @@ void RunHeader::paintEvent(QPaintEvent* event) {
                                : tr("Target %1 s per pass").arg(targetSeconds(shown)));
         painter.setFont(theme::font(12.5));
         painter.setPen(theme::muted());
-        painter.drawText(
-            QRectF(area.left(), area.top() + 50, area.width(), 18), Qt::AlignLeft | Qt::AlignVCenter,
-            tr("Run measures the selected benchmark; All runs the whole suite of thirteen (a few minutes)."));
+        QString line =
+            tr("Run measures the selected benchmark; All runs the whole suite of thirteen (a few minutes).");
+        // A run that waits for another Quarbel run says so here until it starts.
+        if (store_.busy() && !store_.concurrentRuns().isEmpty()) {
+            painter.setFont(theme::font(12.5, QFont::DemiBold));
+            painter.setPen(theme::stateColor(TestRunState::skipped));
+            line = store_.concurrentRuns();
+        }
+        painter.drawText(QRectF(area.left(), area.top() + 50, area.width(), 18),
+                         Qt::AlignLeft | Qt::AlignVCenter,
+                         painter.fontMetrics().elidedText(line, Qt::ElideRight, int(area.width())));
         return;
     }
     painter.setFont(theme::font(15, QFont::DemiBold));
