@@ -12,6 +12,7 @@
 #                   rawCPUDecode and rawMetalDecode mid-run
 #   poster.png      the main window's poster while CPU Tile Render runs (its window moved aside)
 #   help.png        the help window over the main window
+#   laptop*.png, two-windows.png, question.png, waiting.png: on a 1366x768 screen (see there)
 #   devices.png     the Devices dialog over the main window
 #   history.png     the run history window comparing the quick suite with a later run
 #   cards-suite/    the result cards of the quick suite (quarbel card on its report)
@@ -38,7 +39,7 @@ GUI="$ROOT/build/dev/src/app/quarbel-gui"
 
 PRIVATE="$(mktemp -d)"
 export XDG_CONFIG_HOME="$PRIVATE/config" TMPDIR="$PRIVATE/tmp" XDG_RUNTIME_DIR="$PRIVATE/runtime" \
-  XDG_DATA_HOME="$PRIVATE/data"
+  XDG_DATA_HOME="$PRIVATE/data" QUARBEL_RUN_LOCK_DIR="$PRIVATE/locks"
 mkdir -p "$TMPDIR" "$XDG_RUNTIME_DIR" && chmod 700 "$XDG_RUNTIME_DIR"
 DISPLAY_NUMBER=$((90 + RANDOM % 100))
 export DISPLAY=":$DISPLAY_NUMBER"
@@ -234,6 +235,41 @@ start_gui
 sleep 1.5
 shot laptop.png
 stop_gui
+
+# On the same screen:
+#   laptop-stopped.png  a quick suite stopped (Ctrl+.) after its first benchmark: earlier results stay
+#   two-windows.png     a second window beside the first, which names the first's run in amber
+#   question.png        Ctrl+R while the command line runs SSD Random: wait, run anyway or cancel
+#   waiting.png         after Wait for It
+start_gui --run cpuInteger --quick
+sleep 5
+xdotool windowfocus --sync "$(xdotool search --onlyvisible --name '^Quarbel$' | head -1)" key ctrl+shift+r
+sleep 2.5
+xdotool key ctrl+period
+sleep 1.5
+shot laptop-stopped.png
+stop_gui
+"$GUI" --run ssdRandom >"$PRIVATE/first.log" 2>&1 &
+FIRST=$!
+sleep 3
+start_gui --run cpuInteger
+sleep 5
+shot two-windows.png
+stop_gui
+kill -TERM "$FIRST" && wait "$FIRST" 2>/dev/null || true
+"$ROOT/build/dev/src/cli/quarbel" run ssdRandom --no-history >/dev/null 2>&1 &
+FIRST=$!
+sleep 1
+start_gui
+sleep 2
+xdotool windowfocus --sync "$(xdotool search --onlyvisible --name '^Quarbel$' | head -1)" key ctrl+r
+sleep 1.5
+shot question.png
+xdotool key Return
+sleep 1.5
+shot waiting.png
+stop_gui
+kill -INT "$FIRST" && wait "$FIRST" 2>/dev/null || true
 with_screen 2600x1800
 rm -rf "$XDG_CONFIG_HOME"
 QT_SCALE_FACTOR=2 start_gui --run metalVisual
