@@ -25,12 +25,10 @@ const std::array<HelpSection, 10>& helpSections() {
          "progress, and live metrics when available. CPU, memory, and SSD tests show an inline technical "
          "stage with a growing progress bar and real-time test text. Render, GPU, and RAW tests use separate "
          "visual benchmark windows; GPU Visual Tour is the measured Vulkan scene, rendered at 960 x 540 "
-         "pixels "
-         "whatever the display's scale."},
+         "pixels whatever the display's scale."},
         {"Temperature Readouts",
          "CPU and GPU temperatures are read from the kernel's hardware monitors (/sys/class/hwmon: k10temp "
-         "or "
-         "coretemp for the processor, amdgpu, nouveau or the GPU driver's own for graphics) and from its "
+         "or coretemp for the processor, amdgpu, nouveau or the GPU driver's own for graphics) and from its "
          "thermal zones. Where the machine exposes none, as most virtual machines do, Quarbel shows them as "
          "unavailable instead of using estimates or external helpers."},
         {"Storage Results", "Sequential SSD results show large-block file Read and Write throughput in MB/s "

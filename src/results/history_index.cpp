@@ -135,10 +135,6 @@ std::unordered_map<std::string, IndexedFile> readHistoryIndex(const std::string&
     std::unordered_map<std::string, IndexedFile> files;
     struct stat info {};
     if (::lstat(path.c_str(), &info) != 0) return {}; // none yet
-    if (!S_ISREG(info.st_mode)) {
-        if (unusable != nullptr) *unusable = std::string("is ") + fileKindText(info.st_mode) + ", not a file";
-        return {};
-    }
     const FileText index = readRegularFile(path, kLargestIndexBytes);
     if (!index.problem.empty()) {
         if (unusable != nullptr) *unusable = index.problem;

@@ -19,7 +19,8 @@ SystemManifest manifestFromJson(const nlohmann::json& value) {
     };
     for (const auto& field : value) {
         if (!field.is_object() || text(field, "key").empty()) continue;
-        manifest.push_back({text(field, "key"), text(field, "label"), text(field, "value"), text(field, "affects")});
+        manifest.push_back(
+            {text(field, "key"), text(field, "label"), text(field, "value"), text(field, "affects")});
     }
     return manifest;
 }

@@ -192,6 +192,23 @@ int claimName(const std::string& temporary, const std::string& path) {
     return 0;
 }
 
+// Gives `temporary` the first of `names` that is free in `directory`. `error` is 0 when
+// `path` is its name now, EEXIST when every name is taken, else what failed at `path`.
+struct Claim {
+    std::string path;
+    int error = EEXIST;
+};
+Claim claimFirstFreeName(const std::string& temporary, const std::string& directory,
+                         const ReportNames& names) {
+    Claim claim;
+    for (int i = 0; i < names.count; ++i) {
+        claim.path = joined(directory, names.at(i));
+        claim.error = claimName(temporary, claim.path);
+        if (claim.error != EEXIST) return claim;
+    }
+    return claim;
+}
+
 } // namespace
 
 ReportWrite writeReportFile(const ReportTarget& target, const std::string& text) {
@@ -211,26 +228,24 @@ ReportWrite writeReportFile(const ReportTarget& target, const std::string& text)
     return {};
 }
 
-NewReportFile writeNewReportFile(const std::string& directory, const std::vector<std::string>& names,
-                                 mode_t mode, const std::string& text) {
-    if (names.empty()) return {{}, "no name to write the report under"};
+std::string ReportNames::at(int index) const {
+    return index == 0 ? stem + ".json" : stem + "-" + std::to_string(index + 1) + ".json";
+}
+
+NewReportFile writeNewReportFile(const std::string& directory, const ReportNames& names, mode_t mode,
+                                 const std::string& text) {
     std::string problem;
     const std::string temporary =
-        writeTemporary(directory, joined(directory, names.front()), mode, nullptr, text, problem);
+        writeTemporary(directory, joined(directory, names.at(0)), mode, nullptr, text, problem);
     if (temporary.empty()) return {{}, problem};
-    for (const std::string& name : names) {
-        const std::string path = joined(directory, name);
-        const int error = claimName(temporary, path);
-        if (error == EEXIST) continue;
-        if (error != 0) {
-            ::unlink(temporary.c_str());
-            return {{}, "cannot write " + path + ": " + errorText(error)};
-        }
-        syncDirectory(directory);
-        return {path, {}};
+    const Claim claim = claimFirstFreeName(temporary, directory, names);
+    if (claim.error != 0) {
+        ::unlink(temporary.c_str());
+        if (claim.error == EEXIST) return {{}, "every name for the report in " + directory + " is taken"};
+        return {{}, "cannot write " + claim.path + ": " + errorText(claim.error)};
     }
-    ::unlink(temporary.c_str());
-    return {{}, "every name for the report in " + directory + " is taken"};
+    syncDirectory(directory);
+    return {claim.path, {}};
 }
 
 NewReportBatch writeNewReportFiles(const std::string& directory, const std::vector<NewReport>& reports,
@@ -246,9 +261,8 @@ NewReportBatch writeNewReportFiles(const std::string& directory, const std::vect
         return NewReportBatch{{}, std::move(problem)};
     };
     for (const NewReport& report : reports) {
-        if (report.names.empty()) return rollBack("no name to write a report under");
         std::string problem;
-        const std::string temporary = writeTemporary(directory, joined(directory, report.names.front()), mode,
+        const std::string temporary = writeTemporary(directory, joined(directory, report.names.at(0)), mode,
                                                      nullptr, report.text, problem, /*sync=*/false);
         if (temporary.empty()) return rollBack(problem);
         temporaries.push_back(temporary);
@@ -261,17 +275,10 @@ NewReportBatch writeNewReportFiles(const std::string& directory, const std::vect
     if (dir >= 0) ::close(dir);
     if (synced != 0) return rollBack("cannot write to " + directory + ": " + errorText(syncError));
     for (std::size_t i = 0; i < reports.size(); ++i) {
-        std::string claimed;
-        for (const std::string& name : reports[i].names) {
-            const std::string path = joined(directory, name);
-            const int error = claimName(temporaries[i], path);
-            if (error == EEXIST) continue;
-            if (error != 0) return rollBack("cannot write " + path + ": " + errorText(error));
-            claimed = path;
-            break;
-        }
-        if (claimed.empty()) return rollBack("every name for a report in " + directory + " is taken");
-        batch.paths.push_back(claimed);
+        const Claim claim = claimFirstFreeName(temporaries[i], directory, reports[i].names);
+        if (claim.error == EEXIST) return rollBack("every name for a report in " + directory + " is taken");
+        if (claim.error != 0) return rollBack("cannot write " + claim.path + ": " + errorText(claim.error));
+        batch.paths.push_back(claim.path);
         temporaries[i].clear(); // now the report itself
     }
     syncDirectory(directory);

@@ -36,6 +36,14 @@ struct ReportWrite {
 // renamed over it. An existing file keeps its permission bits. Not for standardOutput.
 ReportWrite writeReportFile(const ReportTarget& target, const std::string& text);
 
+// The names a new report may take, tried in order: "STEM.json", then "STEM-2.json",
+// "STEM-3.json" … up to `count` names, made one at a time as they are tried.
+struct ReportNames {
+    std::string stem;
+    int count = 1;
+    std::string at(int index) const; // index from 0
+};
+
 struct NewReportFile {
     std::string path;    // where the report now is
     std::string problem; // why it is nowhere, else empty (no temporary file stays behind)
@@ -44,11 +52,11 @@ struct NewReportFile {
 // Writes `text`, synced, under the first of `names` that is free in `directory`, never
 // replacing a file: concurrent writers each get a name of their own. The file appears
 // complete or not at all, with permission bits `mode`.
-NewReportFile writeNewReportFile(const std::string& directory, const std::vector<std::string>& names,
-                                 mode_t mode, const std::string& text);
+NewReportFile writeNewReportFile(const std::string& directory, const ReportNames& names, mode_t mode,
+                                 const std::string& text);
 
 struct NewReport {
-    std::vector<std::string> names; // tried in order, as for writeNewReportFile
+    ReportNames names;
     std::string text;
 };
 

@@ -72,13 +72,11 @@ std::string notJudgedReason(const SavedResult& a, const SavedResult& b) {
     if (!okA) return a.status + " in A, so there is nothing to compare with";
     // A report edited or damaged by hand can say "ok" beside a score no run gives.
     const auto invalid = [](const SavedResult& r) { return !std::isfinite(r.score) || r.score <= 0; };
-    if (invalid(a) || invalid(b))
-        return std::string("no valid score in ") +
-               (invalid(a) && invalid(b) ? "either run"
-                : invalid(a)             ? "A"
-                                         : "B") +
-               " (a report that says ok with a score of " + format("%g", invalid(b) ? b.score : a.score) +
-               ")";
+    if (invalid(a) || invalid(b)) {
+        const char* where = !invalid(a) ? "B" : invalid(b) ? "either run" : "A";
+        return std::string("no valid score in ") + where + " (a report that says ok with a score of " +
+               format("%g", invalid(b) ? b.score : a.score) + ")";
+    }
     if (a.statistics.noisy && b.statistics.noisy) return noisyReason(a, "A") + "; " + noisyReason(b, "B");
     if (a.statistics.noisy) return noisyReason(a, "A");
     if (b.statistics.noisy) return noisyReason(b, "B");

@@ -64,12 +64,8 @@ template <typename T> T valueOr(const json& object, const char* key, T fallback)
 }
 
 // The names a run's report may take, in order: "2026-11-23-141502Z.json", then "-2", "-3" ...
-std::vector<std::string> reportNames(const std::string& startedAtIso) {
-    const std::string stamp = stampFromIso(startedAtIso);
-    std::vector<std::string> names{stamp + ".json"};
-    for (int n = 2; n < kMostRunsPerSecond; ++n)
-        names.push_back(stamp + "-" + std::to_string(n) + ".json");
-    return names;
+ReportNames reportNames(const std::string& startedAtIso) {
+    return {stampFromIso(startedAtIso), kMostRunsPerSecond - 1};
 }
 
 } // namespace

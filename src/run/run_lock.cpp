@@ -69,6 +69,38 @@ std::string RunLock::defaultDirectory() {
     return "/tmp/quarbel-" + std::to_string(::geteuid());
 }
 
+std::vector<RunLock::OtherRun> RunLock::marksIn(int directoryFd, const std::string& directory,
+                                                std::string_view kind, bool clearLeftOvers) {
+    // Every other process's file: locked means its run goes on; unlocked, it was left by a
+    // process that ended (and goes, where asked).
+    std::vector<OtherRun> runs;
+    DIR* entries = ::fdopendir(::dup(directoryFd));
+    if (entries == nullptr) return runs;
+    while (const dirent* entry = ::readdir(entries)) {
+        const pid_t pid = pidOfLockName(kind, entry->d_name);
+        if (pid == 0 || pid == ::getpid()) continue;
+        const int other = ::openat(directoryFd, entry->d_name, O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
+        if (other < 0) continue;
+        if (::flock(other, LOCK_SH | LOCK_NB) != 0) {
+            // "pid\nbenchmark\n", the second line once the run has named its benchmark.
+            char buffer[256] = {};
+            const ssize_t n = ::pread(other, buffer, sizeof buffer - 1, 0);
+            const std::string text(buffer, n > 0 ? static_cast<std::size_t>(n) : 0);
+            const auto first = text.find('\n');
+            const auto second = first == std::string::npos ? first : text.find('\n', first + 1);
+            runs.push_back(
+                {pid, second == std::string::npos ? "" : text.substr(first + 1, second - first - 1)});
+        } else if (const std::string path = directory + "/" + entry->d_name;
+                   clearLeftOvers && namesOpenFile(path, other)) {
+            ::unlink(path.c_str());
+        }
+        ::close(other);
+    }
+    ::closedir(entries);
+    std::sort(runs.begin(), runs.end(), [](const OtherRun& a, const OtherRun& b) { return a.pid < b.pid; });
+    return runs;
+}
+
 RunLock::RunLock(const std::string& directory, std::string_view kind) : kind_(kind) {
     const int directoryFd = openPrivateDirectory(directory, problem_);
     if (directoryFd < 0) return;
@@ -93,24 +125,9 @@ RunLock::RunLock(const std::string& directory, std::string_view kind) : kind_(ki
         }
     }
 
-    // Every other process's file: locked means its run goes on; unlocked, it was left by
-    // a process that ended and goes.
-    if (DIR* entries = ::fdopendir(::dup(directoryFd))) {
-        while (const dirent* entry = ::readdir(entries)) {
-            const pid_t pid = pidOfLockName(kind_, entry->d_name);
-            if (pid == 0 || pid == self) continue;
-            const int other = ::openat(directoryFd, entry->d_name, O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
-            if (other < 0) continue;
-            if (::flock(other, LOCK_SH | LOCK_NB) != 0)
-                otherRuns_.push_back(pid);
-            else if (const std::string path = directory + "/" + entry->d_name; namesOpenFile(path, other))
-                ::unlink(path.c_str());
-            ::close(other);
-        }
-        ::closedir(entries);
-    }
+    for (const OtherRun& other : marksIn(directoryFd, directory, kind_, /*clearLeftOvers=*/true))
+        otherRuns_.push_back(other.pid);
     ::close(directoryFd);
-    std::sort(otherRuns_.begin(), otherRuns_.end());
 }
 
 void RunLock::setBenchmark(const std::string& title) {
@@ -121,31 +138,10 @@ void RunLock::setBenchmark(const std::string& title) {
 }
 
 std::vector<RunLock::OtherRun> RunLock::runsIn(const std::string& directory, std::string_view kind) {
-    std::vector<OtherRun> runs;
     const int directoryFd = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (directoryFd < 0) return runs;
-    if (DIR* entries = ::fdopendir(directoryFd)) {
-        while (const dirent* entry = ::readdir(entries)) {
-            const pid_t pid = pidOfLockName(kind, entry->d_name);
-            if (pid == 0 || pid == ::getpid()) continue;
-            const int other = ::openat(::dirfd(entries), entry->d_name, O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
-            if (other < 0) continue;
-            if (::flock(other, LOCK_SH | LOCK_NB) != 0) {
-                char buffer[256] = {};
-                const ssize_t n = ::pread(other, buffer, sizeof buffer - 1, 0);
-                const std::string text(buffer, n > 0 ? static_cast<std::size_t>(n) : 0);
-                const auto first = text.find('\n');
-                const auto second = first == std::string::npos ? first : text.find('\n', first + 1);
-                runs.push_back(
-                    {pid, second == std::string::npos ? "" : text.substr(first + 1, second - first - 1)});
-            }
-            ::close(other);
-        }
-        ::closedir(entries);
-    } else {
-        ::close(directoryFd);
-    }
-    std::sort(runs.begin(), runs.end(), [](const OtherRun& a, const OtherRun& b) { return a.pid < b.pid; });
+    if (directoryFd < 0) return {};
+    auto runs = marksIn(directoryFd, directory, kind, /*clearLeftOvers=*/false);
+    ::close(directoryFd);
     return runs;
 }
 

@@ -58,6 +58,11 @@ class RunLock {
     static constexpr std::string_view kWindowMark = "window-";
 
   private:
+    // The runs marked in the open `directoryFd` (at `directory`) other than this process's,
+    // lowest pid first; with `clearLeftOvers`, the unlocked marks of ended processes go.
+    static std::vector<OtherRun> marksIn(int directoryFd, const std::string& directory, std::string_view kind,
+                                         bool clearLeftOvers);
+
     std::string kind_;
     int fd_ = -1;      // the locked file of this process, open while the run lasts
     std::string path_; // its path

@@ -18,7 +18,9 @@
 namespace quarbel {
 namespace {
 
-std::string scratchParentOf(const std::string& given) { return given.empty() ? storageRootDirectory() : given; }
+std::string scratchParentOf(const std::string& given) {
+    return given.empty() ? storageRootDirectory() : given;
+}
 
 // The block device holding `path` by its device numbers in sysfs; a partition names its
 // disk's model. "tmpfs" for memory, the file system's magic otherwise.

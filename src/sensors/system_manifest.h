@@ -57,6 +57,7 @@ struct ManifestDifference {
 
 // The fields whose values differ, in the order of `before`; a field only one side knows is
 // left out (reports from before the field existed).
-std::vector<ManifestDifference> manifestDifferences(const SystemManifest& before, const SystemManifest& after);
+std::vector<ManifestDifference> manifestDifferences(const SystemManifest& before,
+                                                    const SystemManifest& after);
 
 } // namespace quarbel

@@ -28,7 +28,6 @@ std::string joined(const std::vector<std::string>& parts) {
     return text;
 }
 
-// "Sustained stability: CPU Single-Core 99.6 %, ..." for the benchmarks that have one.
 // The results that count towards a score: ended ok with a positive score.
 std::size_t scoredResults(const RunReport& report) {
     return static_cast<std::size_t>(
@@ -37,6 +36,7 @@ std::size_t scoredResults(const RunReport& report) {
         }));
 }
 
+// "Sustained stability: CPU Single-Core 99.6 %, ..." for the benchmarks that have one.
 std::string stabilityLine(const RunReport& report) {
     std::vector<std::string> parts;
     for (const auto& entry : report.results)

@@ -285,7 +285,7 @@ TEST(RunHistory, ABatchIsSavedWholeOrNotAtAll) {
 
     // The second report finds every one of its names taken: the first goes again.
     const NewReportBatch refused =
-        writeNewReportFiles(dir, {{{"fresh.json"}, text}, {{"2026-11-23-100000Z.json"}, text}}, 0644);
+        writeNewReportFiles(dir, {{{"fresh", 1}, text}, {{"2026-11-23-100000Z", 1}, text}}, 0644);
     EXPECT_EQ(refused.problem, "every name for a report in " + dir + " is taken");
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(dir))

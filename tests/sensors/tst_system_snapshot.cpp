@@ -113,7 +113,8 @@ TEST(SystemSnapshotRows, SixLabelledRowsWithTheGpuFromItsProvider) {
     SystemSnapshot::setGpuNameProvider({});
     auto rows = SystemSnapshot::makeRows(sourcesIn(tree));
     ASSERT_EQ(rows.size(), 6u);
-    const std::vector<std::string> labels = {"Architecture", "CPU", "Cores", "Memory", "GPU (Vulkan)", "Operating system"};
+    const std::vector<std::string> labels = {"Architecture", "CPU",          "Cores",
+                                             "Memory",       "GPU (Vulkan)", "Operating system"};
     for (size_t i = 0; i < rows.size(); ++i)
         EXPECT_EQ(rows[i].label, labels[i]);
     EXPECT_EQ(rows[0].value, "x86-64 (x86_64)");

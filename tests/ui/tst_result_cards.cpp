@@ -26,9 +26,10 @@ namespace Palette = quarbel::cards::ResultCardPalette;
 
 namespace {
 
-const HardwareRows kHardware = {{"Architecture", "x86-64 (x86_64)"}, {"CPU", "Fake CPU 9000"},
-                                {"Cores", "8 logical cores"},        {"Memory", "16.0 GB"},
-                                {"GPU (Vulkan)", "Unavailable"},     {"Operating system", "Debian 12, kernel 6.1"}};
+const HardwareRows kHardware = {
+    {"Architecture", "x86-64 (x86_64)"}, {"CPU", "Fake CPU 9000"},
+    {"Cores", "8 logical cores"},        {"Memory", "16.0 GB"},
+    {"GPU (Vulkan)", "Unavailable"},     {"Operating system", "Debian 12, kernel 6.1"}};
 
 BenchmarkCardContent benchmarkContent(bool accuracyMode) {
     return {BenchmarkID::ssdSequential,

@@ -81,14 +81,15 @@ bool waitForBatch(cl_command_queue queue, cl_event event, const std::function<bo
         clFinish(queue); // no callback: wait as a plain queue would
         return true;
     }
-    std::unique_lock lock(completion->mutex);
-    while (!completion->done) {
-        lock.unlock();
-        if (!goOn()) return false;
-        lock.lock();
-        completion->completed.wait_for(lock, kStopCheckInterval, [&] { return completion->done; });
+    {
+        std::unique_lock lock(completion->mutex);
+        while (!completion->completed.wait_for(lock, kStopCheckInterval, [&] { return completion->done; })) {
+            lock.unlock();
+            const bool goesOn = goOn();
+            lock.lock();
+            if (!goesOn) return false;
+        }
     }
-    lock.unlock();
     clFinish(queue); // the batch is done; this only reports an error the queue met
     return true;
 }
