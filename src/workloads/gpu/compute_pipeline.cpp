@@ -25,6 +25,28 @@ DispatchGrid dispatchGridFor(std::uint64_t items, std::uint32_t width,
     return {static_cast<std::uint32_t>(perRow), static_cast<std::uint32_t>(rows)};
 }
 
+std::uint32_t partsAvailable(DispatchGrid grid, std::uint32_t wanted) noexcept {
+    const std::uint32_t axis = grid.groupsY > 1 ? grid.groupsY : grid.groupsX;
+    return std::clamp<std::uint32_t>(wanted, 1, std::max<std::uint32_t>(axis, 1));
+}
+
+GridPart gridPart(DispatchGrid grid, std::uint32_t parts, std::uint32_t first, std::uint32_t last) noexcept {
+    const bool byRows = grid.groupsY > 1;
+    const std::uint64_t axis = byRows ? grid.groupsY : grid.groupsX;
+    parts = std::max<std::uint32_t>(parts, 1);
+    const auto boundary = [&](std::uint32_t index) {
+        return static_cast<std::uint32_t>(axis * std::min(index, parts) / parts);
+    };
+    const std::uint32_t begin = boundary(first);
+    const std::uint32_t length = boundary(std::max(first, last)) - begin;
+    if (byRows) return {0, begin, {grid.groupsX, length}};
+    return {begin, 0, {length, grid.groupsY}};
+}
+
+std::uint64_t groupCount(DispatchGrid groups) noexcept {
+    return std::uint64_t{groups.groupsX} * groups.groupsY;
+}
+
 VkShaderModule createShaderModule(VkDevice device, std::span<const std::uint32_t> spirv, VkResult& error) {
     VkShaderModuleCreateInfo info{};
     info.sType = VK_STRUCTURE_TYPE_SHADER_MODULE_CREATE_INFO;
@@ -83,6 +105,7 @@ std::unique_ptr<ComputePipeline> ComputePipeline::create(const Context& context,
     pipelineInfo.stage.module = pipeline->module_;
     pipelineInfo.stage.pName = entry.c_str();
     pipelineInfo.stage.pSpecializationInfo = &specialization;
+    pipelineInfo.flags = VK_PIPELINE_CREATE_DISPATCH_BASE_BIT;
     pipelineInfo.layout = pipeline->layout_;
     error = vkCreateComputePipelines(device, VK_NULL_HANDLE, 1, &pipelineInfo, nullptr, &pipeline->pipeline_);
     if (error != VK_SUCCESS) return nullptr;
@@ -158,11 +181,15 @@ void ComputePipeline::bindBuffers(std::initializer_list<const Buffer*> buffers) 
 
 void ComputePipeline::recordDispatch(VkCommandBuffer commands, const void* arguments,
                                      DispatchGrid grid) const {
+    recordDispatch(commands, arguments, GridPart{0, 0, grid});
+}
+
+void ComputePipeline::recordDispatch(VkCommandBuffer commands, const void* arguments, GridPart part) const {
     vkCmdBindPipeline(commands, VK_PIPELINE_BIND_POINT_COMPUTE, pipeline_);
     vkCmdBindDescriptorSets(commands, VK_PIPELINE_BIND_POINT_COMPUTE, layout_, 0, 1, &set_, 0, nullptr);
     if (argumentBytes_ > 0)
         vkCmdPushConstants(commands, layout_, VK_SHADER_STAGE_COMPUTE_BIT, 0, argumentBytes_, arguments);
-    vkCmdDispatch(commands, grid.groupsX, grid.groupsY, 1);
+    vkCmdDispatchBase(commands, part.baseX, part.baseY, 0, part.groups.groupsX, part.groups.groupsY, 1);
     VkMemoryBarrier barrier{};
     barrier.sType = VK_STRUCTURE_TYPE_MEMORY_BARRIER;
     barrier.srcAccessMask = VK_ACCESS_SHADER_WRITE_BIT;

@@ -34,6 +34,25 @@ struct DispatchGrid {
 DispatchGrid dispatchGridFor(std::uint64_t items, std::uint32_t width,
                              std::uint32_t maxGroupsPerDimension) noexcept;
 
+// A run of whole rows of a grid, or of groups of its only row: the kernels number the groups
+// (y * groupsX + x), which stays true for such a run dispatched from its base group.
+struct GridPart {
+    std::uint32_t baseX = 0;
+    std::uint32_t baseY = 0;
+    DispatchGrid groups;
+    bool operator==(const GridPart&) const = default;
+};
+
+// How many nearly equal parts `grid` can be cut into, at most `wanted`: along its rows when it
+// has several, else along its one row.
+std::uint32_t partsAvailable(DispatchGrid grid, std::uint32_t wanted) noexcept;
+
+// Parts [first, last) of `grid` cut into `parts` (from partsAvailable), as one run.
+GridPart gridPart(DispatchGrid grid, std::uint32_t parts, std::uint32_t first, std::uint32_t last) noexcept;
+
+// The workgroups in `groups`.
+std::uint64_t groupCount(DispatchGrid groups) noexcept;
+
 class ComputePipeline {
   public:
     // A pipeline for the "main" entry of `spirv`, whose storage buffers sit at bindings
@@ -55,6 +74,9 @@ class ComputePipeline {
     // Records one dispatch with `arguments` (argumentBytes long) as push constants, followed by
     // a barrier that makes its writes visible to later dispatches, copies and host reads.
     void recordDispatch(VkCommandBuffer commands, const void* arguments, DispatchGrid grid) const;
+    // The same for a part of a grid, so that a dispatch longer than a submission should take
+    // can be spread over several.
+    void recordDispatch(VkCommandBuffer commands, const void* arguments, GridPart part) const;
 
   private:
     ComputePipeline() = default;

@@ -10,7 +10,9 @@
 namespace quarbel::gpu {
 namespace {
 constexpr double kLongDispatchSeconds = 0.05;
-}
+// Many waves deep on any GPU: a part of a dispatch this long rates the whole one.
+constexpr double kLongPartSeconds = 0.02;
+} // namespace
 
 std::vector<std::uint32_t> groupSizeCandidates(std::uint32_t maxThreadsPerGroup) {
     std::vector<std::uint32_t> sizes;
@@ -77,21 +79,34 @@ CalibratedKernel calibrateGroupSize(const Context& context, std::string_view sou
 std::optional<double> timeOneDispatch(Context& context, const ComputePipeline& pipeline,
                                       const void* arguments, DispatchGrid grid) {
     const auto timer = GpuTimer::create(context);
-    const auto once = [&]() -> std::optional<double> {
+    const auto once = [&](GridPart part) -> std::optional<double> {
         const double start = monotonicSeconds();
         const VkResult result = context.submitAndWait([&](VkCommandBuffer commands) {
             if (timer) timer->recordStart(commands);
-            pipeline.recordDispatch(commands, arguments, grid);
+            pipeline.recordDispatch(commands, arguments, part);
             if (timer) timer->recordEnd(commands);
         });
         if (result != VK_SUCCESS) return std::nullopt;
         return timer ? timer->seconds() : std::optional(monotonicSeconds() - start);
     };
+    // A slow device (a CPU one) takes seconds for a whole dispatch: a share of the grid that is
+    // long enough to keep any device's schedulers full stands in for it.
+    for (std::uint32_t share : {64u, 16u, 4u}) {
+        const std::uint32_t parts = partsAvailable(grid, share);
+        if (parts == 1) break;
+        const GridPart part = gridPart(grid, parts, 0, 1);
+        const auto seconds = once(part);
+        if (!seconds) return std::nullopt;
+        if (*seconds >= kLongPartSeconds)
+            return *seconds * static_cast<double>(groupCount(grid)) /
+                   static_cast<double>(groupCount(part.groups));
+    }
     // A first dispatch also pays for caches and clocks warming up; once it is long, that
-    // share is small, and a slow device (a CPU one) is spared a second.
-    const auto first = once();
+    // share is small, and a slow device is spared a second.
+    const GridPart whole{0, 0, grid};
+    const auto first = once(whole);
     if (!first || *first >= kLongDispatchSeconds) return first;
-    return once();
+    return once(whole);
 }
 
 } // namespace quarbel::gpu

@@ -38,8 +38,10 @@ CalibratedKernel calibrateGroupSize(const Context& context, std::string_view sou
                                     std::uint32_t argumentBytes, std::span<const std::uint32_t> candidates,
                                     const DispatchTiming& time, double maxSeconds = 1.0);
 
-// The seconds of one dispatch, on the device's clock where it has one: the second of two, or
-// the first alone when it took 50 ms or more.
+// The seconds of one dispatch, on the device's clock where it has one. The first 64th, 16th and
+// quarter of the grid are timed in turn, and the first that takes 20 ms or more is scaled to the
+// whole; when none does, the second of two whole dispatches, or the first alone when it took
+// 50 ms or more.
 std::optional<double> timeOneDispatch(Context& context, const ComputePipeline& pipeline,
                                       const void* arguments, DispatchGrid grid);
 

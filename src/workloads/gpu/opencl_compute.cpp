@@ -12,6 +12,8 @@
 #include <memory>
 #include <mutex>
 #include <new>
+#include <utility>
+#include <vector>
 
 QLResult::QLResult(std::int32_t code, double scoreValue, double gflopsValue, double gpuValue,
                    double secondsValue)
@@ -49,6 +51,7 @@ struct OpenCLObjects {
 
 const QLResult kCallFailed(-3, 0, 0, 0, 0);
 constexpr auto kStopCheckInterval = std::chrono::milliseconds(20);
+constexpr std::size_t kPartsPerDispatch = 64;
 
 // Set by the runtime's callback when a batch's last command has completed (or failed). Shared
 // with the callback, which may come after the wait was given up.
@@ -213,28 +216,42 @@ QLResult runOpenCL(std::int32_t count, std::int32_t iterations, double seconds,
     error |= clSetKernelArg(cl.kernel, 2, sizeof(cl_int), &countArgument);
     if (error != CL_SUCCESS) return kCallFailed;
 
-    const std::size_t global = globalWorkSize(count);
     const std::size_t local = kLocalWorkSize;
+    const std::size_t groups = globalWorkSize(count) / local;
+    // A kernel too long for one batch is enqueued in parts, each a run of whole workgroups.
+    const auto parts = static_cast<std::uint32_t>(std::min<std::size_t>(groups, kPartsPerDispatch));
+    const auto groupsBefore = [&](std::uint64_t part) {
+        return part / parts * groups + groups * (part % parts) / parts;
+    };
     const gpu::SubmissionPlan plan{.maxDispatches = std::max<std::uint32_t>(maxPerBatch, 1)};
     std::uint32_t batch = 1;
-    std::int64_t dispatches = 0;
+    std::uint64_t partsDone = 0;
     double busy = 0;
     bool busyKnown = profiled;
     std::uint32_t mostPerBatch = 0;
+    std::vector<std::pair<std::size_t, std::size_t>> ranges; // offset and size in work items
     const double start = QLNow();
     for (;;) {
         const double submitted = QLNow();
+        ranges.clear();
+        for (std::uint64_t part = partsDone, left = batch; left > 0;) {
+            const std::uint64_t take = std::min<std::uint64_t>(left, parts - part % parts);
+            const std::size_t begin = groupsBefore(part) % groups * local;
+            ranges.emplace_back(begin, (groupsBefore(part + take) - groupsBefore(part)) * local);
+            part += take;
+            left -= take;
+        }
         cl_event first = nullptr, last = nullptr;
-        for (std::uint32_t i = 0; i < batch; ++i) {
-            cl_event* event = i == 0 ? &first : i + 1 == batch ? &last : nullptr;
-            if (clEnqueueNDRangeKernel(cl.queue, cl.kernel, 1, nullptr, &global, &local, 0, nullptr, event) !=
-                CL_SUCCESS) {
+        for (std::size_t i = 0; i < ranges.size(); ++i) {
+            cl_event* event = i == 0 ? &first : i + 1 == ranges.size() ? &last : nullptr;
+            if (clEnqueueNDRangeKernel(cl.queue, cl.kernel, 1, &ranges[i].first, &ranges[i].second, &local, 0,
+                                       nullptr, event) != CL_SUCCESS) {
                 if (first != nullptr) clReleaseEvent(first);
                 return kCallFailed;
             }
         }
         // Waited for in short steps, so that a stop is seen within one step even while a batch
-        // (or the first dispatch, which a CPU device also compiles) takes seconds. What is still
+        // (or the first part, which a CPU device also compiles) takes seconds. What is still
         // queued after a stop finishes on its own: the objects live until it has.
         if (!waitForBatch(cl.queue, last != nullptr ? last : first,
                           [&] { return !stopRequested || !stopRequested(); })) {
@@ -255,21 +272,24 @@ QLResult runOpenCL(std::int32_t count, std::int32_t iterations, double seconds,
         }
         clReleaseEvent(first);
         if (last != nullptr) clReleaseEvent(last);
-        dispatches += batch;
-        mostPerBatch = std::max(mostPerBatch, batch);
+        partsDone += batch;
+        mostPerBatch = std::max(mostPerBatch, std::max<std::uint32_t>(batch / parts, 1));
         const double finished = QLNow();
-        const bool goOn = !afterBatch || afterBatch(dispatches, finished - start);
-        if (!(budget > finished - start) || !goOn) break;
-        batch = gpu::dispatchesForNextSubmission(plan, (finished - submitted) / batch,
-                                                 budget - (finished - start));
+        const bool goOn =
+            !afterBatch || afterBatch(static_cast<std::int64_t>(groupsBefore(partsDone)), finished - start);
+        if (!goOn) break;
+        batch = gpu::partsForNextSubmission(plan, (finished - submitted) / batch, budget - (finished - start),
+                                            parts, static_cast<std::uint32_t>(partsDone % parts));
+        if (batch == 0) break;
     }
+    const double dispatches = static_cast<double>(groupsBefore(partsDone)) / static_cast<double>(groups);
     const double elapsed = QLNow() - start;
 
     cl_device_type type = 0;
     clGetDeviceInfo(device, CL_DEVICE_TYPE, sizeof(type), &type, nullptr);
     const double gpu = (type & CL_DEVICE_TYPE_GPU) != 0 ? 1.0 : 0.0;
-    const double work = static_cast<double>(count) * static_cast<double>(iterations) *
-                        static_cast<double>(dispatches) * kOperationsPerElementIteration;
+    const double work = static_cast<double>(count) * static_cast<double>(iterations) * dispatches *
+                        kOperationsPerElementIteration;
     const double gflops = work / elapsed / 1e9;
     QLResult result(0, kScoreFactor * gflops, gflops, gpu, elapsed);
     result.busyFraction = busyKnown && elapsed > 0 ? std::min(busy / elapsed, 1.0) : -1;

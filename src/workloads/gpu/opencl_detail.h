@@ -58,10 +58,12 @@ std::optional<PlatformDevice> deviceFromEnvironment();
 // Floating-point operations per element and iteration of the kernel, for its GFLOPS.
 inline constexpr double kOperationsPerElementIteration = 42.0;
 
-// QuarbelRunOpenCL, calling `afterBatch(dispatches, elapsedSeconds)` after each batch of
-// dispatches has finished; the loop ends early when it returns false (a stop request), and
-// also while a batch still runs once `stopRequested` (asked every 20 ms) says so.
-// `maxPerBatch` caps the kernels enqueued before one wait (1: one at a time).
+// QuarbelRunOpenCL, calling `afterBatch(workgroups, elapsedSeconds)` after each batch has
+// finished, with the workgroups done so far; the loop ends early when it returns false (a stop
+// request), and also while a batch still runs once `stopRequested` (asked every 20 ms) says so.
+// `maxPerBatch` caps the kernels enqueued before one wait (1: one at a time). A kernel too long
+// for one batch is enqueued in up to 64 parts, and past the budget the loop ends once the last
+// kernel is whole, as the Vulkan loop does.
 QLResult runOpenCL(std::int32_t count, std::int32_t iterations, double seconds,
                    const std::function<bool(std::int64_t, double)>& afterBatch,
                    std::uint32_t maxPerBatch = 256, const std::function<bool()>& stopRequested = {});

@@ -37,13 +37,16 @@ BenchmarkOutcome runOpenCLCompute(const WorkloadContext& context, const OpenCLCo
     // The entry point counts at least one element, as the unit does here.
     const double workPerDispatch = static_cast<double>(std::max<std::int32_t>(parameters.elementCount, 1)) *
                                    static_cast<double>(parameters.iterations);
-    const ProgressUnit unit{"dispatches", "GFLOPS",
-                            workPerDispatch * opencl::kOperationsPerElementIteration / 1e9};
+    const double groupsPerDispatch =
+        static_cast<double>(opencl::globalWorkSize(parameters.elementCount) / opencl::kLocalWorkSize);
+    const ProgressUnit unit{"workgroups", "GFLOPS",
+                            workPerDispatch * opencl::kOperationsPerElementIteration / 1e9 /
+                                groupsPerDispatch};
     try {
         const QLResult result = opencl::runOpenCL(
             parameters.elementCount, parameters.iterations, context.budget(kBudgetSeconds),
-            [&](std::int64_t dispatches, double elapsed) {
-                context.reportProgress(dispatches, elapsed, unit);
+            [&](std::int64_t workgroups, double elapsed) {
+                context.reportProgress(workgroups, elapsed, unit);
                 return !context.cancelled();
             },
             parameters.maxDispatchesPerSubmission, [&] { return context.cancelled(); });

@@ -80,10 +80,9 @@ BenchmarkOutcome measure(const WorkloadContext& context, const RawMetalDecodePar
         *device, *kernel.pipeline, &size, grid, context.budget(kBudgetSeconds), context,
         ProgressUnit{"frames", "FPS"}, {.maxDispatches = parameters.dispatch.maxDispatchesPerSubmission});
     if (run.deviceLost) return failedOutcome("RAW Metal failed: the GPU stopped answering.");
-    const std::int64_t frames = run.completed;
     const double elapsed = run.elapsed;
-    // No clamp on the frame count here: a run without a single frame rates 0.
-    const double fps = static_cast<double>(frames) / elapsed;
+    // The parts of a frame decoded before a stop count; a run without any rates 0.
+    const double fps = run.dispatches / elapsed;
 
     BenchmarkOutcome outcome;
     outcome.status = OutcomeStatus::ok;

@@ -108,6 +108,62 @@ TEST(DispatchGeometry, CoversEveryItemWithAtMostOnePartialRowWithinTheLimit) {
     }
 }
 
+TEST(DispatchGeometry, PartsTileTheGridInOrderAlongRowsOrAlongTheOnlyRow) {
+    const struct {
+        DispatchGrid grid;
+        std::uint32_t wanted, parts;
+        GridPart second; // part 1 of parts
+    } cases[] = {
+        {{8'192, 1}, 64, 64, {128, 0, {128, 1}}},
+        {{100, 1}, 64, 64, {1, 0, {2, 1}}}, // uneven: 1, 2, 1, 2, ...
+        {{16, 1}, 64, 16, {1, 0, {1, 1}}},  // no more parts than groups
+        {{52'429, 5}, 64, 5, {0, 1, {52'429, 1}}},
+        {{1, 1}, 64, 1, {0, 0, {1, 1}}}, // a single group: nothing to cut
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(::testing::Message() << c.grid.groupsX << " x " << c.grid.groupsY);
+        const std::uint32_t parts = partsAvailable(c.grid, c.wanted);
+        ASSERT_EQ(parts, c.parts);
+        if (parts > 1) {
+            EXPECT_EQ(gridPart(c.grid, parts, 1, 2), c.second);
+        }
+        std::uint64_t next = 0, total = 0;
+        for (std::uint32_t i = 0; i < parts; ++i) {
+            const GridPart part = gridPart(c.grid, parts, i, i + 1);
+            EXPECT_EQ(c.grid.groupsY > 1 ? part.baseY : part.baseX, next)
+                << "part " << i << " follows the last";
+            next += c.grid.groupsY > 1 ? part.groups.groupsY : part.groups.groupsX;
+            total += groupCount(part.groups);
+        }
+        EXPECT_EQ(total, groupCount(c.grid));
+        EXPECT_EQ(gridPart(c.grid, parts, 0, parts), (GridPart{0, 0, c.grid}));
+        EXPECT_EQ(groupCount(gridPart(c.grid, parts, 3, 3).groups), 0u);
+    }
+}
+
+TEST(SubmissionPlan, CutsALongDispatchIntoPartsAndLinesBatchesUpWithWholeDispatches) {
+    const struct {
+        double perPart, remaining;
+        std::uint32_t position, expected;
+    } cases[] = {
+        {0.025, 10.0, 0, 1},         // a slow device: one 64th at a time
+        {0.005, 10.0, 10, 5},        // within the dispatch
+        {0.0001, 10.0, 1, 63 + 128}, // the rest of this dispatch, then two whole ones
+        {0.0001, 10.0, 0, 192},      // 250 parts wanted: whole dispatches only
+        {0.00001, 10.0, 0, 4 * 64},  // capped at four dispatches
+        {0.0001, 0.0, 40, 24},       // past the budget: only the rest of this dispatch
+        {0.005, -1.0, 40, 5},        // ... at the plan's pace
+        {0.005, 0.0, 0, 0},          // past the budget at a boundary: done
+        {0.0001, 0.00105, 0, 11},    // no further than the budget needs
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(::testing::Message()
+                     << c.perPart << " s a part at " << c.position << ", " << c.remaining << " s left");
+        EXPECT_EQ(partsForNextSubmission({0.025, 4}, c.perPart, c.remaining, 64, c.position), c.expected);
+    }
+    EXPECT_EQ(partsForNextSubmission({0.025, 256}, 0.0, 10.0, 1, 0), 256u) << "whole dispatches when not cut";
+}
+
 TEST(SubmissionPlan, FillsTheTargetTimeWithinTheCapAndTheRemainingBudget) {
     const struct {
         double perDispatch, remaining;

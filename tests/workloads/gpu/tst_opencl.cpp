@@ -190,20 +190,22 @@ TEST(OpenCLCompute, BatchesKernelsBetweenWaitsProfilesThemAndStopsWhenAsked) {
     std::vector<std::int64_t> counts;
     const QLResult result = opencl::runOpenCL(
         256, 4, 60.0,
-        [&](std::int64_t dispatches, double) {
-            counts.push_back(dispatches);
+        [&](std::int64_t workgroups, double) {
+            counts.push_back(workgroups);
             return counts.size() < 3; // a stop request after the third batch
         },
         16);
     ASSERT_EQ(result.status, 0);
     ASSERT_EQ(counts.size(), 3u) << "the loop ends on the stop, not the 60 s budget";
     EXPECT_LT(result.seconds, 30.0);
+    // Two workgroups of 128 a kernel: the first batch is one of them, later ones end on whole kernels.
     EXPECT_EQ(counts[0], 1);
+    EXPECT_EQ(counts[1] % 2, 0);
     EXPECT_GT(result.mostPerSubmission, 1) << "a tiny kernel is batched";
     EXPECT_LE(result.mostPerSubmission, 16);
-    // gflops counts exactly the dispatches reported.
-    EXPECT_NEAR(result.gflops * result.seconds * 1e9 / (256.0 * 4 * 42), static_cast<double>(counts.back()),
-                1e-6);
+    // gflops counts exactly the workgroups reported.
+    EXPECT_NEAR(result.gflops * result.seconds * 1e9 / (256.0 * 4 * 42),
+                static_cast<double>(counts.back()) / 2, 1e-6);
     EXPECT_GT(result.busyFraction, 0.0) << "PoCL profiles its queue";
     EXPECT_LE(result.busyFraction, 1.0);
     // A stop seen while a batch still runs ends the loop without waiting for the batch.
