@@ -16,7 +16,7 @@ PACKAGES=(
   cmake ninja-build g++ pkg-config
   libgtest-dev libgmock-dev libbenchmark-dev
   qt6-base-dev qt6-svg-dev fonts-inter libxcb1-dev
-  libtbb-dev libsleef-dev libssl-dev
+  libtbb-dev libsleef-dev libssl-dev libsensors-dev libhwloc-dev
   libcli11-dev nlohmann-json3-dev
   libvulkan-dev libshaderc-dev glslang-tools mesa-vulkan-drivers
   ocl-icd-opencl-dev opencl-headers pocl-opencl-icd

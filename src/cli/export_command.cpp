@@ -5,7 +5,11 @@
 #include "results/report_file.h"
 #include "results/run_comparison.h"
 #include "results/run_export.h"
+#include "session/card_writer.h"
 #include "session/run_session.h"
+#include "ui/cards/html_export.h"
+
+#include <QCoreApplication>
 
 #include <cstdio>
 
@@ -57,7 +61,17 @@ int exportCommand(const std::vector<std::string>& runs, const std::string& forma
     switch (*format) {
     case ExportFormat::csv: text = exportCsv(exported); break;
     case ExportFormat::markdown: text = exportMarkdown(exported); break;
-    case ExportFormat::html: text = exportHtml(exported); break;
+    case ExportFormat::html: {
+        // The charts are painted, and painting text needs a graphics application; no
+        // display is used.
+        int argc = 1;
+        char name[] = "quarbel";
+        char* argv[] = {name, nullptr};
+        const auto application =
+            QCoreApplication::instance() ? nullptr : session::makeApplication(argc, argv, true);
+        text = cards::exportHtml(exported);
+        break;
+    }
     case ExportFormat::json: text = exportJson(exported); break;
     case ExportFormat::openMetrics: text = openMetricsText(exported.front().report); break;
     }

@@ -327,6 +327,16 @@ static int runCommandLine(int argc, char** argv) {
         ->type_name("FILE");
 
     std::string metricsPath;
+    bool noTrace = false;
+    std::string cooldownArgument;
+    run->add_flag("--no-trace", noTrace,
+                  "Do not record the sensor trace and the energy of each benchmark (for measuring what "
+                  "recording costs)");
+    run->add_option(
+        "--cooldown", cooldownArgument,
+        "Before each benchmark but the first, wait until the CPU is back within 3 \u00b0C of its "
+        "temperature at the start (auto, at most 120 s; the default of full runs), for SECONDS, or "
+        "not at all (0; the default of quick runs)");
     run->add_option("--metrics", metricsPath,
                     "Also write the results in the Prometheus text format to FILE, replaced atomically "
                     "(for node_exporter's textfile collector), or - for standard output")
@@ -443,6 +453,15 @@ static int runCommandLine(int argc, char** argv) {
         return session::kExitBadInput;
     }
     options.untilStable = std::get<std::optional<StabilityTarget>>(untilStable);
+    options.trace = !noTrace;
+    if (run->count("--cooldown") > 0) {
+        auto cooldown = parseCooldown(cooldownArgument);
+        if (const auto* problem = std::get_if<std::string>(&cooldown)) {
+            std::fprintf(stderr, "quarbel: %s\n", problem->c_str());
+            return session::kExitBadInput;
+        }
+        options.cooldown = std::get<CooldownSetting>(cooldown);
+    }
     // The files written after the run are checked before it: a run is never lost to them.
     for (auto [option, path, target] : {std::tuple{"--json", &jsonPath, &options.report},
                                         std::tuple{"--metrics", &metricsPath, &options.metrics}}) {

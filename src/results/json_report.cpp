@@ -2,6 +2,7 @@
 
 #include "results/gpu_execution_json.h"
 #include "results/manifest_json.h"
+#include "results/trace_json.h"
 #include "sensors/system_snapshot.h"
 
 #include <nlohmann/json.hpp>
@@ -96,6 +97,8 @@ std::string jsonReportText(const RunReport& report) {
                            {"stabilityPercent", optionalNumber(entry.stabilityPercent)},
                            {"spreadPercent", optionalNumber(entry.spreadPercent)}});
         writeStatistics(results.back(), entry.statistics);
+        if (!entry.statistics.energy.empty())
+            results.back()["energy"] = energyJson(entry.statistics.energy, o.score);
         if (o.gpu) results.back()["gpu"] = gpuExecutionJson(*o.gpu);
     }
     const json document = {

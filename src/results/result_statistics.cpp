@@ -1,6 +1,7 @@
 #include "results/result_statistics.h"
 
 #include "model/number_format.h"
+#include "results/trace_json.h"
 
 #include <cmath>
 #include <limits>
@@ -84,6 +85,9 @@ void writeStatistics(ordered& result, const ResultStatistics& s) {
     result["noiseFloor"] = s.noiseFloor
                                ? ordered{{"percent", s.noiseFloor->percent}, {"fromRuns", s.noiseFloor->runs}}
                                : ordered(nullptr);
+    if (s.startCelsius) result["startCelsius"] = *s.startCelsius;
+    if (!s.traceSummary.empty()) result["traceSummary"] = s.traceSummary;
+    if (!s.trace.empty()) result["trace"] = traceJson(s.trace);
 }
 
 std::optional<std::string> readStatistics(const json& result, ResultStatistics& s) {
@@ -130,6 +134,15 @@ std::optional<std::string> readStatistics(const json& result, ResultStatistics& 
             if (!noisy->is_boolean()) throw Malformed{"noisy is not true or false"};
             s.noisy = noisy->get<bool>();
         }
+        s.startCelsius = number(result, "startCelsius");
+        if (const auto found = result.find("traceSummary"); found != result.end() && !found->is_null()) {
+            if (!found->is_string()) throw Malformed{"traceSummary is not text"};
+            s.traceSummary = found->get<std::string>();
+        }
+        if (const auto found = result.find("trace"); found != result.end() && !found->is_null())
+            if (auto problem = readTrace(*found, s.trace)) throw Malformed{std::move(*problem)};
+        if (const auto found = result.find("energy"); found != result.end() && !found->is_null())
+            if (auto problem = readEnergy(*found, s.energy)) throw Malformed{std::move(*problem)};
     } catch (const Malformed& problem) {
         return problem.text;
     } catch (const json::exception& error) {

@@ -6,6 +6,7 @@
 #include "model/noise_floor.h"
 #include "model/progress_series.h"
 #include "model/rate_slices.h"
+#include "model/sensor_trace.h"
 #include "sensors/interference.h"
 
 #include <nlohmann/json.hpp>
@@ -26,6 +27,10 @@ struct ResultStatistics {
     std::optional<Interference> interference;
     std::optional<double> frequencyDropPercent;
     bool noisy = false; // interference above the thresholds: "(noisy machine)"
+    SensorTrace trace;                  // of the pass whose outcome is kept
+    ResultEnergy energy;                // of that pass
+    std::string traceSummary;           // "steady", "thermal: 97 °C, clocks −18 %", ...
+    std::optional<double> startCelsius; // the CPU as the benchmark started
     bool operator==(const ResultStatistics&) const = default;
 };
 

@@ -1,7 +1,6 @@
 // Runs exported for other tools and people: CSV and Markdown tables with the raw values
-// (slice rates included), the reports themselves as one JSON document, and one
-// self-contained HTML page with the table and charts drawn as inline SVG (no scripts, nothing
-// fetched).
+// (slice rates included) and the reports themselves as one JSON document. The HTML page,
+// whose charts need QtGui, is made by the cards (ui/cards/html_export.h).
 #pragma once
 
 #include "results/run_report.h"
@@ -25,9 +24,6 @@ std::optional<ExportFormat> exportFormatNamed(const std::string& name);
 std::string exportCsv(const std::vector<ExportedRun>& runs);
 std::string exportMarkdown(const std::vector<ExportedRun>& runs);
 std::string exportJson(const std::vector<ExportedRun>& runs);
-// Charts: each run's global score, and each benchmark's score over the runs in the order of
-// their start, with its 95 % interval.
-std::string exportHtml(const std::vector<ExportedRun>& runs);
 
 // What names a run in every export, whenever and wherever it is exported: its machine's
 // identity and its start, "3fa2c1d0e9b87a65-2026-11-23T14:15:02Z" ("unknown-…" for reports

@@ -27,7 +27,8 @@ RunReport reportFromStore(const BenchmarkStore& store, ReportFrame frame) {
         entry.spreadPercent = end.spreadPercent;
         entry.statistics = {end.passes, end.uncertainty, end.withinRun,    end.noiseFloor,
                             end.slices, end.passScores,  end.interference, end.frequencyDropPercent,
-                            end.noisy};
+                            end.noisy,  end.trace,       end.energy,       end.traceSummary,
+                            end.startCelsius};
     }
     const RunCondition& condition = store.runCondition();
     report.condition = condition.atStart;

@@ -3,6 +3,7 @@
 #include "model/accuracy.h"
 #include "model/comparison.h"
 #include "model/number_format.h"
+#include "model/trace_summary.h"
 #include "run/background_tasks.h"
 #include "run/window_presenter.h"
 #include "run/workload_dispatch.h"
@@ -56,7 +57,12 @@ StoreServices StoreServices::standard() {
             [] { return sampleMachineCondition(); },
             [] { return readThrottleSample(); },
             [] { return readCpuTickSample(); },
-            RunLock::defaultDirectory()};
+            RunLock::defaultDirectory(),
+            [] {
+                // Opened once: finding NVML and the sensors' files is slower than a sample.
+                static const auto sensors = std::make_shared<MachineSensors>();
+                return std::make_unique<TraceRecorder>(sensors);
+            }};
 }
 
 // The state of one run, owned by the store while the run is active.
@@ -75,10 +81,14 @@ struct BenchmarkStore::RunTask {
     // The slices of each pass of the running benchmark, in run order (empty for a pass that
     // reported no progress), and what its combined result's interval became.
     std::vector<std::vector<PhaseSlice>> passSlices;
+    std::vector<TracedPass> passTraces; // as passSlices: the sensors of each pass
     std::optional<RateUncertainty> uncertainty;
     std::optional<RateUncertainty> withinRun;
     std::optional<NoiseFloor> noiseFloor;    // added to withinRun for a single pass
     std::optional<CpuTickSample> startTicks; // as the running benchmark started
+    std::optional<double> startCelsius;      // the CPU as the running benchmark started
+    std::optional<CooldownWait> cooldown;    // how to wait before each benchmark but the first
+    std::size_t cooledFor = 0;               // the benchmark the last wait came before
     // What a stop puts back: the running benchmark's row as the run reached it (an earlier
     // run's result, say), and the summary shown before the run, while none of it has ended.
     std::optional<BenchmarkRowState> rowBefore;
@@ -118,6 +128,7 @@ BenchmarkStore::BenchmarkStore(StoreServices services, WindowPresenter* presente
     if (!services_.readCondition) services_.readCondition = StoreServices::standard().readCondition;
     if (!services_.readThrottle) services_.readThrottle = StoreServices::standard().readThrottle;
     if (!services_.readCpuTicks) services_.readCpuTicks = StoreServices::standard().readCpuTicks;
+    if (!services_.startTrace) services_.startTrace = StoreServices::standard().startTrace;
     if (services_.runLockDirectory.empty()) services_.runLockDirectory = RunLock::defaultDirectory();
     logLines_ = {QStringLiteral("Quarbel ready")};
     currentRunTick_ = services_.now();
@@ -273,7 +284,58 @@ void BenchmarkStore::startRunTask() {
         appendLog(qs(warning));
     checkConcurrentRuns();
     if (const auto warning = unmarkedRunWarning(*runLock_); !warning.empty()) appendLog(qs(warning));
+    task->cooldown.emplace(cooldown_.value_or(defaultCooldown(task->budgetScale < 1.0)), cpuCelsiusNow());
+    if (const auto reason = task->cooldown->unavailableReason(); !reason.empty() && task->ids.size() > 1)
+        appendLog(QStringLiteral("No cooldown between benchmarks: %1").arg(qs(reason)));
     beginNextBenchmark();
+}
+
+std::optional<double> BenchmarkStore::cpuCelsiusNow() {
+    const QLTemperatureReading reading = services_.readTemperatures();
+    return reading.hasCPU != 0 ? std::optional(reading.cpu) : std::nullopt;
+}
+
+bool BenchmarkStore::startCooldown() {
+    const auto celsius = cpuCelsiusNow();
+    if (!task_->cooldown || !task_->cooldown->keepWaiting(0, celsius)) return false;
+    cooldownStartedAt_ = monotonicSeconds();
+    cooldownText_ = qs(task_->cooldown->text(0, celsius));
+    Q_EMIT cooldownTextChanged();
+    appendLog(cooldownText_);
+    if (cooldownTimer_ == nullptr) {
+        cooldownTimer_ = new QTimer(this);
+        cooldownTimer_->setInterval(250);
+        connect(cooldownTimer_, &QTimer::timeout, this, &BenchmarkStore::cooldownTick);
+    }
+    cooldownTimer_->start();
+    return true;
+}
+
+void BenchmarkStore::cooldownTick() {
+    if (!task_ || task_->cancelled) {
+        endCooldown();
+        if (task_) beginNextBenchmark();
+        return;
+    }
+    const double waited = monotonicSeconds() - cooldownStartedAt_;
+    const auto celsius = cpuCelsiusNow();
+    if (task_->cooldown->keepWaiting(waited, celsius)) {
+        cooldownText_ = qs(task_->cooldown->text(waited, celsius));
+        Q_EMIT cooldownTextChanged();
+        return;
+    }
+    endCooldown();
+    appendLog(celsius ? QStringLiteral("Cooled down to %1 \u00b0C in %2 s")
+                            .arg(qs(format(*celsius, 0)), qs(format(waited, 0)))
+                      : QStringLiteral("Waited %1 s").arg(qs(format(waited, 0))));
+    beginNextBenchmark();
+}
+
+void BenchmarkStore::endCooldown() {
+    if (cooldownTimer_ != nullptr) cooldownTimer_->stop();
+    if (cooldownText_.isEmpty()) return;
+    cooldownText_.clear();
+    Q_EMIT cooldownTextChanged();
 }
 
 void BenchmarkStore::beginNextBenchmark() {
@@ -281,6 +343,12 @@ void BenchmarkStore::beginNextBenchmark() {
     if (task.cancelled || task.index >= task.ids.size()) {
         finishRunTask();
         return;
+    }
+    // Each benchmark but the first starts from a machine back near idle; the wait calls
+    // this again when it ends.
+    if (task.index > 0 && task.cooledFor != task.index) {
+        task.cooledFor = task.index;
+        if (startCooldown()) return;
     }
     const BenchmarkID id = task.ids[task.index];
     if (task.followsActiveTest) setSelectedID(id);
@@ -291,10 +359,15 @@ void BenchmarkStore::beginNextBenchmark() {
     task.stability.reset();
     task.spread.reset();
     task.passSlices.clear();
+    task.passTraces.clear();
     task.uncertainty.reset();
     task.withinRun.reset();
     task.noiseFloor.reset();
     task.startTicks = services_.readCpuTicks();
+    if (const QLTemperatureReading reading = services_.readTemperatures(); reading.hasCPU != 0)
+        task.startCelsius = reading.cpu;
+    else
+        task.startCelsius.reset();
     throttleWatch_.beginBenchmark();
     startRealtimeClock(id, task.passes);
     if (hasAnimationWindow(id)) presentAnimationWindow(id, task.passes);
@@ -420,6 +493,12 @@ void BenchmarkStore::benchmarkFinished(BenchmarkOutcome outcome) {
         end.noiseFloor = task.noiseFloor;
         const std::size_t kept = medianPassIndex(task.passOutcomes);
         if (kept < task.passSlices.size()) end.slices = task.passSlices[kept];
+        if (kept < task.passTraces.size()) {
+            end.trace = std::move(task.passTraces[kept].trace);
+            end.energy = std::move(task.passTraces[kept].energy);
+            end.traceSummary = traceSummary(end.trace);
+        }
+        end.startCelsius = task.startCelsius;
         if (task.passOutcomes.size() > 1)
             for (const auto& pass : task.passOutcomes)
                 end.passScores.push_back(pass.score);
@@ -480,6 +559,12 @@ void BenchmarkStore::finishRunTask() {
 }
 
 void BenchmarkStore::runBenchmarkPass(BenchmarkID id, PassCompletion completion) {
+    std::shared_ptr<TraceRecorder> recorder =
+        traceEnabled_ && services_.startTrace ? services_.startTrace() : nullptr;
+    completion = [this, recorder, inner = std::move(completion)](BenchmarkOutcome outcome) {
+        if (task_) task_->passTraces.push_back(recorder ? recorder->finish() : TracedPass{});
+        inner(std::move(outcome));
+    };
     if (id == BenchmarkID::metalVisual && presenter_ != nullptr) {
         runVisibleMetalBenchmark(std::move(completion));
         return;
@@ -622,6 +707,16 @@ void BenchmarkStore::stop() {
     }
     setPassText({});
     appendLog(QStringLiteral("Run stopped"));
+    // A run waiting for the machine to cool has nothing else to end it.
+    if (cooldownTimer_ != nullptr && cooldownTimer_->isActive()) {
+        endCooldown();
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                if (task_) beginNextBenchmark();
+            },
+            Qt::QueuedConnection);
+    }
 }
 
 void BenchmarkStore::startRealtimeClock(BenchmarkID id, int passes) {

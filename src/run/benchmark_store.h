@@ -9,13 +9,16 @@
 #include "model/noise_floor.h"
 #include "model/outcome.h"
 #include "model/progress_series.h"
+#include "model/sensor_trace.h"
 #include "model/stability.h"
 #include "model/visual.h"
 #include "model/workload_context.h"
+#include "run/cooldown.h"
 #include "run/run_lock.h"
 #include "sensors/interference.h"
 #include "sensors/machine_condition.h"
 #include "sensors/temperature.h"
+#include "sensors/trace_recorder.h"
 
 #include <QDateTime>
 #include <QObject>
@@ -68,6 +71,10 @@ struct BenchmarkEndState {
     std::optional<Interference> interference;
     std::optional<double> frequencyDropPercent; // the fastest CPU's lowest frequency below its highest
     bool noisy = false;                         // interference above the thresholds of isNoisy
+    SensorTrace trace;                          // of the pass whose outcome is kept
+    ResultEnergy energy;                        // of that pass
+    std::string traceSummary;                   // one line on what the trace shows
+    std::optional<double> startCelsius;         // the CPU as the benchmark started
     bool operator==(const BenchmarkEndState&) const = default;
 };
 
@@ -95,6 +102,8 @@ struct StoreServices {
     std::function<std::optional<CpuTickSample>()> readCpuTicks;
     // Where runs mark themselves, to find another Quarbel's run (RunLock); empty: the default.
     std::string runLockDirectory;
+    // Starts recording the sensors for one pass (main thread); null records nothing.
+    std::function<std::unique_ptr<TraceRecorder>()> startTrace;
 
     static StoreServices standard();
 };
@@ -126,6 +135,7 @@ class BenchmarkStore : public QObject {
     Q_PROPERTY(quarbel::RunCondition runCondition READ runCondition NOTIFY runConditionChanged)
     Q_PROPERTY(QString concurrentRuns READ concurrentRuns NOTIFY concurrentRunsChanged)
     Q_PROPERTY(QString passText READ passText NOTIFY passTextChanged)
+    Q_PROPERTY(QString cooldownText READ cooldownText NOTIFY cooldownTextChanged)
     Q_PROPERTY(double currentRunElapsed READ currentRunElapsed NOTIFY currentRunTickChanged)
     Q_PROPERTY(double currentRunProgress READ currentRunProgress NOTIFY currentRunTickChanged)
     Q_PROPERTY(int completedCount READ completedCount NOTIFY rowsChanged)
@@ -207,6 +217,16 @@ class BenchmarkStore : public QObject {
     void setNoiseFloors(NoiseFloors floors) { noiseFloors_ = std::move(floors); }
     const NoiseFloors& noiseFloors() const { return noiseFloors_; }
 
+    // Whether each pass records a sensor trace and its energy (on by default); read as each
+    // pass starts.
+    void setTraceEnabled(bool on) { traceEnabled_ = on; }
+    // How the machine is brought back to idle before each benchmark but the first; none: the
+    // default for the run's length. Read when a run starts.
+    void setCooldown(std::optional<CooldownSetting> setting) { cooldown_ = setting; }
+    // "Cooling down: 62 °C → 45 °C" while the run waits before a benchmark, else empty.
+    QString cooldownText() const { return cooldownText_; }
+    bool traceEnabled() const { return traceEnabled_; }
+
   public Q_SLOTS:
     void setSelectedID(quarbel::BenchmarkID id);
     void setAccuracyMode(bool on);
@@ -240,6 +260,7 @@ class BenchmarkStore : public QObject {
     void runConditionChanged();
     void concurrentRunsChanged();
     void passTextChanged();
+    void cooldownTextChanged();
     // Emitted for every log line as it is written, timestamp included.
     void logLineAppended(const QString& line);
 
@@ -256,6 +277,10 @@ class BenchmarkStore : public QObject {
     void benchmarkFinished(BenchmarkOutcome outcome);
     void finishRunTask();
     void runBenchmarkPass(BenchmarkID id, PassCompletion completion);
+    bool startCooldown();
+    void cooldownTick();
+    void endCooldown();
+    std::optional<double> cpuCelsiusNow();
     void runVisibleMetalBenchmark(PassCompletion completion);
     void updateVisualLiveStats(const std::string& id, const VisualBenchmarkLiveStats& stats);
     void finishVisualBenchmark(const std::optional<std::string>& id, const BenchmarkOutcome& outcome);
@@ -330,6 +355,11 @@ class BenchmarkStore : public QObject {
     std::optional<double> peakGPU_;
     double budgetScale_ = 1.0;
     std::optional<StabilityTarget> untilStable_;
+    bool traceEnabled_ = true;
+    std::optional<CooldownSetting> cooldown_;
+    QString cooldownText_;
+    QTimer* cooldownTimer_ = nullptr;
+    double cooldownStartedAt_ = 0; // monotonic seconds
 
     // Declared last so it is destroyed first: its destructor joins the threads that
     // may still post results to this object.

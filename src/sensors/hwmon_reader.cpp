@@ -50,13 +50,8 @@ std::vector<std::string> numberedEntries(const std::string& directory, std::stri
     return names;
 }
 
-struct LabelledInput {
-    std::string label; // empty when the chip names none
-    std::string path;
-};
-
-// Label prefixes of the preferred tiers of a chip, before the tier of all its inputs.
-std::vector<std::vector<std::string_view>> preferredLabels(const std::string& chipName) {
+// Label prefixes of the preferred tiers of a chip, most preferred first.
+std::vector<std::vector<std::string_view>> preferredLabels(std::string_view chipName) {
     if (chipName == "coretemp") return {{"Package id", "Physical id"}};
     if (chipName == "k10temp" || chipName == "zenpower") return {{"Tdie"}, {"Tctl"}};
     if (chipName == "amdgpu") return {{"edge"}};
@@ -64,23 +59,27 @@ std::vector<std::vector<std::string_view>> preferredLabels(const std::string& ch
     return {};
 }
 
-std::vector<std::vector<std::string>> tiersFor(const std::string& chipName,
-                                               const std::vector<LabelledInput>& inputs) {
-    std::vector<std::vector<std::string>> tiers;
-    for (const auto& prefixes : preferredLabels(chipName)) {
-        std::vector<std::string> tier;
-        for (const auto& input : inputs) {
-            const bool matches = std::any_of(prefixes.begin(), prefixes.end(), [&](std::string_view prefix) {
-                return std::string_view(input.label).starts_with(prefix);
-            });
-            if (matches) tier.push_back(input.path);
-        }
-        if (!tier.empty()) tiers.push_back(std::move(tier));
-    }
-    std::vector<std::string> all;
+struct RankedInput {
+    int rank;
+    SensorInput input;
+};
+
+// One tier per preferred rank present, then the tier of all inputs.
+std::vector<std::vector<SensorInput>> tiersOf(const std::vector<RankedInput>& inputs) {
+    std::vector<int> ranks;
     for (const auto& input : inputs)
-        all.push_back(input.path);
-    if (!all.empty()) tiers.push_back(std::move(all));
+        if (input.rank != kUnpreferredSensorRank) ranks.push_back(input.rank);
+    std::sort(ranks.begin(), ranks.end());
+    ranks.erase(std::unique(ranks.begin(), ranks.end()), ranks.end());
+    std::vector<std::vector<SensorInput>> tiers;
+    for (const int rank : ranks) {
+        auto& tier = tiers.emplace_back();
+        for (const auto& input : inputs)
+            if (input.rank == rank) tier.push_back(input.input);
+    }
+    auto& all = tiers.emplace_back();
+    for (const auto& input : inputs)
+        all.push_back(input.input);
     return tiers;
 }
 
@@ -93,14 +92,31 @@ void addHwmonChips(const std::string& root, SensorPlan& plan) {
         const auto kind = classifySensorName(chipName);
         if (!kind) continue;
 
-        std::vector<LabelledInput> inputs;
+        std::vector<RankedInput> inputs;
         for (const auto& input : numberedEntries(directory, "temp", "_input")) {
             const std::string base = input.substr(0, input.size() - std::string_view("_input").size());
-            inputs.push_back({sysfs::readLine(directory + "/" + base + "_label"), directory + "/" + input});
+            const auto role = classifySensor(chipName, sysfs::readLine(directory + "/" + base + "_label"));
+            inputs.push_back({role->rank, {directory + "/" + input}});
         }
         if (inputs.empty()) continue;
-        plan.chips.push_back({chipName, *kind, tiersFor(chipName, inputs)});
+        plan.chips.push_back({chipName, *kind, tiersOf(inputs), std::nullopt});
     }
+}
+
+// The CPU and GPU chips libsensors finds; false when it cannot be used or finds no chip.
+bool addLibsensorsChips(SensorPlan& plan) {
+    const auto chips = libsensors::temperatureChips(libsensors::Scan::fresh);
+    if (!chips || chips->empty()) return false;
+    for (const auto& chip : *chips) {
+        const std::string chipName = normalisedName(chip.prefix);
+        const auto kind = classifySensorName(chipName);
+        if (!kind) continue;
+        std::vector<RankedInput> inputs;
+        for (const auto& temperature : chip.temperatures)
+            inputs.push_back({classifySensor(chipName, temperature.label)->rank, {{}, temperature.input}});
+        plan.chips.push_back({chipName, *kind, tiersOf(inputs), chip});
+    }
+    return true;
 }
 
 void addThermalZones(const std::string& root, bool wantCPU, bool wantGPU, SensorPlan& plan) {
@@ -110,7 +126,7 @@ void addThermalZones(const std::string& root, bool wantCPU, bool wantGPU, Sensor
         const auto kind = classifySensorName(zoneName);
         if (!kind || (*kind == SensorKind::cpu && !wantCPU) || (*kind == SensorKind::gpu && !wantGPU))
             continue;
-        plan.chips.push_back({zoneName, *kind, {{directory + "/temp"}}});
+        plan.chips.push_back({zoneName, *kind, {{{directory + "/temp"}}}, std::nullopt});
     }
 }
 
@@ -120,6 +136,46 @@ std::optional<double> readMillidegrees(const std::string& path) {
     const auto millidegrees = sysfs::parseInteger(*text);
     if (!millidegrees) return std::nullopt;
     return static_cast<double>(*millidegrees) / 1000.0;
+}
+
+std::optional<double> readInput(const SensorChip& chip, const SensorInput& input) {
+    if (chip.libsensorsChip) return libsensors::readValue(*chip.libsensorsChip, input.subfeature);
+    return readMillidegrees(input.path);
+}
+
+bool readsSystemSensors(const std::string& hwmonRoot) { return hwmonRoot == kSystemHwmonRoot; }
+
+std::vector<std::string> libsensorsAtCritical(const std::vector<libsensors::Chip>& chips) {
+    std::vector<std::string> names;
+    for (const auto& chip : chips)
+        for (const auto& temperature : chip.temperatures) {
+            if (temperature.critical < 0) continue;
+            const auto critical = libsensors::readValue(chip, temperature.critical);
+            const auto input = libsensors::readValue(chip, temperature.input);
+            if (critical && input && *critical > 0 && *input >= *critical)
+                names.push_back(chip.prefix + " " + temperature.name);
+        }
+    return names;
+}
+
+std::vector<std::string> sysfsAtCritical(const std::string& hwmonRoot) {
+    std::vector<std::string> names;
+    std::vector<std::string> chips = sysfs::directoryEntries(hwmonRoot);
+    std::sort(chips.begin(), chips.end());
+    for (const auto& chip : chips) {
+        const std::string directory = hwmonRoot + "/" + chip;
+        std::vector<std::string> files = sysfs::directoryEntries(directory);
+        std::sort(files.begin(), files.end());
+        for (const auto& file : files) {
+            if (!file.starts_with("temp") || !file.ends_with("_crit")) continue;
+            const std::string channel = file.substr(0, file.size() - 5);
+            const auto critical = sysfs::parseInteger(sysfs::readLine(directory + "/" + file));
+            const auto input = sysfs::parseInteger(sysfs::readLine(directory + "/" + channel + "_input"));
+            if (critical && input && *critical > 0 && *input >= *critical)
+                names.push_back(sysfs::readLine(directory + "/name") + " " + channel);
+        }
+    }
+    return names;
 }
 
 void keepHighest(std::optional<double>& best, double candidate) {
@@ -144,9 +200,21 @@ std::optional<SensorKind> classifySensorName(std::string_view rawName) {
     return std::nullopt;
 }
 
+std::optional<SensorRole> classifySensor(std::string_view chipName, std::string_view label) {
+    const std::string name = normalisedName(chipName);
+    const auto kind = classifySensorName(name);
+    if (!kind) return std::nullopt;
+    const auto preferred = preferredLabels(name);
+    for (std::size_t rank = 0; rank < preferred.size(); ++rank)
+        for (const std::string_view prefix : preferred[rank])
+            if (sysfs::trimmed(label).starts_with(prefix)) return SensorRole{*kind, static_cast<int>(rank)};
+    return SensorRole{*kind, kUnpreferredSensorRank};
+}
+
 SensorPlan discoverSensors(const SensorLocations& locations) {
     SensorPlan plan;
-    addHwmonChips(locations.hwmonRoot, plan);
+    if (!readsSystemSensors(locations.hwmonRoot) || !addLibsensorsChips(plan))
+        addHwmonChips(locations.hwmonRoot, plan);
     const auto hasKind = [&plan](SensorKind kind) {
         return std::any_of(plan.chips.begin(), plan.chips.end(),
                            [kind](const SensorChip& chip) { return chip.kind == kind; });
@@ -160,8 +228,8 @@ SensorPlan discoverSensors(const SensorLocations& locations) {
 std::optional<double> readChipTemperature(const SensorChip& chip) {
     for (const auto& tier : chip.tiers) {
         std::optional<double> best;
-        for (const auto& path : tier) {
-            const auto value = readMillidegrees(path);
+        for (const auto& input : tier) {
+            const auto value = readInput(chip, input);
             if (value && isPlausibleTemperature(*value)) keepHighest(best, *value);
         }
         if (best) return best;
@@ -199,6 +267,14 @@ std::pair<QLTemperatureReading, bool> readPlan(const SensorPlan& plan) {
 } // namespace
 
 QLTemperatureReading readSensorPlan(const SensorPlan& plan) { return readPlan(plan).first; }
+
+std::vector<std::string> sensorsAtCriticalTemperature(const std::string& hwmonRoot) {
+    if (readsSystemSensors(hwmonRoot)) {
+        const auto chips = libsensors::temperatureChips(libsensors::Scan::cached);
+        if (chips && !chips->empty()) return libsensorsAtCritical(*chips);
+    }
+    return sysfsAtCritical(hwmonRoot);
+}
 
 HwmonTemperatureReader::HwmonTemperatureReader(SensorLocations locations)
     : locations_(std::move(locations)) {}

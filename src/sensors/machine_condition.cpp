@@ -1,5 +1,6 @@
 #include "sensors/machine_condition.h"
 
+#include "sensors/hwmon_reader.h"
 #include "sensors/sysfs_text.h"
 
 #include <algorithm>
@@ -155,23 +156,7 @@ ThrottleSample readThrottleSample(const ConditionLocations& locations) {
         if (kHz && *kHz > 0)
             sample.highestFrequencyKHz = std::max(sample.highestFrequencyKHz.value_or(0), *kHz);
     }
-    const std::string hwmon = locations.sysRoot + "/class/hwmon";
-    std::vector<std::string> chips = sysfs::directoryEntries(hwmon);
-    std::sort(chips.begin(), chips.end());
-    for (const auto& chip : chips) {
-        const std::string directory = hwmon + "/" + chip;
-        std::vector<std::string> files = sysfs::directoryEntries(directory);
-        std::sort(files.begin(), files.end());
-        for (const auto& file : files) {
-            if (!file.starts_with("temp") || !file.ends_with("_crit")) continue;
-            const std::string channel = file.substr(0, file.size() - 5);
-            const auto critical = sysfs::parseInteger(sysfs::readLine(directory + "/" + file));
-            const auto input = sysfs::parseInteger(sysfs::readLine(directory + "/" + channel + "_input"));
-            // Some chips report a critical mark of 0 or less when they have none.
-            if (critical && input && *critical > 0 && *input >= *critical)
-                sample.sensorsAtCritical.push_back(sysfs::readLine(directory + "/name") + " " + channel);
-        }
-    }
+    sample.sensorsAtCritical = sensorsAtCriticalTemperature(locations.sysRoot + "/class/hwmon");
     return sample;
 }
 

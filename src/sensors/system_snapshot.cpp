@@ -1,6 +1,7 @@
 #include "sensors/system_snapshot.h"
 
 #include "model/number_format.h"
+#include "sensors/cpu_topology.h"
 #include "sensors/cpuinfo_brand.h"
 #include "sensors/sysfs_text.h"
 
@@ -8,7 +9,6 @@
 #include <cctype>
 #include <mutex>
 #include <sys/utsname.h>
-#include <thread>
 #include <unistd.h>
 
 namespace quarbel {
@@ -128,15 +128,7 @@ std::string SystemSnapshot::cpuName(const SystemSources& sources) {
     return "Unknown CPU";
 }
 
-std::string SystemSnapshot::coreCountText() {
-    long processors = ::sysconf(_SC_NPROCESSORS_ONLN);
-    if (processors < 1) processors = std::max(1L, static_cast<long>(std::thread::hardware_concurrency()));
-    return coreCountText(processors);
-}
-
-std::string SystemSnapshot::coreCountText(long logicalProcessors) {
-    return std::to_string(logicalProcessors) + " logical cores";
-}
+std::string SystemSnapshot::coreCountText() { return topologyText(systemCpuTopology()); }
 
 std::string SystemSnapshot::memoryText(std::uint64_t bytes) {
     return format(static_cast<double>(bytes) * 9.313225746154785e-10, 1) + " GB";

@@ -1,5 +1,5 @@
 // Facts about the machine for the system panel, the result cards and the command line:
-// the processor's name, its logical core count and six labelled rows.
+// the processor's name, its topology and six labelled rows.
 //
 // Every member is safe from any thread. Nothing here reports an error: a fact that
 // cannot be found has a fallback text ("Unknown CPU", "Unavailable", empty text).
@@ -40,9 +40,9 @@ class SystemSnapshot {
     // model, else "Unknown CPU".
     static std::string cpuName(const SystemSources& sources = {});
 
-    // "<online logical processors> logical cores", e.g. "16 logical cores".
+    // The Cores row: the processor's topology, e.g. "8 cores (4 P + 4 E), 12 threads,
+    // 1 package, 1 NUMA node".
     static std::string coreCountText();
-    static std::string coreCountText(long logicalProcessors);
 
     // The value of a system-control name, or empty text. Known names:
     // "machdep.cpu.brand_string" (the processor's model line of /proc/cpuinfo, on Arm

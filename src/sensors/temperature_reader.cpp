@@ -2,8 +2,9 @@
 #include "sensors/nvml_temperature.h"
 #include "sensors/temperature.h"
 
-// Linux: the hwmon sensors for the CPU and for GPUs whose kernel driver reports a
-// temperature, and NVML for NVIDIA GPUs, whose proprietary driver has no hwmon chip.
+// Linux: the hwmon sensors (through libsensors, else sysfs) for the CPU and for GPUs whose
+// kernel driver reports a temperature, and NVML for NVIDIA GPUs, whose proprietary driver
+// has no hwmon chip.
 // The controller logic of smc_controller.h serves machines with an SMC transport.
 extern "C" QLTemperatureReading QuarbelReadTemperatures(void) {
     // Never destroyed: a background read may still run while the process exits.

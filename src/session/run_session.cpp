@@ -115,6 +115,8 @@ void RunSession::start() {
     store_.setAccuracyMode(options_.accuracy);
     store_.setBudgetScale(options_.quick ? 0.1 : 1.0);
     store_.setUntilStable(options_.untilStable);
+    store_.setTraceEnabled(options_.trace);
+    store_.setCooldown(options_.cooldown);
     if (options_.noiseFloors) store_.setNoiseFloors(*options_.noiseFloors);
     startedAt_ = std::chrono::system_clock::now();
     started_ = true;

@@ -27,6 +27,9 @@ struct RunOptions {
     std::string historyDirectory;               // where the report is also kept; empty: not kept
     std::optional<StabilityTarget> untilStable; // rerun each benchmark until its interval is narrow
     std::optional<ReportTarget> metrics;        // absent: no Prometheus text file
+    bool trace = true;                          // record each benchmark's sensor trace and energy
+    std::optional<CooldownSetting> cooldown =
+        std::nullopt; // absent: automatic for full runs, none for quick ones
     // The run-to-run floors learned from this machine's history; none: the store's own.
     std::optional<NoiseFloors> noiseFloors = std::nullopt;
     // Given the report's JSON text once the run is over (the baseline gate reads it).

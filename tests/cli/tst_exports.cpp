@@ -161,7 +161,10 @@ TEST(Exports, CsvHtmlAndManyRunComparisonsCarryEveryRun) {
     EXPECT_EQ(std::regex_replace(text, std::regex("http://www.w3.org/2000/svg"), "").find("http"),
               std::string::npos)
         << "nothing is fetched";
-    EXPECT_EQ(lines(text, "<svg ").size(), 3u) << "the global score and one chart per benchmark";
+    EXPECT_EQ(lines(text, "<svg width=\"560\" height=\"180\"").size(), 3u)
+        << "the global score and one chart per benchmark";
+    EXPECT_EQ(lines(text, "<svg width=\"560\" height=\"150\"").size(), 6u)
+        << "the sensor trace under each of the three runs' two results";
 
     const auto compare = test::runProcess({kQuarbel, "compare", run.report, run.report, run.report}, run.env);
     ASSERT_EQ(compare.exitCode, 0) << compare.err;

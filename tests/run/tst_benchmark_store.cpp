@@ -66,12 +66,13 @@ TEST(BenchmarkStore, FullSuiteRecordsEveryOutcomeLogsAndSummarises) {
     EXPECT_EQ(store.rows()[BenchmarkID::metalVisual].state, TestRunState::skipped);
     EXPECT_EQ(store.completedCount(), 11);
 
-    ASSERT_EQ(allLines.size(), 16);
+    ASSERT_EQ(allLines.size(), 17);
     EXPECT_EQ(allLines.front(), "Running full suite (Standard Mode)");
+    EXPECT_EQ(allLines.at(1), "No cooldown between benchmarks: no CPU temperature sensor");
     EXPECT_TRUE(allLines.contains("CPU Tile Render: 2345.7 pts, 12.50 GB/s"));
     EXPECT_TRUE(allLines.contains("SSD Random: failed"));
     EXPECT_TRUE(allLines.contains("GPU Visual Tour: unavailable"));
-    EXPECT_EQ(allLines.at(14), QString("Summary: 11/13 complete, total %1 pts")
+    EXPECT_EQ(allLines.at(15), QString("Summary: 11/13 complete, total %1 pts")
                                    .arg(QString::fromStdString(scoreText(store.totalScore()))));
     EXPECT_EQ(allLines.back(), "Ready");
 

@@ -42,3 +42,46 @@ __attribute__((visibility("default"))) int nvmlDeviceGetTemperature(Device* devi
     return 0;
 }
 }
+
+// Power, energy, clock and clock event reasons, the same for every device; the energy counter
+// advances by `joulesPerRead` on each read.
+namespace {
+unsigned int milliwatts = 0;
+unsigned long long millijoules = 0;
+unsigned long long millijoulesPerRead = 0;
+unsigned long long reasons = 0;
+} // namespace
+
+extern "C" {
+
+__attribute__((visibility("default"))) void
+fakeNvmlConfigurePower(unsigned int watts, unsigned int joulesPerRead, unsigned long long clockReasons) {
+    milliwatts = watts * 1000;
+    millijoules = 0;
+    millijoulesPerRead = joulesPerRead * 1000ull;
+    reasons = clockReasons;
+}
+
+__attribute__((visibility("default"))) int nvmlDeviceGetPowerUsage(Device*, unsigned int* value) {
+    *value = milliwatts;
+    return 0;
+}
+
+__attribute__((visibility("default"))) int nvmlDeviceGetTotalEnergyConsumption(Device*,
+                                                                               unsigned long long* value) {
+    millijoules += millijoulesPerRead;
+    *value = millijoules;
+    return 0;
+}
+
+__attribute__((visibility("default"))) int nvmlDeviceGetClockInfo(Device*, int, unsigned int* mhz) {
+    *mhz = 1800;
+    return 0;
+}
+
+__attribute__((visibility("default"))) int nvmlDeviceGetCurrentClocksEventReasons(Device*,
+                                                                                  unsigned long long* value) {
+    *value = reasons;
+    return 0;
+}
+}

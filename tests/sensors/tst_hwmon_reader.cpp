@@ -53,6 +53,31 @@ TEST(HwmonClassification, CpuAndGpuChipsByNameOthersIgnored) {
         EXPECT_EQ(classifySensorName(name), std::nullopt) << name;
 }
 
+TEST(HwmonClassification, LabelsRankTheSensorsOfAChip) {
+    constexpr int other = kUnpreferredSensorRank;
+    const struct {
+        const char* chip;
+        const char* label;
+        std::optional<SensorRole> role;
+    } cases[] = {
+        {"coretemp", "Package id 1", SensorRole{SensorKind::cpu, 0}},
+        {"coretemp", "Physical id 0", SensorRole{SensorKind::cpu, 0}},
+        {"coretemp", "Core 3", SensorRole{SensorKind::cpu, other}},
+        {"k10temp", "Tdie", SensorRole{SensorKind::cpu, 0}},
+        {"zenpower", "Tctl", SensorRole{SensorKind::cpu, 1}},
+        {"k10temp", "Tccd1", SensorRole{SensorKind::cpu, other}},
+        {"cpu_thermal", "temp1", SensorRole{SensorKind::cpu, other}},
+        {"amdgpu", "edge", SensorRole{SensorKind::gpu, 0}},
+        {"amdgpu", "junction", SensorRole{SensorKind::gpu, other}},
+        {"xe", "pkg", SensorRole{SensorKind::gpu, 0}},
+        {"nouveau", "", SensorRole{SensorKind::gpu, other}},
+        {"nvme", "Composite", std::nullopt},
+        {"nct6775", "CPUTIN", std::nullopt},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(classifySensor(c.chip, c.label), c.role) << c.chip << " / " << c.label;
+}
+
 TEST(HwmonReader, SeveralChipsPickThePackageSensorAndIgnoreOtherDevices) {
     FakeTree tree;
     addChip(tree, "hwmon0", "acpitz", {{1, "", "91000"}});

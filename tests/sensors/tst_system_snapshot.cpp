@@ -85,11 +85,10 @@ TEST(SystemSnapshotSysctl, KnownNamesOnlyAndEmptyWhenMissing) {
     EXPECT_EQ(SystemSnapshot::sysctlString("kern.ostype", sourcesIn(tree)), "");
 }
 
-TEST(SystemSnapshotTexts, MemoryCoresAndOperatingSystem) {
+TEST(SystemSnapshotTexts, MemoryAndOperatingSystem) {
     EXPECT_EQ(SystemSnapshot::memoryText(17'179'869'184), "16.0 GB");
     EXPECT_EQ(SystemSnapshot::memoryText(8'000'000'000), "7.5 GB");
     EXPECT_EQ(SystemSnapshot::memoryText(0), "0.0 GB");
-    EXPECT_EQ(SystemSnapshot::coreCountText(10), "10 logical cores");
 
     FakeTree debian;
     debian.write("etc/os-release",

@@ -1,11 +1,9 @@
 #include "ui/views/trend_view.h"
 
-#include "model/outcome.h"
 #include "ui/views/theme.h"
 
 #include <QPaintEvent>
 #include <QPainter>
-#include <QPainterPath>
 
 #include <algorithm>
 
@@ -19,64 +17,26 @@ constexpr qreal kCaptionHeight = 30;
 int columnsFor(qreal width) { return width >= 760 ? 2 : 1; }
 
 void paintChart(QPainter& painter, const QRectF& box, const TrendSeries& series) {
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(theme::panel());
-    painter.drawRoundedRect(box, 8, 8);
-    painter.setFont(theme::font(13, QFont::DemiBold));
-    painter.setPen(theme::text());
-    const QRectF titleBox = box.adjusted(12, 8, -12, 0);
-    painter.drawText(
-        QRectF(titleBox.left(), titleBox.top(), titleBox.width(), 18), Qt::AlignLeft | Qt::AlignVCenter,
-        QFontMetrics(painter.font()).elidedText(series.title, Qt::ElideRight, int(titleBox.width())));
-
-    double low = series.points.front().score, high = low;
-    for (const TrendPoint& p : series.points) {
-        low = std::min(low, p.score - p.plusMinus);
-        high = std::max(high, p.score + p.plusMinus);
-    }
-    // A little room above and below, and never a flat range.
-    const double pad = std::max((high - low) * 0.1, high * 0.01);
-    low = std::max(0.0, low - pad);
-    high += pad;
-    const QRectF plot = box.adjusted(70, 34, -14, -14);
-    painter.setFont(theme::font(10.5));
-    painter.setPen(theme::muted());
-    painter.drawText(QRectF(box.left() + 6, plot.top() - 7, 58, 14), Qt::AlignRight | Qt::AlignVCenter,
-                     theme::qstring(scoreText(high)));
-    painter.drawText(QRectF(box.left() + 6, plot.bottom() - 7, 58, 14), Qt::AlignRight | Qt::AlignVCenter,
-                     theme::qstring(scoreText(low)));
-    painter.setPen(QPen(theme::border(), 1));
-    painter.drawLine(plot.bottomLeft(), plot.bottomRight());
-
-    const std::size_t n = series.points.size();
-    const auto x = [&](std::size_t i) {
-        return n == 1 ? plot.center().x() : plot.left() + plot.width() * qreal(i) / qreal(n - 1);
-    };
-    const auto y = [&](double v) { return plot.bottom() - plot.height() * (v - low) / (high - low); };
-    QPainterPath line;
-    for (std::size_t i = 0; i < n; ++i) {
-        const QPointF point(x(i), y(series.points[i].score));
-        i == 0 ? line.moveTo(point) : line.lineTo(point);
-    }
-    painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(series.color, 2));
-    painter.drawPath(line);
-    for (std::size_t i = 0; i < n; ++i) {
-        const TrendPoint& p = series.points[i];
-        if (p.plusMinus > 0) {
-            painter.setPen(QPen(theme::secondary(), 1.2));
-            painter.drawLine(QPointF(x(i), y(p.score + p.plusMinus)),
-                             QPointF(x(i), y(p.score - p.plusMinus)));
-        }
-        // The selected run stands out; a result measured on a noisy machine is amber.
-        const QColor fill = p.noisy ? theme::stateColor(TestRunState::skipped) : series.color;
-        painter.setPen(p.selected ? QPen(theme::text(), 2) : Qt::NoPen);
-        painter.setBrush(fill);
-        painter.drawEllipse(QPointF(x(i), y(p.score)), p.selected ? 5.0 : 3.5, p.selected ? 5.0 : 3.5);
-    }
+    cards::LineChart chart{series.title, series.color, {}, cards::LineChart::Style::line};
+    for (const TrendPoint& p : series.points)
+        chart.points.push_back({QString(), p.score, p.plusMinus, p.selected, p.noisy});
+    cards::paintLineChart(painter, box, chart, themeChartPalette());
 }
 
 } // namespace
+
+cards::ChartPalette themeChartPalette() {
+    cards::ChartPalette palette = cards::cardChartPalette();
+    palette.panel = theme::panel();
+    palette.text = theme::text();
+    palette.secondary = theme::secondary();
+    palette.muted = theme::muted();
+    palette.border = theme::border();
+    // A result measured on a noisy machine is amber, as its row is.
+    palette.warning = theme::stateColor(TestRunState::skipped);
+    palette.fontFamily = theme::font(12).family();
+    return palette;
+}
 
 TrendView::TrendView(QWidget* parent) : QWidget(parent) {
     setAttribute(Qt::WA_OpaquePaintEvent);

@@ -3,6 +3,8 @@
 // Fed with ready-made series; knows nothing of where runs are kept.
 #pragma once
 
+#include "ui/cards/line_chart.h"
+
 #include <QColor>
 #include <QString>
 #include <QWidget>
@@ -23,6 +25,9 @@ struct TrendSeries {
     QColor color;                   // of the benchmark's category
     std::vector<TrendPoint> points; // oldest first
 };
+
+// The window's chart colours and font, those of the theme, for every chart it draws.
+cards::ChartPalette themeChartPalette();
 
 class TrendView : public QWidget {
     Q_OBJECT

@@ -1,0 +1,82 @@
+// What the sensors said while one benchmark ran, and how much energy it took: plain values,
+// recorded by the run controller, kept in the report and drawn under each result.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quarbel {
+
+// Samples taken at a fixed rate while a benchmark runs, one column per sensor. A column is
+// either empty (the machine has no such sensor, or it could not be read) or as long as
+// `seconds`; a sample that could not be read in an otherwise present column is NaN.
+struct SensorTrace {
+    std::vector<float> seconds;     // since the benchmark started
+    std::vector<float> coreMHzMean; // current clock over the online cores (cpufreq)
+    std::vector<float> coreMHzLow;  // the slowest core's
+    std::vector<float> coreMHzHigh; // the fastest core's
+    std::vector<float> cpuCelsius;  // the CPU package, or its hottest sensor
+    std::vector<float> cpuWatts;    // CPU package power since the previous sample (RAPL)
+    std::vector<float> gpuWatts;
+    std::vector<float> gpuMHz; // graphics clock
+    std::vector<float> gpuCelsius;
+    std::vector<std::uint32_t> gpuThrottleReasons; // NVML's clock event reasons, a bit set
+    std::vector<float> otherCores;                 // cores other processes used since the previous sample
+    std::vector<std::uint8_t> onBattery;           // 1 on battery, 0 on AC
+    std::uint64_t thermalThrottleEvents = 0;       // rise of the CPUs' thermal_throttle counters
+    std::optional<double> packageLimitWatts;       // the CPU package's long-term power limit
+    std::optional<double> criticalCelsius;         // the CPU sensor's critical temperature
+    bool operator==(const SensorTrace&) const = default;
+
+    bool empty() const noexcept { return seconds.empty(); }
+};
+
+// Whose energy a measurement counts.
+enum class PowerDomain {
+    cpuPackage, // RAPL's package domains, summed over the packages
+    gpu,        // the GPU board (NVML) or the GPU chip (amdgpu)
+    battery,    // the whole machine, while it runs on its battery
+};
+
+std::string_view rawValue(PowerDomain domain); // "cpuPackage", "gpu", "battery"
+std::optional<PowerDomain> powerDomainFromRawValue(std::string_view raw);
+std::string_view powerDomainLabel(PowerDomain domain); // "CPU package", "GPU", "Machine (battery)"
+
+struct EnergyMeasurement {
+    PowerDomain domain = PowerDomain::cpuPackage;
+    std::string source; // "RAPL package-0", "NVML", "amdgpu hwmon2", "battery BAT0"
+    double joules = 0;
+    double averageWatts = 0; // joules over the benchmark's seconds
+    double peakWatts = 0;    // the highest between two trace samples
+    bool operator==(const EnergyMeasurement&) const = default;
+};
+
+// A domain without a measurement, and why: "no sensor", "no permission to read …", "a virtual
+// machine exposes no power sensors".
+struct EnergyAbsence {
+    PowerDomain domain = PowerDomain::cpuPackage;
+    std::string reason;
+    bool operator==(const EnergyAbsence&) const = default;
+};
+
+struct ResultEnergy {
+    std::vector<EnergyMeasurement> measured;
+    std::vector<EnergyAbsence> missing;
+    bool operator==(const ResultEnergy&) const = default;
+
+    bool empty() const noexcept { return measured.empty() && missing.empty(); }
+    const EnergyMeasurement* find(PowerDomain domain) const noexcept;
+};
+
+// The measurement a benchmark's efficiency is judged by: the GPU's for a GPU benchmark, else
+// the CPU package's, else the machine's on battery; null when none was measured.
+const EnergyMeasurement* efficiencyMeasurement(const ResultEnergy& energy, bool gpuBenchmark) noexcept;
+
+// Points per joule: the score (a rate) over the average power, i.e. the work one joule buys,
+// in the score's scale. None without a positive power.
+std::optional<double> pointsPerJoule(double score, const EnergyMeasurement& measurement) noexcept;
+
+} // namespace quarbel

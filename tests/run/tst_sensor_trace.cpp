@@ -1,0 +1,354 @@
+// The sensor trace and energy of a result: the readers on recorded sysfs trees, the trace
+// assembled from samples, its one-line summary, the report's compact form, and the cooldown.
+#include "model/trace_summary.h"
+#include "results/trace_json.h"
+#include "run/cooldown.h"
+#include "sensors/fake_tree.h"
+#include "sensors/trace_recorder.h"
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+using namespace quarbel;
+using quarbel::testing::FakeTree;
+
+namespace {
+
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+
+SensorSample sampleAt(double seconds, double packageJoules) {
+    SensorSample s;
+    s.seconds = seconds;
+    s.packageJoules = packageJoules;
+    return s;
+}
+
+template <typename Change> SensorFacts factsWith(Change change) {
+    SensorFacts facts;
+    change(facts);
+    return facts;
+}
+
+SensorTrace traceOf(std::vector<float> seconds) {
+    SensorTrace trace;
+    trace.seconds = std::move(seconds);
+    return trace;
+}
+
+} // namespace
+
+TEST(PowerSensors, RaplSumsPackagesUndoesWrapsAndNamesItsLimit) {
+    FakeTree sys;
+    sys.write("class/powercap/intel-rapl:0/name", "package-0\n");
+    sys.write("class/powercap/intel-rapl:0/energy_uj", "262143000000\n");
+    sys.write("class/powercap/intel-rapl:0/max_energy_range_uj", "262143328850\n");
+    sys.write("class/powercap/intel-rapl:0/constraint_0_name", "long_term\n");
+    sys.write("class/powercap/intel-rapl:0/constraint_0_power_limit_uw", "28000000\n");
+    sys.write("class/powercap/intel-rapl:0/constraint_1_name", "short_term\n");
+    sys.write("class/powercap/intel-rapl:0/constraint_1_power_limit_uw", "64000000\n");
+    // A subzone and the MMIO copy of the package would count the same joules twice.
+    sys.write("class/powercap/intel-rapl:0:0/name", "core\n");
+    sys.write("class/powercap/intel-rapl:0:0/energy_uj", "5\n");
+    sys.write("class/powercap/intel-rapl-mmio:0/name", "package-0\n");
+    sys.write("class/powercap/intel-rapl-mmio:0/energy_uj", "7\n");
+    sys.write("class/powercap/intel-rapl:1/name", "package-1\n");
+    sys.write("class/powercap/intel-rapl:1/energy_uj", "1000000\n");
+    sys.write("class/powercap/intel-rapl:1/max_energy_range_uj", "262143328850\n");
+    RaplPackageMeter meter({sys.root(), sys.root()});
+    ASSERT_TRUE(meter.available());
+    EXPECT_EQ(meter.source(), "RAPL package-0 + package-1");
+    EXPECT_EQ(meter.longTermLimitWatts(), 28.0);
+    EXPECT_DOUBLE_EQ(*meter.joulesSinceStart(), 0.0);
+    // Package 0 passes its range: 328,850 µJ to the top and 671,150 after it.
+    sys.write("class/powercap/intel-rapl:0/energy_uj", "671150\n");
+    sys.write("class/powercap/intel-rapl:1/energy_uj", "3000000\n");
+    EXPECT_NEAR(*meter.joulesSinceStart(), 1.0 + 2.0, 1e-9);
+    EXPECT_EQ(counterDelta(10, 4, 0), 4u) << "a counter without a range";
+
+    FakeTree empty;
+    empty.write("proc/cpuinfo", "processor\t: 0\nflags\t\t: fpu sse2 hypervisor\n");
+    const RaplPackageMeter none({empty.root(), empty.path("proc")});
+    EXPECT_FALSE(none.available());
+    EXPECT_EQ(none.problem(), "a virtual machine exposes no power sensors");
+}
+
+TEST(PowerSensors, BatteryClocksAndThrottleCountersFromALaptopsTree) {
+    const struct {
+        const char* status;
+        const char* mainsOnline;
+        const char* powerNow;
+        bool onBattery;
+        std::optional<double> watts;
+    } cases[] = {
+        {"Discharging", "0", "12500000", true, 12.5},
+        {"Discharging", "0", "0", true, 1.5 * 11.0}, // no power_now: current × voltage
+        {"Charging", "1", "30000000", false, std::nullopt},
+        {"Discharging", "1", "9000000", false, std::nullopt}, // a full battery on AC reports odd states
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.status) + ", AC " + c.mainsOnline);
+        FakeTree sys;
+        sys.write("class/power_supply/AC/type", "Mains\n");
+        sys.write("class/power_supply/AC/online", c.mainsOnline);
+        sys.write("class/power_supply/hidpp_battery_0/type", "Battery\n");
+        sys.write("class/power_supply/hidpp_battery_0/scope", "Device\n");
+        sys.write("class/power_supply/BAT0/type", "Battery\n");
+        sys.write("class/power_supply/BAT0/status", c.status);
+        sys.write("class/power_supply/BAT0/power_now", c.powerNow);
+        sys.write("class/power_supply/BAT0/current_now", "1500000");
+        sys.write("class/power_supply/BAT0/voltage_now", "11000000");
+        const BatteryMeter battery({sys.root(), sys.root()});
+        EXPECT_EQ(battery.source(), "battery BAT0");
+        const auto reading = battery.read();
+        ASSERT_TRUE(reading.has_value());
+        EXPECT_EQ(reading->onBattery, c.onBattery);
+        EXPECT_EQ(reading->watts.has_value(), c.watts.has_value());
+        if (c.watts) {
+            EXPECT_NEAR(*reading->watts, *c.watts, 1e-9);
+        }
+    }
+
+    FakeTree sys;
+    for (const auto& [cpu, khz] : {std::pair{"cpu0", "3400000"}, {"cpu1", "2200000"}, {"cpu2", "2800000"}}) {
+        sys.write(std::string("devices/system/cpu/") + cpu + "/cpufreq/scaling_cur_freq", khz);
+        sys.write(std::string("devices/system/cpu/") + cpu + "/thermal_throttle/core_throttle_count", "3");
+        sys.write(std::string("devices/system/cpu/") + cpu + "/thermal_throttle/package_throttle_count", "1");
+    }
+    sys.write("devices/system/cpu/cpufreq/policy0/scaling_cur_freq", "1"); // not a CPU
+    const auto clocks = CoreClockReader({sys.root(), sys.root()}).read();
+    ASSERT_TRUE(clocks.has_value());
+    EXPECT_DOUBLE_EQ(clocks->lowMHz, 2200);
+    EXPECT_DOUBLE_EQ(clocks->highMHz, 3400);
+    EXPECT_DOUBLE_EQ(clocks->meanMHz, 2800);
+    EXPECT_EQ(readThermalThrottleCount({sys.root(), sys.root()}), 12u);
+    EXPECT_FALSE(readThermalThrottleCount({sys.path("none"), sys.root()}).has_value());
+}
+
+TEST(PowerSensors, NvmlGivesBoardEnergyPowerClockAndReasons) {
+    void* fake = ::dlopen(FAKE_NVML_LIBRARY, RTLD_NOW);
+    ASSERT_NE(fake, nullptr);
+    const unsigned int temperatures[] = {61};
+    reinterpret_cast<void (*)(int, const unsigned int*, unsigned int, int)>(
+        ::dlsym(fake, "fakeNvmlConfigure"))(0, temperatures, 1, 0);
+    reinterpret_cast<void (*)(unsigned int, unsigned int, unsigned long long)>(
+        ::dlsym(fake, "fakeNvmlConfigurePower"))(250, 50, 0x4);
+    auto source = openNvmlPowerSource(FAKE_NVML_LIBRARY);
+    ASSERT_NE(source, nullptr);
+    EXPECT_EQ(source->name(), "NVML");
+    std::vector<SensorSample> samples;
+    for (int i = 0; i < 3; ++i) {
+        SensorSample s;
+        s.seconds = 0.2 * i;
+        s.gpu = source->read();
+        samples.push_back(s);
+    }
+    ASSERT_TRUE(samples[0].gpu.has_value());
+    EXPECT_EQ(samples[0].gpu->watts, 250.0);
+    EXPECT_EQ(samples[0].gpu->mhz, 1800.0);
+    EXPECT_EQ(samples[0].gpu->celsius, 61.0);
+    // The board's own counter, not the power samples, gives the joules: 2 reads of 50 J.
+    const TracedPass pass = assembleTrace(samples, factsWith([](SensorFacts& f) { f.gpuSource = "NVML"; }));
+    const EnergyMeasurement* gpu = pass.energy.find(PowerDomain::gpu);
+    ASSERT_NE(gpu, nullptr);
+    EXPECT_DOUBLE_EQ(gpu->joules, 100.0);
+    EXPECT_DOUBLE_EQ(gpu->averageWatts, 250.0);
+    EXPECT_EQ(pass.trace.gpuThrottleReasons, (std::vector<std::uint32_t>{4, 4, 4}));
+    EXPECT_EQ(traceSummary(pass.trace), "GPU power-limited from 0.0 s");
+    EXPECT_EQ(openNvmlPowerSource("/nonexistent/libnvidia-ml.so.1"), nullptr);
+    ::dlclose(fake);
+}
+
+TEST(SensorTrace, SamplesBecomeColumnsEnergyAndTheReasonsForWhatIsMissing) {
+    // Package energy at 20 W, then 40 W; 4 of every 200 ticks were other processes'.
+    std::vector<SensorSample> samples = {sampleAt(0, 100), sampleAt(0.5, 110), sampleAt(1.0, 130)};
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        samples[i].ticks = CpuTickSample{100 * i, 0, 200 * i, 96 * i};
+        samples[i].battery = BatteryReading{true, 15.0};
+        samples[i].clocks = CoreClocks{3000, 2900, 3100};
+    }
+    samples[1].clocks.reset();
+    const TracedPass pass = assembleTrace(samples, factsWith([](SensorFacts& f) {
+                                              f.packageSource = "RAPL package-0", f.packageLimitWatts = 28,
+                                              f.batterySource = "battery BAT0", f.onlineCpus = 2;
+                                          }));
+    const SensorTrace& t = pass.trace;
+    EXPECT_EQ(t.seconds, (std::vector<float>{0, 0.5f, 1.0f}));
+    ASSERT_EQ(t.cpuWatts.size(), 3u);
+    EXPECT_TRUE(std::isnan(t.cpuWatts[0]));
+    EXPECT_FLOAT_EQ(t.cpuWatts[2], 40);
+    EXPECT_TRUE(std::isnan(t.coreMHzMean[1])) << "a sample that could not be read";
+    EXPECT_FLOAT_EQ(t.otherCores[1], 0.04f) << "4 of 200 ticks: 2 % of two cores";
+    EXPECT_TRUE(t.cpuCelsius.empty()) << "no sensor: no column";
+    EXPECT_EQ(t.onBattery, (std::vector<std::uint8_t>{1, 1, 1}));
+    EXPECT_EQ(t.packageLimitWatts, 28.0);
+
+    const auto* package = pass.energy.find(PowerDomain::cpuPackage);
+    ASSERT_NE(package, nullptr);
+    EXPECT_EQ(*package, (EnergyMeasurement{PowerDomain::cpuPackage, "RAPL package-0", 30, 30, 40}));
+    const auto* battery = pass.energy.find(PowerDomain::battery);
+    ASSERT_NE(battery, nullptr);
+    EXPECT_DOUBLE_EQ(battery->joules, 15.0);
+    ASSERT_EQ(pass.energy.missing.size(), 1u);
+    EXPECT_EQ(pass.energy.missing[0].domain, PowerDomain::gpu);
+    EXPECT_EQ(efficiencyMeasurement(pass.energy, true), package) << "no GPU sensor: the package";
+    EXPECT_EQ(pointsPerJoule(600, *package), 20.0);
+
+    const TracedPass none = assembleTrace({sampleAt(0, 0), sampleAt(1, 0)}, factsWith([](SensorFacts& f) {
+                                              f.packageProblem = "no RAPL power sensor (powercap)",
+                                              f.gpuProblem = "x";
+                                          }));
+    EXPECT_EQ(none.energy.measured.size(), 0u);
+    EXPECT_EQ(none.energy.missing.size(), 3u);
+    EXPECT_EQ(none.energy.missing[0].reason, "no RAPL power sensor (powercap)");
+    EXPECT_EQ(none.energy.missing[2].reason, "no battery");
+}
+
+TEST(SensorTrace, SummaryNamesWhatHeldTheBenchmarkBack) {
+    const auto with = [](auto change) {
+        SensorTrace t = traceOf({0, 1, 2, 3, 4, 5, 6, 7});
+        change(t);
+        return t;
+    };
+    const struct {
+        const char* name;
+        SensorTrace trace;
+        std::string summary;
+    } cases[] = {
+        {"empty", SensorTrace{}, ""},
+        {"quiet", with([](SensorTrace& t) { t.coreMHzMean.assign(8, 3000); }), "steady"},
+        {"package at its cap", with([](SensorTrace& t) {
+             t.cpuWatts = {kNaN, 20, 27, 27.5f, 28, 28, 28, 28}, t.packageLimitWatts = 28;
+         }),
+         "power-limited from 2.0 s (package 28 W cap)"},
+        {"one sample at the cap is not a limit", with([](SensorTrace& t) {
+             t.cpuWatts = {kNaN, 20, 28, 20, 20, 20, 20, 20}, t.packageLimitWatts = 28;
+         }),
+         "steady"},
+        {"hot and slowing", with([](SensorTrace& t) {
+             t.cpuCelsius = {80, 90, 95, 97, 97, 96, 97, 97};
+             t.coreMHzMean = {4000, 4000, 3600, 3500, 3300, 3300, 3280, 3280};
+         }),
+         "thermal: 97 \u00b0C, clocks \u221218 %"},
+        {"throttle counters on a cool sensor",
+         with([](SensorTrace& t) { t.thermalThrottleEvents = 3, t.cpuCelsius.assign(8, 60); }),
+         "thermal: 60 \u00b0C"},
+        {"critical temperature named by the sensor",
+         with([](SensorTrace& t) { t.cpuCelsius.assign(8, 82), t.criticalCelsius = 85; }),
+         "thermal: 82 \u00b0C"},
+        {"another process",
+         with([](SensorTrace& t) { t.otherCores = {kNaN, 0.7f, 0.9f, 0.8f, 0.8f, 0.8f, 0.8f, 0.8f}; }),
+         "another process took 0.8 cores"},
+        {"battery and a process",
+         with([](SensorTrace& t) { t.onBattery.assign(8, 1), t.otherCores.assign(8, 1.0f); }),
+         "on battery; another process took 1.0 cores"},
+        {"clocks fell with nothing to show why",
+         with([](SensorTrace& t) { t.coreMHzMean = {3000, 3000, 2800, 2700, 2600, 2600, 2600, 2600}; }),
+         "clocks \u221213 % with no thermal or power limit seen"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(traceSummary(c.trace), c.summary) << c.name;
+}
+
+TEST(SensorTrace, KeptCompactAndReadBackAsWritten) {
+    // 100 samples become 48 points; a throttle flag of one sample survives the averaging.
+    SensorTrace full;
+    for (int i = 0; i < 100; ++i) {
+        full.seconds.push_back(0.25f * static_cast<float>(i));
+        full.cpuCelsius.push_back(i == 50 ? kNaN : 40.0f + 0.3f * static_cast<float>(i));
+        full.gpuThrottleReasons.push_back(i == 77 ? 0x40u : 0u);
+    }
+    full.thermalThrottleEvents = 2;
+    full.packageLimitWatts = 45;
+    const SensorTrace compact = compactTrace(full);
+    ASSERT_EQ(compact.seconds.size(), kMostTracePoints);
+    EXPECT_EQ(compact.gpuThrottleReasons.size(), kMostTracePoints);
+    EXPECT_EQ(std::count(compact.gpuThrottleReasons.begin(), compact.gpuThrottleReasons.end(), 0x40u), 1);
+    EXPECT_NEAR(compact.cpuCelsius.front(), 40.15, 0.2);
+    EXPECT_NEAR(compact.cpuCelsius.back(), 69.55, 0.2);
+    EXPECT_EQ(compactTrace(compact), compact) << "compacting twice changes nothing";
+
+    nlohmann::json written = nlohmann::json::parse(traceJson(compact).dump());
+    SensorTrace read;
+    EXPECT_EQ(readTrace(written, read), std::nullopt);
+    EXPECT_EQ(read, compact);
+    EXPECT_LT(written.dump().size(), 600u) << "two columns and flags of 48 points";
+
+    ResultEnergy energy{{{PowerDomain::gpu, "NVML", 3000, 200, 250}}, {{PowerDomain::battery, "no battery"}}};
+    const nlohmann::json energyWritten = nlohmann::json::parse(energyJson(energy, 4000).dump());
+    EXPECT_EQ(energyWritten["measured"][0]["pointsPerJoule"], 20.0);
+    ResultEnergy energyRead;
+    EXPECT_EQ(readEnergy(energyWritten, energyRead), std::nullopt);
+    EXPECT_EQ(energyRead, energy);
+
+    const struct {
+        const char* text;
+        std::string problem;
+    } broken[] = {
+        {R"({"columns": {"seconds": {"low": 0, "high": 1, "steps": "00fe"}, "cpuWatts": {"low": 0, "high": 1, "steps": "00"}}})",
+         "trace.columns.cpuWatts is not as long as seconds"},
+        {R"({"columns": {"seconds": {"low": 0, "high": 1, "steps": "0g"}}})",
+         "trace.columns.seconds.steps is not hexadecimal"},
+        {R"({"columns": {"seconds": {"low": 0, "high": 1e39, "steps": "00"}}})",
+         "trace.columns.seconds has an endless range"},
+        {R"({"columns": {"seconds": {"low": 0, "high": 1, "steps": "00"}}, "onBattery": [2, 1]})",
+         "trace.onBattery is not a list as long as seconds"},
+        {R"([1])", "trace is not an object"},
+    };
+    for (const auto& b : broken) {
+        SensorTrace t;
+        EXPECT_EQ(readTrace(nlohmann::json::parse(b.text), t), b.problem) << b.text;
+    }
+    ResultEnergy e;
+    EXPECT_EQ(
+        readEnergy(nlohmann::json::parse(R"({"measured": [{"domain": "moon", "joules": 1}], "missing": []})"),
+                   e),
+        "energy.measured has no known domain");
+    EXPECT_EQ(
+        readEnergy(
+            nlohmann::json::parse(
+                R"({"measured": [{"domain": "gpu", "joules": -1, "averageWatts": 1, "peakWatts": 1}], "missing": []})"),
+            e),
+        "energy.measured needs joules, averageWatts and peakWatts of zero or more");
+}
+
+TEST(Cooldown, WaitsForTheIdleTemperatureWithACapOrAFixedGap) {
+    const struct {
+        const char* text;
+        std::optional<CooldownSetting> setting;
+    } parsed[] = {
+        {"auto", CooldownSetting{}},
+        {"0", CooldownSetting{CooldownSetting::Mode::off, 0}},
+        {"30", CooldownSetting{CooldownSetting::Mode::fixed, 30}},
+        {"2.5", CooldownSetting{CooldownSetting::Mode::fixed, 2.5}},
+        {"-1", std::nullopt},
+        {"601", std::nullopt},
+        {"soon", std::nullopt},
+        {"", std::nullopt},
+    };
+    for (const auto& p : parsed) {
+        const auto result = parseCooldown(p.text);
+        if (p.setting)
+            EXPECT_EQ(std::get<CooldownSetting>(result), *p.setting) << p.text;
+        else
+            EXPECT_EQ(std::get<std::string>(result),
+                      "--cooldown must be auto or a number of seconds from 0 to 600, not '" +
+                          std::string(p.text) + "'");
+    }
+    EXPECT_EQ(defaultCooldown(true).mode, CooldownSetting::Mode::off);
+    EXPECT_EQ(defaultCooldown(false).mode, CooldownSetting::Mode::automatic);
+
+    const CooldownWait automatic(CooldownSetting{}, 45.0);
+    EXPECT_TRUE(automatic.keepWaiting(10, 62.0));
+    EXPECT_FALSE(automatic.keepWaiting(10, 48.0)) << "within 3 \u00b0C of idle";
+    EXPECT_FALSE(automatic.keepWaiting(120, 62.0)) << "the cap";
+    EXPECT_FALSE(automatic.keepWaiting(0, std::nullopt));
+    EXPECT_EQ(automatic.text(3, 62.4), "Cooling down: 62 \u00b0C \u2192 45 \u00b0C");
+    EXPECT_EQ(CooldownWait(CooldownSetting{}, std::nullopt).unavailableReason(), "no CPU temperature sensor");
+    const CooldownWait fixed(CooldownSetting{CooldownSetting::Mode::fixed, 30}, std::nullopt);
+    EXPECT_TRUE(fixed.keepWaiting(29.5, std::nullopt));
+    EXPECT_FALSE(fixed.keepWaiting(30, std::nullopt));
+    EXPECT_EQ(fixed.text(17.2, std::nullopt), "Cooling down: 13 s left");
+    EXPECT_FALSE(CooldownWait(CooldownSetting{CooldownSetting::Mode::off, 0}, 45.0).keepWaiting(0, 90.0));
+}

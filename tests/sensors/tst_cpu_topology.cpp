@@ -1,0 +1,141 @@
+#include "sensors/cpu_topology.h"
+
+#include "sensors/fake_tree.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+
+using namespace quarbel;
+using quarbel::testing::FakeTree;
+
+namespace {
+
+std::string mask(unsigned bits) {
+    char text[16];
+    std::snprintf(text, sizeof text, "0x%08x", bits);
+    return text;
+}
+
+std::string object(const std::string& type, int index, unsigned cpus, unsigned nodes,
+                   const std::string& inside = {}) {
+    const std::string sets = "cpuset=\"" + mask(cpus) + "\" complete_cpuset=\"" + mask(cpus) +
+                             "\" nodeset=\"" + mask(nodes) + "\" complete_nodeset=\"" + mask(nodes) + "\"";
+    return "<object type=\"" + type + "\" os_index=\"" + std::to_string(index) + "\" " + sets +
+           (inside.empty() ? "/>" : ">" + inside + "</object>");
+}
+
+struct Kind {
+    unsigned cpus;
+    int efficiency;
+    const char* coreType;
+};
+
+// An hwloc XML export of `packages` alike packages, each with `numaPerPackage` NUMA nodes
+// and one core per entry of `coreThreads` (its thread count), plus the CPU kinds.
+std::string xmlTopology(int packages, int numaPerPackage, const std::vector<int>& coreThreads,
+                        const std::vector<Kind>& kinds = {}) {
+    std::string machine;
+    int pu = 0, core = 0, node = 0;
+    unsigned allCpus = 0, allNodes = 0;
+    for (int p = 0; p < packages; ++p) {
+        const unsigned nodes = ((1u << numaPerPackage) - 1) << node;
+        std::string cores;
+        unsigned cpus = 0;
+        for (const int threads : coreThreads) {
+            std::string pus;
+            unsigned coreCpus = 0;
+            for (int t = 0; t < threads; ++t, ++pu) {
+                pus += object("PU", pu, 1u << pu, nodes);
+                coreCpus |= 1u << pu;
+            }
+            cores += object("Core", core++, coreCpus, nodes, pus);
+            cpus |= coreCpus;
+        }
+        std::string memory;
+        for (int n = 0; n < numaPerPackage; ++n, ++node)
+            memory += object("NUMANode", node, cpus, 1u << node);
+        machine += object("Package", p, cpus, nodes, memory + cores);
+        allCpus |= cpus;
+        allNodes |= nodes;
+    }
+    std::string xml =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE topology SYSTEM \"hwloc2.dtd\">\n"
+        "<topology version=\"2.0\">" +
+        object("Machine", 0, allCpus, allNodes, machine);
+    for (const auto& kind : kinds)
+        xml += "<cpukind cpuset=\"" + mask(kind.cpus) + "\" forced_efficiency=\"" +
+               std::to_string(kind.efficiency) + "\"><info name=\"CoreType\" value=\"" + kind.coreType +
+               "\"/></cpukind>";
+    return xml + "</topology>";
+}
+
+} // namespace
+
+TEST(CpuTopology, FromHwlocXml) {
+    // Cores 0-3 have two threads each (PUs 0-7), cores 4-7 one (PUs 8-11).
+    const std::vector<int> hybridCores = {2, 2, 2, 2, 1, 1, 1, 1};
+    const struct {
+        const char* name;
+        std::string xml;
+        CpuTopology expected;
+        const char* text;
+    } cases[] = {
+        {"single package",
+         xmlTopology(1, 1, {2, 2, 2, 2}),
+         {1, 4, 8, 1, {}},
+         "4 cores, 8 threads, 1 package, 1 NUMA node"},
+        {"two packages with NUMA",
+         xmlTopology(2, 2, {1, 1, 1}),
+         {2, 6, 6, 4, {}},
+         "6 cores, 6 threads, 2 packages, 4 NUMA nodes"},
+        {"hybrid",
+         xmlTopology(1, 1, hybridCores, {{0xf00, 0, "IntelAtom"}, {0x0ff, 1, "IntelCore"}}),
+         {1, 8, 12, 1, {{"P", 4, 8}, {"E", 4, 4}}},
+         "8 cores (4 P + 4 E), 12 threads, 1 package, 1 NUMA node"},
+        {"three kinds",
+         xmlTopology(1, 1, {1, 1, 1, 1, 1, 1}, {{0x01, 0, "a"}, {0x38, 2, "b"}, {0x06, 1, "c"}}),
+         {1, 6, 6, 1, {{"type 1", 3, 3}, {"type 2", 2, 2}, {"type 3", 1, 1}}},
+         "6 cores (3 type 1 + 2 type 2 + 1 type 3), 6 threads, 1 package, 1 NUMA node"},
+    };
+    for (const auto& c : cases) {
+        const auto topology = cpuTopologyFromXml(c.xml);
+        ASSERT_TRUE(topology.has_value()) << c.name;
+        EXPECT_EQ(*topology, c.expected) << c.name;
+        EXPECT_EQ(topologyText(*topology), c.text) << c.name;
+    }
+    EXPECT_FALSE(cpuTopologyFromXml("<topology").has_value());
+}
+
+TEST(CpuTopology, SysfsFallbackCountsDistinctCoresAndPackages) {
+    FakeTree tree;
+    const auto cpu = [&](int index, int package, int core, const char* online = nullptr) {
+        const std::string base = "devices/system/cpu/cpu" + std::to_string(index);
+        tree.write(base + "/topology/physical_package_id", std::to_string(package) + "\n");
+        tree.write(base + "/topology/core_id", std::to_string(core) + "\n");
+        if (online) tree.write(base + "/online", online);
+    };
+    cpu(0, 0, 0);
+    cpu(1, 0, 0, "1\n"); // the sibling thread of cpu0
+    cpu(2, 1, 0);        // the same core number on another package
+    cpu(3, 1, 1, "0\n"); // offline
+    tree.write("devices/system/cpu/cpufreq/boost", "1\n");
+    tree.write("devices/system/node/node0/cpulist", "0-1\n");
+    tree.write("devices/system/node/node1/cpulist", "2-3\n");
+    tree.write("devices/system/node/possible", "0-1\n");
+    EXPECT_EQ(cpuTopologyFromSysfs(tree.root(), 99), (CpuTopology{2, 2, 3, 2, {}}));
+
+    FakeTree empty; // no topology files: every online processor is a core of one package
+    EXPECT_EQ(topologyText(cpuTopologyFromSysfs(empty.root(), 1)), "1 core, 1 thread, 1 package");
+}
+
+TEST(CpuTopology, SystemTopologyIsConsistent) {
+    const CpuTopology& topology = systemCpuTopology();
+    EXPECT_GE(topology.packages, 1);
+    EXPECT_GE(topology.cores, topology.packages);
+    EXPECT_GE(topology.threads, topology.cores);
+    int kindCores = 0;
+    for (const auto& kind : topology.coreKinds)
+        kindCores += kind.cores;
+    EXPECT_TRUE(topology.coreKinds.empty() || kindCores == topology.cores) << topologyText(topology);
+}
