@@ -3,6 +3,7 @@
 #   share/man/man1               quarbel.1.gz, quarbel-gui.1.gz
 #   share/bash-completion/...    completions for both programs
 #   lib/systemd/system           quarbel-benchmark.service and .timer (never enabled)
+#   lib/udev/rules.d             60-quarbel-powercap.rules: the quarbel group reads RAPL energy
 #   share/doc/quarbel            copyright, changelog.gz
 # The package alone also carries /etc/default/quarbel: a plain `cmake --install --prefix DIR`
 # never writes outside DIR.
@@ -39,6 +40,8 @@ install(FILES ${QUARBEL_PACKAGING_DIR}/systemd/quarbel-benchmark.service
               ${QUARBEL_PACKAGING_DIR}/systemd/quarbel-benchmark.timer
         DESTINATION ${QUARBEL_SYSTEMD_UNIT_DIR})
 
+install(FILES ${QUARBEL_PACKAGING_DIR}/udev/60-quarbel-powercap.rules DESTINATION lib/udev/rules.d)
+
 # The Debian package: everything under /usr, the defaults file under /etc.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME quarbel)
@@ -69,7 +72,9 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # it is installed; the result cards carry their own copy.
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "mesa-vulkan-drivers | vulkan-icd, pocl-opencl-icd | opencl-icd, fonts-inter")
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "prometheus-node-exporter")
-set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${QUARBEL_PACKAGING_DIR}/debian/conffiles)
+# postinst adds the quarbel group that the udev rule names; postrm removes it on purge.
+set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${QUARBEL_PACKAGING_DIR}/debian/conffiles ${QUARBEL_PACKAGING_DIR}/debian/postinst
+    ${QUARBEL_PACKAGING_DIR}/debian/postrm)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_PRE_BUILD_SCRIPTS ${QUARBEL_PACKAGING_DIR}/debian/stage-etc.cmake)
 set(CPACK_QUARBEL_DEFAULTS_FILE ${QUARBEL_PACKAGING_DIR}/systemd/quarbel.default)

@@ -101,6 +101,13 @@ if compgen -G "/etc/systemd/system/*.wants/quarbel-benchmark.*" >/dev/null; then
 fi
 echo "quarbel-benchmark.timer: not enabled"
 [[ -f /etc/default/quarbel ]] && echo "/etc/default/quarbel: present"
+# The group that the udev rule lets read the RAPL energy counters.
+getent group quarbel >/dev/null || { echo "check-deb: postinst added no quarbel group" >&2; exit 1; }
+if command -v udevadm >/dev/null; then
+  udevadm verify /usr/lib/udev/rules.d/60-quarbel-powercap.rules 2>/dev/null ||
+    grep -q 'SUBSYSTEM=="powercap"' /usr/lib/udev/rules.d/60-quarbel-powercap.rules
+fi
+echo "quarbel group and powercap udev rule: present"
 
 step "quarbel list"
 quarbel list

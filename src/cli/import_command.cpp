@@ -3,6 +3,7 @@
 #include "results/json_report.h"
 #include "results/regular_file.h"
 #include "results/run_history.h"
+#include "results/shared_report.h"
 #include "session/run_session.h"
 
 #include <cstdio>
@@ -46,6 +47,16 @@ int importCommand(const std::vector<std::string>& files) {
             std::fprintf(stderr, "quarbel: %s %s; nothing was imported\n", path.c_str(),
                          file.problem.c_str());
             return session::kExitBadInput;
+        }
+        // A page written by 'quarbel share' hands over the report it carries, if unaltered.
+        if (isSharedPage(file.text)) {
+            SharedReport shared = embeddedReport(file.text);
+            if (!shared.problem.empty()) {
+                std::fprintf(stderr, "quarbel: %s %s; nothing was imported\n", path.c_str(),
+                             shared.problem.c_str());
+                return session::kExitBadInput;
+            }
+            file.text = std::move(shared.report);
         }
         if (auto report = parseJsonReportFrom(path, file.text); std::holds_alternative<std::string>(report)) {
             std::fprintf(stderr, "quarbel: %s; nothing was imported\n",

@@ -5,6 +5,8 @@
 #include "cli/export_command.h"
 #include "cli/import_command.h"
 #include "cli/info_command.h"
+#include "cli/reference_command.h"
+#include "cli/share_command.h"
 #include "model/number_format.h"
 #include "results/learned_floors.h"
 #include "results/report_file.h"
@@ -252,9 +254,15 @@ static int runCommandLine(int argc, char** argv) {
                      "Two or more runs, each a report file or a number from 'quarbel history' (1 = newest); "
                      "the first is the baseline")
         ->required()
-        ->expected(2, -1)
+        ->expected(1, -1)
         ->type_name("A B [C...]");
     compare->add_flag("--json", compareAsJson, "Print the comparison as JSON");
+    std::vector<std::string> comparedReferences;
+    compare
+        ->add_option("--reference", comparedReferences,
+                     "Also compare with a reference result of a known machine that ships with Quarbel (see "
+                     "'quarbel reference'); may be given more than once")
+        ->type_name("NAME");
     std::string failOnSlower;
     compare
         ->add_option(
@@ -285,11 +293,31 @@ static int runCommandLine(int argc, char** argv) {
     exporter->add_option("--out", exportOut, "Write to FILE, replaced atomically, instead of standard output")
         ->type_name("FILE");
 
+    auto* reference = app.add_subcommand(
+        "reference", "List the reference results of known machines that ship with Quarbel");
+    bool referenceAsJson = false;
+    reference->add_flag("--json", referenceAsJson, "Print the same as JSON");
+
+    auto* sharer = app.add_subcommand(
+        "share", "Write one HTML page to hand a run to somebody: tables, charts and the report inside");
+    std::string sharedRun, shareOut;
+    sharer->add_option("run", sharedRun, "A report file or a number from 'quarbel history'")
+        ->required()
+        ->type_name("RUN");
+    sharer
+        ->add_option("--out", shareOut,
+                     "Write the page to FILE, replaced atomically, or - for standard output (default: "
+                     "quarbel-run-<start>.html here)")
+        ->type_name("FILE");
+
     auto* importer =
         app.add_subcommand("import", "Add reports from other machines to this machine's history");
     importer->footer(kImportExitStatus);
     std::vector<std::string> importedFiles;
-    importer->add_option("files", importedFiles, "Reports written by 'quarbel run --json' or a history")
+    importer
+        ->add_option(
+            "files", importedFiles,
+            "Reports written by 'quarbel run --json' or a history, or pages written by 'quarbel share'")
         ->required()
         ->type_name("FILE...");
 
@@ -362,6 +390,10 @@ static int runCommandLine(int argc, char** argv) {
         return afterFlushingOutput(session::kExitOk);
     }
     if (app.got_subcommand("import")) return afterFlushingOutput(cli::importCommand(importedFiles));
+    if (app.got_subcommand("reference")) return afterFlushingOutput(cli::referenceCommand(referenceAsJson));
+    if (app.got_subcommand("share"))
+        return afterFlushingOutput(cli::shareCommand(
+            sharedRun, sharer->count("--out") > 0 ? std::optional(shareOut) : std::nullopt));
     if (app.got_subcommand("export"))
         return afterFlushingOutput(
             cli::exportCommand(exportedRuns, exportFormat,
@@ -414,6 +446,18 @@ static int runCommandLine(int argc, char** argv) {
                 return session::kExitBadInput;
             }
             compareJunitTarget = std::get<ReportTarget>(std::move(target));
+        }
+        for (const auto& name : comparedReferences) {
+            const cli::ReferenceLookup found = cli::findReference(name);
+            if (!found.problem.empty()) {
+                std::fprintf(stderr, "quarbel: %s\n", found.problem.c_str());
+                return session::kExitBadInput;
+            }
+            comparedRuns.push_back(found.path);
+        }
+        if (comparedRuns.size() < 2) {
+            std::fprintf(stderr, "quarbel: compare needs two runs or more: add a run or --reference NAME\n");
+            return session::kExitBadInput;
         }
         std::vector<SavedRun> saved;
         for (const auto& name : comparedRuns) {

@@ -98,19 +98,10 @@ ComparedScore byNoiseBand(const ScorePair& pair, ComparedScore result) {
 
 ComparedScore byStatistics(const ScorePair& pair, ComparedScore result) {
     result.method = ComparisonMethod::statistics;
-    const RateUncertainty& before = *pair.uncertaintyBefore;
-    const RateUncertainty& after = *pair.uncertaintyAfter;
-    const double varianceBefore = before.relativeStandardError * before.relativeStandardError;
-    const double varianceAfter = after.relativeStandardError * after.relativeStandardError;
-    const double variance = varianceBefore + varianceAfter;
+    const RateUncertainty combined = combinedUncertainty(*pair.uncertaintyBefore, *pair.uncertaintyAfter);
     const double logRatio = std::log(*result.ratio);
-    // Welch and Satterthwaite: each side's variance over its own degrees of freedom.
-    const auto part = [](double v, double df) { return std::isinf(df) ? 0.0 : v * v / df; };
-    const double denominator =
-        part(varianceBefore, before.degreesOfFreedom) + part(varianceAfter, after.degreesOfFreedom);
-    const double df =
-        denominator > 0 ? variance * variance / denominator : std::numeric_limits<double>::infinity();
-    const double standardError = std::sqrt(variance);
+    const double df = combined.degreesOfFreedom;
+    const double standardError = combined.relativeStandardError;
     const double margin = t95(df) * standardError;
     result.ratioLow = std::exp(logRatio - margin);
     result.ratioHigh = std::exp(logRatio + margin);
@@ -162,6 +153,39 @@ double noiseThresholdPercent(std::optional<BenchmarkID>) { return kNoiseThreshol
 RateUncertainty scoreUncertainty(const RateUncertainty& withinRun, std::optional<BenchmarkID> id,
                                  RunLength length) {
     return withRunToRunFloor(withinRun, runToRunNoisePercent(id, length) / 100.0);
+}
+
+RateUncertainty combinedUncertainty(const RateUncertainty& a, const RateUncertainty& b) {
+    const double varianceA = a.relativeStandardError * a.relativeStandardError;
+    const double varianceB = b.relativeStandardError * b.relativeStandardError;
+    const double variance = varianceA + varianceB;
+    // Each side's variance over its own degrees of freedom.
+    const auto part = [](double v, double df) { return std::isinf(df) ? 0.0 : v * v / df; };
+    const double denominator = part(varianceA, a.degreesOfFreedom) + part(varianceB, b.degreesOfFreedom);
+    RateUncertainty combined;
+    combined.samples = std::min(a.samples, b.samples);
+    combined.relativeStandardError = std::sqrt(variance);
+    combined.degreesOfFreedom =
+        denominator > 0 ? variance * variance / denominator : std::numeric_limits<double>::infinity();
+    return combined;
+}
+
+std::optional<RateUncertainty> sampleMeanUncertainty(std::span<const float> samples) {
+    double sum = 0;
+    int n = 0;
+    for (const float sample : samples)
+        if (!std::isnan(sample)) {
+            sum += sample;
+            ++n;
+        }
+    if (n < kMinimumSlices) return std::nullopt;
+    const double mean = sum / n;
+    if (!(mean > 0)) return std::nullopt;
+    double squares = 0;
+    for (const float sample : samples)
+        if (!std::isnan(sample)) squares += (sample - mean) * (sample - mean);
+    const double standardError = std::sqrt(squares / (n - 1) / n);
+    return RateUncertainty{n, standardError / mean, static_cast<double>(n - 1)};
 }
 
 double symmetricChangePercent(double ratio) {

@@ -8,6 +8,7 @@
 #include "model/rate_slices.h"
 
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -43,6 +44,16 @@ double noiseThresholdPercent(std::optional<BenchmarkID> id);
 // spread of its passes, and needs no addition.)
 RateUncertainty scoreUncertainty(const RateUncertainty& withinRun, std::optional<BenchmarkID> id,
                                  RunLength length);
+
+// Two independent relative errors of one quotient (or product), e.g. a score and the power it
+// is divided by: their variances add, the degrees of freedom follow Welch and Satterthwaite
+// (a side with infinite degrees of freedom counts as known exactly).
+RateUncertainty combinedUncertainty(const RateUncertainty& a, const RateUncertainty& b);
+
+// The standard error of the mean of samples taken while a benchmark ran (a power column),
+// relative to that mean, over samples - 1 degrees of freedom; NaN samples are skipped. Nothing
+// for fewer than kMinimumSlices samples or a mean that is not positive.
+std::optional<RateUncertainty> sampleMeanUncertainty(std::span<const float> samples);
 
 // One benchmark's result in each of the two runs.
 struct ScorePair {

@@ -25,11 +25,12 @@ std::optional<float> highestOf(const std::vector<float>& values) {
     return high;
 }
 
-// The time of the first of two samples running for which `holds` is true.
+// When the first of two samples running for which `holds` is true began: a power sample
+// (`spans`) covers the time since the sample before it.
 template <typename Holds>
-std::optional<float> firstSustained(const SensorTrace& trace, std::size_t size, Holds holds) {
+std::optional<float> firstSustained(const SensorTrace& trace, std::size_t size, Holds holds, bool spans) {
     for (std::size_t i = 0; i + 1 < size; ++i)
-        if (holds(i) && holds(i + 1)) return trace.seconds[i];
+        if (holds(i) && holds(i + 1)) return trace.seconds[spans && i > 0 ? i - 1 : i];
     return std::nullopt;
 }
 
@@ -54,17 +55,23 @@ std::string traceSummary(const SensorTrace& trace) {
 
     if (trace.packageLimitWatts && trace.cpuWatts.size() == trace.seconds.size()) {
         const double limit = *trace.packageLimitWatts;
-        const auto from = firstSustained(trace, trace.cpuWatts.size(), [&](std::size_t i) {
-            return !std::isnan(trace.cpuWatts[i]) && trace.cpuWatts[i] >= kAtLimitFraction * limit;
-        });
+        const auto from = firstSustained(
+            trace, trace.cpuWatts.size(),
+            [&](std::size_t i) {
+                return !std::isnan(trace.cpuWatts[i]) && trace.cpuWatts[i] >= kAtLimitFraction * limit;
+            },
+            true);
         if (from)
             causes.push_back("power-limited from " + seconds(*from) + " (package " + format(limit, 0) +
                              " W cap)");
     }
     if (trace.gpuThrottleReasons.size() == trace.seconds.size()) {
-        const auto from = firstSustained(trace, trace.gpuThrottleReasons.size(), [&](std::size_t i) {
-            return (trace.gpuThrottleReasons[i] & 0x84u) != 0; // a power cap or the power brake
-        });
+        const auto from = firstSustained(
+            trace, trace.gpuThrottleReasons.size(),
+            [&](std::size_t i) {
+                return (trace.gpuThrottleReasons[i] & 0x84u) != 0; // a power cap or the power brake
+            },
+            false);
         if (from) causes.push_back("GPU power-limited from " + seconds(*from));
     }
     const auto hottest = highestOf(trace.cpuCelsius);

@@ -42,6 +42,8 @@ class Exposition {
   private:
     // The shortest text that reads back as the same double: 11799.63, not 11799.629999999999.
     static std::string number(double value) {
+        if (std::isnan(value)) return "NaN";
+        if (std::isinf(value)) return value > 0 ? "+Inf" : "-Inf";
         char text[40];
         const auto end = std::to_chars(text, text + sizeof text, value).ptr;
         return std::string(text, end);
@@ -152,6 +154,17 @@ std::string openMetricsText(const RunReport& report) {
             out.add("quarbel_gpu_busy_ratio",
                     "The GPU's own time on the benchmark's work over the wall time it took, 0 to 1.",
                     benchmark, *o.gpu->busyFraction);
+        for (const EnergyMeasurement& m : entry.statistics.energy.measured) {
+            const std::string labels = benchmark + "," + label("domain", std::string(rawValue(m.domain)));
+            out.add("quarbel_energy_joules", "The energy the power domain used while the benchmark ran.",
+                    labels, m.joules);
+            out.add("quarbel_power_watts", "The power domain's average power while the benchmark ran.",
+                    labels, m.averageWatts);
+            if (const auto efficiency = pointsPerJoule(o.score, m))
+                out.add("quarbel_points_per_joule",
+                        "The score over the power domain's average power: Quarbel points per joule.", labels,
+                        *efficiency);
+        }
         addMeasurement(out, "primary", entry.id, benchmark, o.primary);
         if (o.secondary) addMeasurement(out, "secondary", entry.id, benchmark, *o.secondary);
     }

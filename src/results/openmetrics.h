@@ -11,7 +11,8 @@ namespace quarbel {
 
 // Every series carries the benchmark's identifier; the run's own facts are in
 // quarbel_run_info and quarbel_run_timestamp_seconds. Skipped and failed benchmarks have
-// quarbel_ok 0 and no score.
+// quarbel_ok 0 and no score. Energy, average power and points per joule carry the power domain
+// as well ("cpuPackage", "gpu", "battery"), one series per domain measured.
 std::string openMetricsText(const RunReport& report);
 
 // The metric suffix and the factor to base units of a measurement's unit text, e.g.

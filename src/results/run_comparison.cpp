@@ -2,6 +2,7 @@
 
 #include "model/catalogue.h"
 #include "model/outcome.h"
+#include "results/run_report.h"
 
 #include <nlohmann/json.hpp>
 
@@ -83,6 +84,108 @@ std::string notJudgedReason(const SavedResult& a, const SavedResult& b) {
     return {};
 }
 
+bool validScore(const SavedResult& result) {
+    return result.status == "ok" && std::isfinite(result.score) && result.score > 0;
+}
+
+// The trace's power samples of a domain; null for one the trace has no column for.
+const std::vector<float>* powerSamples(const SensorTrace& trace, PowerDomain domain) {
+    switch (domain) {
+    case PowerDomain::cpuPackage: return &trace.cpuWatts;
+    case PowerDomain::gpu: return &trace.gpuWatts;
+    case PowerDomain::battery: return nullptr;
+    }
+    return nullptr;
+}
+
+// Why a run has no energy of the domain: the reason its report gives, else no sensor.
+std::string noEnergyReason(const SavedResult& result, PowerDomain domain, const char* run) {
+    for (const auto& absence : result.statistics.energy.missing)
+        if (absence.domain == domain)
+            return std::string("energy not measured in run ") + run + ": " + absence.reason;
+    return std::string("no power sensor in run ") + run;
+}
+
+// The interval of a result's points per joule: the score's relative standard error and the
+// mean power's, from the trace's samples of the domain; or why there is none.
+std::variant<RateUncertainty, std::string> efficiencyUncertainty(const SavedResult& result,
+                                                                 PowerDomain domain) {
+    if (!result.statistics.uncertainty) return std::string("no interval for the score");
+    const std::vector<float>* samples = powerSamples(result.statistics.trace, domain);
+    const auto power = samples ? sampleMeanUncertainty(*samples) : std::nullopt;
+    if (!power) return std::string("not enough power samples");
+    return combinedUncertainty(*result.statistics.uncertainty, *power);
+}
+
+// Both results are valid scores; `pair` is how their scores were compared.
+std::optional<EfficiencyComparison> compareEfficiency(const SavedResult& a, const SavedResult& b,
+                                                      ScorePair pair) {
+    const bool gpu = pair.id && runsOnGpu(*pair.id);
+    const EnergyMeasurement* before = efficiencyMeasurement(a.statistics.energy, gpu);
+    const EnergyMeasurement* after = efficiencyMeasurement(b.statistics.energy, gpu);
+    if (!before && !after) return std::nullopt;
+    EfficiencyComparison e;
+    if (!before || !after) {
+        e.notJudged = before ? noEnergyReason(b, before->domain, "B") : noEnergyReason(a, after->domain, "A");
+        return e;
+    }
+    // The domain the first run is judged by, else the second's, measured in both.
+    if (const auto* same = b.statistics.energy.find(before->domain)) {
+        after = same;
+    } else if (const auto* other = a.statistics.energy.find(after->domain)) {
+        before = other;
+    } else {
+        e.notJudged = "run A measured " + std::string(powerDomainLabel(before->domain)) + " power, run B " +
+                      std::string(powerDomainLabel(after->domain)) + " power";
+        return e;
+    }
+    e.domain = before->domain;
+    e.before = pointsPerJoule(a.score, *before);
+    e.after = pointsPerJoule(b.score, *after);
+    if (!e.before || !e.after) {
+        e.notJudged = std::string("no average power in ") + (e.before  ? "run B"
+                                                             : e.after ? "run A"
+                                                                       : "either run");
+        return e;
+    }
+    auto uncertaintyA = efficiencyUncertainty(a, *e.domain);
+    auto uncertaintyB = efficiencyUncertainty(b, *e.domain);
+    const auto* problemA = std::get_if<std::string>(&uncertaintyA);
+    const auto* problemB = std::get_if<std::string>(&uncertaintyB);
+    if (problemA && problemB && *problemA == *problemB) {
+        e.notJudged = *problemA + " in either run";
+        return e;
+    }
+    if (problemA || problemB) {
+        e.notJudged = problemA ? *problemA + " in run A" : *problemB + " in run B";
+        return e;
+    }
+    e.uncertaintyBefore = std::get<RateUncertainty>(uncertaintyA);
+    e.uncertaintyAfter = std::get<RateUncertainty>(uncertaintyB);
+    pair.before = *e.before;
+    pair.after = *e.after;
+    pair.spreadBefore = pair.spreadAfter = std::nullopt;
+    pair.uncertaintyBefore = e.uncertaintyBefore;
+    pair.uncertaintyAfter = e.uncertaintyAfter;
+    e.compared = compareScores(pair);
+    return e;
+}
+
+// "CPU Single-Core efficiency (CPU package): 57.7 → 60.1 pts/J, +4.2 % (B / A 1.012 to 1.071),
+// more efficient", or why it was not judged.
+std::string efficiencyLine(const ComparisonRow& row) {
+    const EfficiencyComparison& e = *row.efficiency;
+    std::string line = row.title + " efficiency";
+    if (e.domain) line += " (" + std::string(powerDomainLabel(*e.domain)) + ")";
+    if (!e.compared) return line + ": not judged: " + e.notJudged + "\n";
+    const ComparedScore& c = *e.compared;
+    line += ": " + pointsPerJouleText(*e.before) + " \u2192 " + pointsPerJouleText(*e.after) + " pts/J";
+    if (c.ratio) line += ", " + format("%+.1f %%", (*c.ratio - 1.0) * 100.0);
+    if (c.ratioLow && c.ratioHigh)
+        line += " (B / A " + format("%.3f", *c.ratioLow) + " to " + format("%.3f", *c.ratioHigh) + ")";
+    return line + ", " + std::string(efficiencyVerdictText(c.verdict)) + "\n";
+}
+
 // The set-up fields that differ, each with what it can move; empty when none do.
 std::string setupDifferencesText(const std::vector<ManifestDifference>& differences) {
     if (differences.empty()) return {};
@@ -96,6 +199,16 @@ std::string setupDifferencesText(const std::vector<ManifestDifference>& differen
 }
 
 } // namespace
+
+std::string_view efficiencyVerdictText(Verdict verdict) {
+    switch (verdict) {
+    case Verdict::faster: return "more efficient";
+    case Verdict::slower: return "less efficient";
+    case Verdict::withinNoise:
+    case Verdict::inconclusive: break;
+    }
+    return verdictText(verdict);
+}
 
 std::variant<SavedRun, std::string> resolveSavedRun(const std::string& argument,
                                                     const HistoryListing& history) {
@@ -161,9 +274,11 @@ RunComparison compareRuns(const SavedRun& before, const SavedRun& after) {
         const std::string notJudged = notJudgedReason(first, *second);
         if (!notJudged.empty()) compared.verdict = Verdict::inconclusive;
         if (compared.ratio && compared.method == ComparisonMethod::noiseBand) byBand.push_back(first.title);
-        comparison.rows.push_back({first.title, pair.before, pair.after, compared, pair.uncertaintyBefore,
-                                   pair.uncertaintyAfter, notJudged,
-                                   first.status != "ok" && second->status != "ok"});
+        comparison.rows.push_back(
+            {first.title, pair.before, pair.after, compared, pair.uncertaintyBefore, pair.uncertaintyAfter,
+             notJudged, first.status != "ok" && second->status != "ok",
+             validScore(first) && validScore(*second) ? compareEfficiency(first, *second, pair)
+                                                      : std::nullopt});
     }
     const auto listed = [](const std::vector<std::string>& titles) {
         std::string text;
@@ -244,6 +359,15 @@ std::string comparisonText(const SavedRun& before, const SavedRun& after, const 
                                                : std::string("could not judge")});
     }
     text += comparison.rows.empty() ? "The two runs have no benchmark in common.\n" : aligned(cells);
+    bool efficiencyJudged = false;
+    for (const auto& row : comparison.rows)
+        if (row.efficiency) {
+            text += efficiencyLine(row);
+            efficiencyJudged = efficiencyJudged || row.efficiency->compared.has_value();
+        }
+    if (efficiencyJudged)
+        text += "Efficiency: points per joule, judged as the scores are; each run's interval combines the "
+                "score's standard error with that of the mean power sampled while it ran.\n";
     if (const auto unjudged = couldNotJudge(comparison); !unjudged.empty())
         text += "Could not judge: " + unjudgedText(unjudged) + ".\n";
     if (!comparison.rows.empty())
@@ -274,6 +398,22 @@ std::string comparisonJson(const SavedRun& before, const SavedRun& after, const 
     const auto interval = [](const std::optional<RateUncertainty>& u) {
         return u ? json(u->ci95Percent()) : json(nullptr);
     };
+    const auto efficiency = [&](const std::optional<EfficiencyComparison>& e) {
+        if (!e) return json(nullptr);
+        const std::optional<ComparedScore>& c = e->compared;
+        return json{{"domain", e->domain ? json(std::string(rawValue(*e->domain))) : json(nullptr)},
+                    {"pointsPerJouleA", number(e->before)},
+                    {"pointsPerJouleB", number(e->after)},
+                    {"ci95PercentA", interval(e->uncertaintyBefore)},
+                    {"ci95PercentB", interval(e->uncertaintyAfter)},
+                    {"ratio", c ? number(c->ratio) : json(nullptr)},
+                    {"changePercent", c && c->ratio ? json((*c->ratio - 1.0) * 100.0) : json(nullptr)},
+                    {"ratioLow", c ? number(c->ratioLow) : json(nullptr)},
+                    {"ratioHigh", c ? number(c->ratioHigh) : json(nullptr)},
+                    {"pValue", c ? number(c->pValue) : json(nullptr)},
+                    {"verdict", c ? json(std::string(efficiencyVerdictText(c->verdict))) : json(nullptr)},
+                    {"notJudged", e->notJudged.empty() ? json(nullptr) : json(e->notJudged)}};
+    };
     for (const auto& row : comparison.rows) {
         const ComparedScore& c = row.compared;
         const bool statistics = c.method == ComparisonMethod::statistics;
@@ -294,7 +434,8 @@ std::string comparisonJson(const SavedRun& before, const SavedRun& after, const 
                                           : c.bandFromSpread ? json("accuracy spread")
                                                              : json("default")},
                         {"verdict", std::string(verdictText(c.verdict))},
-                        {"notJudged", row.notJudged.empty() ? json(nullptr) : json(row.notJudged)}});
+                        {"notJudged", row.notJudged.empty() ? json(nullptr) : json(row.notJudged)},
+                        {"efficiency", efficiency(row.efficiency)}});
     }
     json differences = json::array();
     for (const auto& d : comparison.setupDifferences)

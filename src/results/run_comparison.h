@@ -7,6 +7,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -16,6 +17,23 @@ namespace quarbel {
 // before, ...; anything else is a report file's path. Returns the one-line problem.
 std::variant<SavedRun, std::string> resolveSavedRun(const std::string& argument,
                                                     const HistoryListing& history);
+
+// A benchmark's points per joule in the two runs, for a benchmark whose energy at least one of
+// them measured. Judged like the scores, by statistics only: each side's interval combines the
+// score's relative standard error with that of the mean power over the trace's samples.
+struct EfficiencyComparison {
+    std::optional<PowerDomain> domain; // the one both runs measured
+    std::optional<double> before;      // points per joule
+    std::optional<double> after;
+    std::optional<RateUncertainty> uncertaintyBefore;
+    std::optional<RateUncertainty> uncertaintyAfter;
+    std::optional<ComparedScore> compared; // absent when not judged
+    // Why not, e.g. "no power sensor in run B" or "not enough power samples in run A".
+    std::string notJudged;
+};
+
+// "more efficient", "less efficient", "within noise", "inconclusive"
+std::string_view efficiencyVerdictText(Verdict verdict);
 
 struct ComparisonRow {
     std::string title;
@@ -27,7 +45,8 @@ struct ComparisonRow {
     // Why no verdict could be given, e.g. "failed in B" or "noisy machine in B (other work took
     // 43 % of the CPU)"; empty when the pair was judged. The verdict is then inconclusive.
     std::string notJudged;
-    bool ranInNeither = false; // skipped or failed in both runs
+    bool ranInNeither = false;                      // skipped or failed in both runs
+    std::optional<EfficiencyComparison> efficiency; // absent when neither run measured energy
 };
 
 struct RunComparison {

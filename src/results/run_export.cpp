@@ -85,7 +85,14 @@ constexpr const char* kColumns[] = {"run",
                                     "gpu_device",
                                     "opencl_device",
                                     "storage_dir",
-                                    "slice_rates"};
+                                    "slice_rates",
+                                    "efficiency_domain",
+                                    "energy_joules",
+                                    "average_watts",
+                                    "peak_watts",
+                                    "points_per_joule",
+                                    "trace_summary",
+                                    "start_celsius"};
 
 std::vector<std::string> rowCells(const ExportedRun& run, const ReportEntry& entry) {
     const BenchmarkOutcome& o = entry.outcome;
@@ -95,6 +102,8 @@ std::vector<std::string> rowCells(const ExportedRun& run, const ReportEntry& ent
     const MeasurementLine& second = o.secondary ? *o.secondary : none;
     const std::optional<GpuExecution>& gpu = o.gpu;
     const std::string machineId = run.report.machine ? run.report.machine->machineId : std::string();
+    const EnergyMeasurement* energy = efficiencyOf(entry);
+    const auto efficiency = energy && ok ? pointsPerJoule(o.score, *energy) : std::nullopt;
     return {stableRunId(run.report),
             run.report.machine ? run.report.machine->hostName : std::string(),
             machineId,
@@ -127,7 +136,14 @@ std::vector<std::string> rowCells(const ExportedRun& run, const ReportEntry& ent
             gpuOf(run.report),
             manifestValue(run.report, "openclDriver"),
             manifestValue(run.report, "storageDirectory"),
-            sliceRatesText(s)};
+            sliceRatesText(s),
+            energy ? std::string(rawValue(energy->domain)) : "",
+            energy ? number(energy->joules, 3) : "",
+            energy ? number(energy->averageWatts, 3) : "",
+            energy ? number(energy->peakWatts, 3) : "",
+            optionalNumber(efficiency, 6),
+            s.traceSummary,
+            optionalNumber(s.startCelsius, 1)};
 }
 
 // A cell a spreadsheet would run as a formula (a host or CPU name from an imported report

@@ -1,6 +1,6 @@
 // Runs exported for other tools and people: CSV and Markdown tables with the raw values
-// (slice rates included) and the reports themselves as one JSON document. The HTML page,
-// whose charts need QtGui, is made by the cards (ui/cards/html_export.h).
+// (slice rates, energy and what the sensors saw included) and the reports themselves as one JSON document.
+// The HTML page, whose charts need QtGui, is made by the cards (ui/cards/html_export.h).
 #pragma once
 
 #include "results/run_report.h"

@@ -4,6 +4,7 @@
 #include "model/stability.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <ctime>
 
@@ -17,6 +18,16 @@ std::size_t displayWidth(const std::string& text) {
 }
 
 std::string lineText(const MeasurementLine& line) { return line.label + " " + cardValue(line); }
+
+// Why the energy the result would be judged by was not measured: the reason given for the
+// GPU's of a GPU benchmark, the CPU package's of any other, else for whichever domain is missing.
+std::string absenceText(const ReportEntry& entry) {
+    const auto& missing = entry.statistics.energy.missing;
+    const PowerDomain wanted = runsOnGpu(entry.id) ? PowerDomain::gpu : PowerDomain::cpuPackage;
+    const auto found = std::find_if(missing.begin(), missing.end(),
+                                    [&](const EnergyAbsence& a) { return a.domain == wanted; });
+    return "energy not measured: " + (found != missing.end() ? found->reason : missing.front().reason);
+}
 
 } // namespace
 
@@ -52,6 +63,43 @@ std::string isoTimestamp(SystemTimePoint time) {
     char buffer[32];
     std::strftime(buffer, sizeof buffer, "%Y-%m-%dT%H:%M:%SZ", &utc);
     return buffer;
+}
+
+bool runsOnGpu(BenchmarkID id) {
+    switch (id) {
+    case BenchmarkID::metalVisual:
+    case BenchmarkID::metalCompute:
+    case BenchmarkID::openCLCompute:
+    case BenchmarkID::rawMetalDecode: return true;
+    default: return false;
+    }
+}
+
+const EnergyMeasurement* efficiencyOf(const ReportEntry& entry) {
+    return efficiencyMeasurement(entry.statistics.energy, runsOnGpu(entry.id));
+}
+
+std::string pointsPerJouleText(double value) {
+    const double magnitude = std::abs(value);
+    const int decimals = magnitude >= 100 ? 0 : magnitude >= 10 ? 1 : magnitude >= 1 ? 2 : 4;
+    return format(value, decimals);
+}
+
+std::string sensorsText(const ReportEntry& entry) {
+    const ResultStatistics& s = entry.statistics;
+    std::string energy;
+    if (const EnergyMeasurement* m = efficiencyOf(entry)) {
+        energy = std::string(powerDomainLabel(m->domain)) + " " + format(m->joules, 1) + " J, " +
+                 format(m->averageWatts, 1) + " W average";
+        const auto efficiency = pointsPerJoule(entry.outcome.score, *m);
+        if (entry.outcome.status == OutcomeStatus::ok && efficiency)
+            energy += ", " + pointsPerJouleText(*efficiency) + " pts/J";
+    } else if (!s.energy.missing.empty()) {
+        energy = absenceText(entry);
+    }
+    if (s.traceSummary.empty() && energy.empty()) return {};
+    const char* between = !s.traceSummary.empty() && !energy.empty() ? " \u00b7 " : "";
+    return "Sensors: " + s.traceSummary + between + energy;
 }
 
 std::vector<std::vector<std::string>> resultTableCells(const RunReport& report) {

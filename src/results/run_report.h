@@ -62,6 +62,21 @@ std::vector<ReportEntry> reportEntries(const BenchmarkRows& rows, std::span<cons
 // "2026-11-22T21:04:05Z": UTC, whole seconds.
 std::string isoTimestamp(SystemTimePoint time);
 
+// Whether the benchmark's work runs on a GPU (Vulkan or OpenCL), so that its efficiency is
+// judged by the GPU's energy where that was measured.
+bool runsOnGpu(BenchmarkID id);
+
+// The measurement the result's efficiency is judged by (efficiencyMeasurement); null when none.
+const EnergyMeasurement* efficiencyOf(const ReportEntry& entry);
+
+// Points per joule with three significant digits or more: "57.7", "1234", "0.0312".
+std::string pointsPerJouleText(double value);
+
+// What the sensors saw under a result's row: "Sensors: steady · CPU package 31.2 J, 20.8 W
+// average, 57.7 pts/J", "Sensors: another process took 1.4 cores · energy not measured: a
+// virtual machine exposes no power sensors". Empty for a result without trace or energy.
+std::string sensorsText(const ReportEntry& entry);
+
 // Rows of text cells (a header row first) for a fixed-width terminal table.
 std::vector<std::vector<std::string>> resultTableCells(const RunReport& report);
 

@@ -70,7 +70,7 @@ std::string floorsLine(const RunReport& report) {
 
 // The result table with the detail of every failed or skipped benchmark on an indented
 // line under its row, so that the reason is on screen, not only in the JSON; under a GPU
-// benchmark's row, how it used the device.
+// benchmark's row, how it used the device; under every row, what the sensors saw.
 std::string resultTableText(const RunReport& report) {
     const std::string table = renderTable(resultTableCells(report));
     std::string text;
@@ -80,10 +80,12 @@ std::string resultTableText(const RunReport& report) {
         text.append(table, start, end - start + 1);
         start = end + 1;
         if (row == 0 || row > report.results.size()) continue;
-        const BenchmarkOutcome& outcome = report.results[row - 1].outcome;
+        const ReportEntry& entry = report.results[row - 1];
+        const BenchmarkOutcome& outcome = entry.outcome;
         if (outcome.status != OutcomeStatus::ok && !outcome.detail.empty())
             text += "    " + outcome.detail + "\n";
         if (outcome.gpu) text += "    " + gpuExecutionText(*outcome.gpu) + "\n";
+        if (const std::string sensors = sensorsText(entry); !sensors.empty()) text += "    " + sensors + "\n";
     }
     return text;
 }

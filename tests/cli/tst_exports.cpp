@@ -119,6 +119,7 @@ TEST(Exports, TheMetricsFileIsValidPrometheusTextInBaseUnits) {
 TEST(Exports, CsvHtmlAndManyRunComparisonsCarryEveryRun) {
     QuickRun& run = quickRun();
     ASSERT_EQ(run.result.exitCode, 0) << run.result.err;
+    EXPECT_EQ(lines(run.result.out, "\n    Sensors: ").size(), 2u) << "one line under each result's row";
 
     const auto csv =
         test::runProcess({kQuarbel, "export", run.report, run.report, "--format", "csv"}, run.env);
@@ -138,11 +139,21 @@ TEST(Exports, CsvHtmlAndManyRunComparisonsCarryEveryRun) {
         EXPECT_EQ(fields[2], machineId);
     }
 
-    // Text from an imported report that a spreadsheet would run is kept as text.
+    // Text from an imported report that a spreadsheet would run is kept as text. The report
+    // is from a machine with a package power sensor.
     auto hostile = report;
     hostile["machine"]["hostName"] = "=HYPERLINK(\"http://x\")";
     for (auto& row : hostile["system"])
         if (row["label"] == "CPU") row["value"] = "@SUM(A1)";
+    hostile["results"][0]["energy"] = {{"measured",
+                                        {{{"domain", "cpuPackage"},
+                                          {"source", "RAPL package-0"},
+                                          {"joules", 31.2},
+                                          {"averageWatts", 20.8},
+                                          {"peakWatts", 57.7}}}},
+                                       {"missing", nlohmann::json::array()}};
+    hostile["results"][0]["traceSummary"] = "steady";
+    hostile["results"][0]["startCelsius"] = 41.5;
     run.tree.write("hostile.json", hostile.dump());
     const auto guarded =
         test::runProcess({kQuarbel, "export", run.tree.path("hostile.json"), "--format", "csv"}, run.env);
@@ -150,6 +161,23 @@ TEST(Exports, CsvHtmlAndManyRunComparisonsCarryEveryRun) {
     const auto guardedFields = csvFields(lines(guarded.out, "\r\n").at(1));
     EXPECT_EQ(guardedFields[1], "'=HYPERLINK(\"http://x\")");
     EXPECT_EQ(guardedFields[4], "'@SUM(A1)");
+    // Energy and the sensors' summary come last, empty for a result without them.
+    const double score = report["results"][0]["score"];
+    const auto energyAt = header.size() - 7;
+    EXPECT_EQ(std::vector(guardedFields.begin() + static_cast<long>(energyAt), guardedFields.end() - 3),
+              (std::vector<std::string>{"cpuPackage", "31.200", "20.800", "57.700"}));
+    EXPECT_NEAR(std::stod(guardedFields.at(energyAt + 4)), score / 20.8, 1e-6);
+    EXPECT_EQ(guardedFields.at(energyAt + 5), "steady");
+    EXPECT_EQ(guardedFields.at(energyAt + 6), "41.5");
+    EXPECT_EQ(csvFields(lines(guarded.out, "\r\n").at(2)).at(energyAt), "");
+    const auto metrics = test::runProcess(
+        {kQuarbel, "export", run.tree.path("hostile.json"), "--format", "openmetrics"}, run.env);
+    ASSERT_EQ(metrics.exitCode, 0) << metrics.err;
+    for (const std::string expected :
+         {"\nquarbel_energy_joules{benchmark=\"cpuInteger\",domain=\"cpuPackage\"} 31.2\n",
+          "\nquarbel_power_watts{benchmark=\"cpuInteger\",domain=\"cpuPackage\"} 20.8\n",
+          "\nquarbel_points_per_joule{benchmark=\"cpuInteger\",domain=\"cpuPackage\"} "})
+        EXPECT_NE(metrics.out.find(expected), std::string::npos) << expected << metrics.out;
 
     const std::string page = run.tree.path("out/page.html");
     std::filesystem::create_directories(run.tree.path("out"));

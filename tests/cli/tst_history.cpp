@@ -461,6 +461,71 @@ TEST(RunHistory, AResultThatFailedOrHoldsNoValidScoreIsNamedAndNeverCalledSlower
     }
 }
 
+TEST(RunHistory, EfficiencyIsJudgedFromEachRunsOwnPowerSamples) {
+    // CPU Single-Core at `score` ± 1 % over CPU package power sampled 1 % either side of `watts`.
+    const auto runWith = [](const std::string& path, double score, double watts, int samples = 6,
+                            const std::string& missing = "") {
+        SavedResult result{"cpuInteger", "CPU Single-Core", "ok", score, std::nullopt, {}};
+        result.statistics.uncertainty = RateUncertainty{20, 0.01, 19};
+        for (int i = 0; watts > 0 && i < samples; ++i) {
+            result.statistics.trace.seconds.push_back(0.5f * static_cast<float>(i));
+            result.statistics.trace.cpuWatts.push_back(static_cast<float>(watts * (i % 2 ? 1.01 : 0.99)));
+        }
+        if (watts > 0)
+            result.statistics.energy.measured.push_back(
+                {PowerDomain::cpuPackage, "RAPL package-0", watts * 3, watts, watts * 1.01});
+        if (!missing.empty()) result.statistics.energy.missing.push_back({PowerDomain::cpuPackage, missing});
+        SavedRun run;
+        run.path = path;
+        run.results.push_back(result);
+        return run;
+    };
+    const SavedRun a = runWith("a", 1000, 20);
+    const struct {
+        const char* name;
+        SavedRun after;
+        std::optional<Verdict> verdict; // none: not judged
+        std::string notJudged;
+    } cases[] = {
+        {"the run against itself", a, Verdict::withinNoise, ""},
+        {"an identical run", runWith("b", 1000, 20), Verdict::withinNoise, ""},
+        {"faster at the same points per joule", runWith("b", 1200, 24), Verdict::withinNoise, ""},
+        {"the same score on a fifth less power", runWith("b", 1000, 16), Verdict::faster, ""},
+        {"the same score on a fifth more power", runWith("b", 1000, 24), Verdict::slower, ""},
+        {"no sensor in B", runWith("b", 1000, 0), std::nullopt, "no power sensor in run B"},
+        {"B says why", runWith("b", 1000, 0, 0, "a virtual machine exposes no power sensors"), std::nullopt,
+         "energy not measured in run B: a virtual machine exposes no power sensors"},
+        {"two power samples in B", runWith("b", 1000, 16, 2), std::nullopt,
+         "not enough power samples in run B"},
+    };
+    for (const auto& c : cases) {
+        const RunComparison comparison = compareRuns(a, c.after);
+        ASSERT_EQ(comparison.rows.size(), 1u);
+        ASSERT_TRUE(comparison.rows[0].efficiency) << c.name;
+        const EfficiencyComparison& e = *comparison.rows[0].efficiency;
+        EXPECT_EQ(e.notJudged, c.notJudged) << c.name;
+        ASSERT_EQ(e.compared.has_value(), c.verdict.has_value()) << c.name;
+        EXPECT_EQ(e.compared ? e.compared->verdict : Verdict::inconclusive,
+                  c.verdict.value_or(Verdict::inconclusive))
+            << c.name;
+    }
+    EXPECT_FALSE(compareRuns(runWith("a", 1000, 0), runWith("b", 1000, 0)).rows[0].efficiency)
+        << "nothing to say where neither run measured energy";
+
+    const SavedRun b = runWith("b", 1000, 16);
+    const RunComparison comparison = compareRuns(a, b);
+    const std::string text = comparisonText(a, b, comparison);
+    EXPECT_NE(text.find("CPU Single-Core efficiency (CPU package): 50.0 \u2192 62.5 pts/J, +25.0 % (B / A "),
+              std::string::npos)
+        << text;
+    EXPECT_NE(text.find("), more efficient\n"), std::string::npos) << text;
+    const auto document = nlohmann::json::parse(comparisonJson(a, b, comparison));
+    EXPECT_EQ(document["results"][0]["efficiency"]["verdict"], "more efficient");
+    EXPECT_EQ(document["results"][0]["efficiency"]["domain"], "cpuPackage");
+    EXPECT_NE(comparisonText(a, a, compareRuns(a, a)).find("50.0 \u2192 50.0 pts/J, +0.0 % (B / A "),
+              std::string::npos);
+}
+
 TEST(LearnedFloors, ComeFromQuietCompletedRunsOfThisMachineVersionModeAndLength) {
     HistoryListing history;
     const auto run = [](const char* machine, const char* version, const char* mode, bool quick, double score,

@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <limits>
+#include <vector>
+
 using namespace quarbel;
 
 namespace {
@@ -84,4 +88,36 @@ TEST(Comparison, AnUnknownTitleGetsTheWidestDefaultBand) {
     EXPECT_EQ(verdictText(Verdict::withinNoise), "within noise");
     EXPECT_NEAR(symmetricChangePercent(0.5), -100.0, 1e-9);
     EXPECT_NEAR(symmetricChangePercent(2.0), 100.0, 1e-9);
+}
+
+TEST(Comparison, PowerSamplesAndTheirCombinationWithTheScoresError) {
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const struct {
+        const char* name;
+        std::vector<float> samples;
+        std::optional<double> relativeError; // none: no interval
+        double degreesOfFreedom;
+    } cases[] = {
+        // Mean 12, standard deviation 2 over the three samples read.
+        {"a sample that could not be read is skipped", {10, nan, 12, 14}, 2.0 / std::sqrt(3.0) / 12, 2},
+        {"steady power has no error", {20, 20, 20}, 0.0, 2},
+        {"two samples give no interval", {10, nan, 12}, std::nullopt, 0},
+        {"no power, no interval", {0, 0, 0}, std::nullopt, 0},
+    };
+    for (const auto& c : cases) {
+        const auto u = sampleMeanUncertainty(c.samples);
+        ASSERT_EQ(u.has_value(), c.relativeError.has_value()) << c.name;
+        if (!u) continue;
+        EXPECT_NEAR(u->relativeStandardError, *c.relativeError, 1e-12) << c.name;
+        EXPECT_DOUBLE_EQ(u->degreesOfFreedom, c.degreesOfFreedom) << c.name;
+    }
+    // 3 % and 4 % give 5 %; Welch and Satterthwaite: 0.0025² / (0.0009² / 9 + 0.0016² / 19).
+    const RateUncertainty combined = combinedUncertainty({20, 0.03, 9}, {20, 0.04, 19});
+    EXPECT_NEAR(combined.relativeStandardError, 0.05, 1e-12);
+    EXPECT_NEAR(combined.degreesOfFreedom, 0.0025 * 0.0025 / (0.0009 * 0.0009 / 9 + 0.0016 * 0.0016 / 19),
+                1e-9);
+    const double infinite = std::numeric_limits<double>::infinity();
+    EXPECT_NEAR(combinedUncertainty({20, 0.03, 9}, {20, 0.04, infinite}).degreesOfFreedom,
+                0.0025 * 0.0025 / (0.0009 * 0.0009 / 9), 1e-9)
+        << "a side known exactly adds no degrees of freedom of its own";
 }

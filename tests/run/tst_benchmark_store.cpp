@@ -507,3 +507,39 @@ TEST(BenchmarkStore, DestroyingTheStoreMidRunCancelsAndJoinsTheWorker) {
     EXPECT_EQ(fakes.cancelledSeen(), 1);
     processEventsFor(20); // a result posted to the gone store must be dropped
 }
+
+TEST(BenchmarkStore, EachBenchmarkButTheFirstWaitsForTheIdleTemperatureAndStopEndsTheWait) {
+    std::atomic<double> celsius = 45.0;
+    const auto reader = [&] { return QLTemperatureReading{celsius.load(), 0, 1, 0}; };
+    for (const bool stopWhileWaiting : {false, true}) {
+        SCOPED_TRACE(stopWhileWaiting ? "stopped while waiting" : "cooled down");
+        FakeWorkloads fakes;
+        fakes.set(BenchmarkID::cpuInteger, FakeBehaviour::gated);
+        celsius = 45.0;
+        BenchmarkStore store(fakes.services(reader));
+        store.run({BenchmarkID::cpuInteger, BenchmarkID::cpuFloating}, false);
+        ASSERT_TRUE(processEventsUntil([&] { return fakes.running() == 1; }));
+        celsius = 62.0; // what the first benchmark leaves behind
+        fakes.release();
+        ASSERT_TRUE(processEventsUntil([&] { return !store.cooldownText().isEmpty(); }));
+        EXPECT_EQ(store.cooldownText(), QString::fromUtf8("Cooling down: 62 \u00b0C \u2192 45 \u00b0C"));
+        EXPECT_EQ(fakes.calls(BenchmarkID::cpuFloating), 0);
+        if (stopWhileWaiting) {
+            store.stop();
+        } else {
+            celsius = 47.0;
+        }
+        ASSERT_TRUE(processEventsUntil([&] { return idle(store); }, 3000));
+        EXPECT_TRUE(store.cooldownText().isEmpty());
+        if (stopWhileWaiting) {
+            EXPECT_EQ(fakes.calls(BenchmarkID::cpuFloating), 0);
+            EXPECT_EQ(messages(store).back(), "Ready");
+        } else {
+            EXPECT_EQ(fakes.calls(BenchmarkID::cpuFloating), 1);
+            EXPECT_TRUE(messages(store).filter(QString::fromUtf8("Cooled down to 47 \u00b0C in ")).size() ==
+                        1);
+            EXPECT_EQ(store.endState(BenchmarkID::cpuFloating).startCelsius, 47.0);
+            EXPECT_EQ(store.endState(BenchmarkID::cpuInteger).startCelsius, 45.0);
+        }
+    }
+}

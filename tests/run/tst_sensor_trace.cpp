@@ -205,6 +205,40 @@ TEST(SensorTrace, SamplesBecomeColumnsEnergyAndTheReasonsForWhatIsMissing) {
     EXPECT_EQ(none.energy.missing[2].reason, "no battery");
 }
 
+TEST(SensorTrace, ALaptopThatHitsItsPowerCapAndThrottlesSaysSoFromItsOwnFiles) {
+    // Half-second samples of a recorded laptop: 10 W, then its 15 W cap from 1.0 s on; the
+    // clocks fall by a fifth and the throttle counters rise.
+    FakeTree sys;
+    sys.write("class/powercap/intel-rapl:0/name", "package-0");
+    sys.write("class/powercap/intel-rapl:0/max_energy_range_uj", "262143328850");
+    sys.write("class/powercap/intel-rapl:0/constraint_0_name", "long_term");
+    sys.write("class/powercap/intel-rapl:0/constraint_0_power_limit_uw", "15000000");
+    MachineSensors* sensors = nullptr;
+    std::optional<MachineSensors> owned;
+    std::vector<SensorSample> samples;
+    long long microjoules = 262000000000; // wraps at the third sample
+    for (int i = 0; i < 8; ++i) {
+        if (i > 0) microjoules += i < 3 ? 5000000 : 7500000;
+        microjoules %= 262143328850;
+        sys.write("class/powercap/intel-rapl:0/energy_uj", std::to_string(microjoules));
+        for (const char* cpu : {"cpu0", "cpu1"}) {
+            const std::string base = std::string("devices/system/cpu/") + cpu;
+            sys.write(base + "/cpufreq/scaling_cur_freq", std::to_string(3000000 - (i >= 4 ? 600000 : 0)));
+            sys.write(base + "/thermal_throttle/package_throttle_count", std::to_string(i >= 5 ? 4 : 0));
+        }
+        if (!sensors) sensors = &owned.emplace(ConditionLocations{sys.root(), sys.root()}, nullptr, false);
+        samples.push_back(sensors->sample(0.5 * i));
+    }
+    const TracedPass pass = assembleTrace(samples, sensors->facts());
+    EXPECT_EQ(pass.trace.thermalThrottleEvents, 8u);
+    const EnergyMeasurement* package = pass.energy.find(PowerDomain::cpuPackage);
+    ASSERT_NE(package, nullptr);
+    EXPECT_NEAR(package->joules, 2 * 5 + 5 * 7.5, 1e-6);
+    EXPECT_NEAR(package->peakWatts, 15, 1e-6);
+    EXPECT_EQ(traceSummary(pass.trace),
+              "power-limited from 1.0 s (package 15 W cap); thermal: throttled, clocks \u221220 %");
+}
+
 TEST(SensorTrace, SummaryNamesWhatHeldTheBenchmarkBack) {
     const auto with = [](auto change) {
         SensorTrace t = traceOf({0, 1, 2, 3, 4, 5, 6, 7});
@@ -221,7 +255,7 @@ TEST(SensorTrace, SummaryNamesWhatHeldTheBenchmarkBack) {
         {"package at its cap", with([](SensorTrace& t) {
              t.cpuWatts = {kNaN, 20, 27, 27.5f, 28, 28, 28, 28}, t.packageLimitWatts = 28;
          }),
-         "power-limited from 2.0 s (package 28 W cap)"},
+         "power-limited from 1.0 s (package 28 W cap)"},
         {"one sample at the cap is not a limit", with([](SensorTrace& t) {
              t.cpuWatts = {kNaN, 20, 28, 20, 20, 20, 20, 20}, t.packageLimitWatts = 28;
          }),

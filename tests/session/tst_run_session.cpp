@@ -2,6 +2,7 @@
 #include "fake_workloads.h"
 #include "results/json_report.h"
 #include "results/report_file.h"
+#include "results/run_report.h"
 #include "session/progress_line.h"
 #include "session/run_session.h"
 #include "session/stop_signals.h"
@@ -177,4 +178,56 @@ TEST(RunSession, EachResultCarriesTheTemperaturesAtItsEndAndItsMode) {
     EXPECT_EQ(result["temperatureAtEnd"]["cpu"], 51.0);
     EXPECT_TRUE(result["temperatureAtEnd"]["gpu"].is_null());
     EXPECT_TRUE(result["temperatureAtEnd"]["readAt"].is_string());
+}
+
+TEST(RunSession, TheLineUnderEachResultSaysWhatTheSensorsSawAndTheEnergy) {
+    const EnergyMeasurement package{PowerDomain::cpuPackage, "RAPL package-0", 31.2, 20.8, 57.7};
+    const EnergyMeasurement gpu{PowerDomain::gpu, "NVML", 900, 150, 180};
+    const EnergyAbsence vm{PowerDomain::cpuPackage, "a virtual machine exposes no power sensors"};
+    const EnergyAbsence noGpu{PowerDomain::gpu, "no sensor"};
+    const struct {
+        BenchmarkID id;
+        OutcomeStatus status;
+        std::string summary;
+        ResultEnergy energy;
+        std::string line;
+    } cases[] = {
+        {BenchmarkID::cpuInteger,
+         OutcomeStatus::ok,
+         "steady",
+         {{package}, {}},
+         "Sensors: steady \u00b7 CPU package 31.2 J, 20.8 W average, 57.7 pts/J"},
+        // A GPU benchmark is judged by the GPU's energy, any other by the package's.
+        {BenchmarkID::metalCompute,
+         OutcomeStatus::ok,
+         "steady",
+         {{package, gpu}, {}},
+         "Sensors: steady \u00b7 GPU 900.0 J, 150.0 W average, 8.00 pts/J"},
+        {BenchmarkID::cpuInteger,
+         OutcomeStatus::ok,
+         "another process took 1.4 cores",
+         {{}, {noGpu, vm}},
+         "Sensors: another process took 1.4 cores \u00b7 energy not measured: a virtual machine exposes no "
+         "power sensors"},
+        {BenchmarkID::metalCompute,
+         OutcomeStatus::ok,
+         "",
+         {{}, {vm, noGpu}},
+         "Sensors: energy not measured: no sensor"},
+        {BenchmarkID::cpuInteger,
+         OutcomeStatus::failed,
+         "steady",
+         {{package}, {}},
+         "Sensors: steady \u00b7 CPU package 31.2 J, 20.8 W average"},
+        {BenchmarkID::cpuInteger, OutcomeStatus::skipped, "", {}, ""},
+    };
+    for (const auto& c : cases) {
+        BenchmarkOutcome outcome;
+        outcome.status = c.status;
+        outcome.score = c.status == OutcomeStatus::ok ? 1200 : 0;
+        ReportEntry entry = makeReportEntry(c.id, outcome);
+        entry.statistics.traceSummary = c.summary;
+        entry.statistics.energy = c.energy;
+        EXPECT_EQ(sensorsText(entry), c.line);
+    }
 }

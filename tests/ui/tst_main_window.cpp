@@ -6,6 +6,7 @@
 #include "support/other_quarbel_run.h"
 #include "support/temp_dir.h"
 #include "text_recorder.h"
+#include "ui/cards/card_content.h"
 #include "ui/views/live_text.h"
 #include "ui/views/log_panel.h"
 #include "ui/views/main_window.h"
@@ -200,6 +201,23 @@ TEST(RunHeader, SaysInAmberWhenAnotherQuarbelRunGoesOnBesideThisOne) {
     EXPECT_TRUE(store.concurrentRuns().isEmpty());
 }
 
+TEST(RunHeader, NamesTheWaitForTheMachineToCoolAndTheBenchmarkAfterIt) {
+    Window w;
+    w.store.setCooldown(CooldownSetting{CooldownSetting::Mode::fixed, 1});
+    w.store.run({BenchmarkID::cpuInteger, BenchmarkID::memoryStream}, false);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !w.store.cooldownText().isEmpty(); }, 5000));
+    QTest::qWait(20);
+    const QString wait = w.store.cooldownText();
+    const QString header = paintedText(*w.window.header());
+    EXPECT_TRUE(header.contains(QStringLiteral("COOLING DOWN BEFORE Memory Stream"))) << header.toStdString();
+    EXPECT_TRUE(header.contains(wait)) << header.toStdString();
+    EXPECT_TRUE(paintedText(*w.window.stage()).contains(wait))
+        << "the stage shows the wait, not the last benchmark";
+    EXPECT_TRUE(w.window.header()->stopButton()->isEnabled());
+    ASSERT_TRUE(w.waitIdle());
+    EXPECT_FALSE(paintedText(*w.window.header()).contains(QStringLiteral("COOLING")));
+}
+
 TEST(ResultPanel, ANoisyResultIsMarkedAndSaysWhatDisturbedIt) {
     FakeWorkloads fakes;
     StoreServices services = fakes.services();
@@ -294,6 +312,14 @@ TEST(ResultPanel, ShowsWholeDetailsAndTellsHowToEnableASkippedDevice) {
                     << text << " in: " << panel.toStdString();
             for (const char* text : c.absent)
                 EXPECT_FALSE(panel.contains(QString::fromUtf8(text))) << text;
+            // Under a result, a line for each power domain the sensors measured or found missing.
+            if (const auto& outcome = store.rows()[c.id].outcome;
+                outcome && outcome->status == OutcomeStatus::ok) {
+                for (const cards::EnergyLine& line :
+                     cards::energyLines(store.endState(c.id).energy, outcome->score, outcome->primary,
+                                        cards::judgedByGpu(c.id, *outcome)))
+                    EXPECT_TRUE(panel.contains(QString::fromStdString(line.text))) << line.text;
+            }
             // Nowhere a zero score for what has none: not in the summary, not in the list.
             for (QWidget* view :
                  {static_cast<QWidget*>(window.resultPanel()), static_cast<QWidget*>(window.summaryPanel()),

@@ -203,6 +203,11 @@ TEST(ResultCards, LongValuesStayInsideTheirPlaces) {
         global.uncertainties[id] = {2, 0.9, 1}; // "± 1143.6 %"
     }
     single.uncertainty = RateUncertainty{2, 0.9, 1};
+    single.traceSummary =
+        "power-limited from 123.4 s (package 28 W cap); thermal: 97 \u00b0C, clocks \u221218 %; " +
+        std::string(200, 'x');
+    single.startCelsius = 123.4;
+    single.energy.measured = {{PowerDomain::cpuPackage, "RAPL package-0", 1e9, 123456.7, 234567.8}};
     const struct {
         const char* card;
         QSize size;
@@ -225,6 +230,118 @@ TEST(ResultCards, LongValuesStayInsideTheirPlaces) {
     }
     const QStringList texts = textsOf(single, kBenchmarkCardSize, paintBenchmarkCard);
     EXPECT_TRUE(texts.contains(QStringLiteral("123456789"))) << "the score is shown whole";
+}
+
+namespace {
+
+const EnergyAbsence kNoPackage{PowerDomain::cpuPackage, "a virtual machine exposes no power sensors"};
+const EnergyAbsence kNoGpu{PowerDomain::gpu, "a virtual machine exposes no power sensors"};
+const EnergyAbsence kNoBattery{PowerDomain::battery, "no battery"};
+const EnergyMeasurement kPackage{PowerDomain::cpuPackage, "RAPL package-0", 31.2, 20.8, 28.4};
+const EnergyMeasurement kGpu{PowerDomain::gpu, "NVML", 400, 160, 181};
+
+} // namespace
+
+// What a result says about its energy: a line per domain with the efficiency, the primary
+// rate per watt on the domain that judges it, the reason for each missing domain.
+TEST(ResultCardContent, EnergyTextsNameEachDomainAndTheEfficiency) {
+    const MeasurementLine gflops{"Compute", "17.06", "GFLOPS"};
+    const struct Case {
+        const char* name;
+        BenchmarkID id;
+        ResultEnergy energy;
+        MeasurementLine primary;
+        std::vector<std::pair<const char*, bool>> lines; // text, measured
+        const char* efficiency;
+    } cases[] = {
+        {"package measured",
+         BenchmarkID::cpuInteger,
+         {{kPackage}, {kNoGpu}},
+         gflops,
+         {{"CPU package 31.2 J \u00b7 20.8 W average \u00b7 28.4 W peak \u00b7 57.7 pts/J \u00b7 0.82 "
+           "GFLOPS/W",
+           true},
+          {"GPU: a virtual machine exposes no power sensors", false}},
+         "57.7 pts/J \u00b7 20.8 W average (CPU package)"},
+        {"a GPU benchmark is judged by the GPU; a rate with a slash",
+         BenchmarkID::metalCompute,
+         {{kPackage, kGpu}, {}},
+         {"Rate", "12.50", " GB/s\n"},
+         {{"CPU package 31.2 J \u00b7 20.8 W average \u00b7 28.4 W peak \u00b7 57.7 pts/J", true},
+          {"GPU 400 J \u00b7 160 W average \u00b7 181 W peak \u00b7 7.50 pts/J \u00b7 0.08 GB/s per W",
+           true}},
+         "7.50 pts/J \u00b7 160 W average (GPU)"},
+        {"no rate per watt for a size",
+         BenchmarkID::memoryStream,
+         {{kPackage}, {}},
+         {"Working Set", "183", "MB"},
+         {{"CPU package 31.2 J \u00b7 20.8 W average \u00b7 28.4 W peak \u00b7 57.7 pts/J", true}},
+         "57.7 pts/J \u00b7 20.8 W average (CPU package)"},
+        {"nothing measured",
+         BenchmarkID::metalCompute,
+         {{}, {kNoPackage, {PowerDomain::gpu, "no permission to read the GPU's power"}, kNoBattery}},
+         gflops,
+         {{"CPU package: a virtual machine exposes no power sensors", false},
+          {"GPU: no permission to read the GPU's power", false},
+          {"Machine (battery): no battery", false}},
+         "Energy: not measured (no permission to read the GPU's power)"},
+        {"a report from before energy was recorded", BenchmarkID::cpuInteger, {}, gflops, {}, ""},
+    };
+    for (const Case& c : cases) {
+        const BenchmarkOutcome outcome{OutcomeStatus::ok, 1200, c.primary, std::nullopt, 1, ""};
+        const bool gpu = judgedByGpu(c.id, outcome);
+        std::vector<std::pair<std::string, bool>> lines;
+        for (const EnergyLine& line : energyLines(c.energy, 1200, c.primary, gpu))
+            lines.emplace_back(line.text, line.measured);
+        std::vector<std::pair<std::string, bool>> expected;
+        for (const auto& [text, measured] : c.lines)
+            expected.emplace_back(text, measured);
+        EXPECT_EQ(lines, expected) << c.name;
+        EXPECT_EQ(efficiencyText(c.energy, 1200, gpu), c.efficiency) << c.name;
+    }
+
+    const std::tuple<const char*, std::optional<double>, const char*> sensors[] = {
+        {"steady", 45.2, "Sensors: steady \u00b7 started at 45 \u00b0C"},
+        {"steady", std::nullopt, "Sensors: steady"},
+        {"", 45.2, "Started at 45 \u00b0C"},
+        {"", std::nullopt, ""},
+    };
+    for (const auto& [summary, celsius, text] : sensors)
+        EXPECT_EQ(sensorsText(summary, celsius), text) << summary;
+
+    // A run adds up each domain over the results that measured it.
+    const ResultEnergy run = runEnergy({{{kPackage}, {kNoGpu, kNoBattery}},
+                                        {{{PowerDomain::cpuPackage, "RAPL package-0", 10, 5, 6}}, {kNoGpu}},
+                                        {}});
+    EXPECT_EQ(runEnergyText(run), "Energy over the run: CPU package 41.2 J");
+    EXPECT_EQ(runEnergyText(runEnergy({{{}, {kNoBattery, kNoPackage, kNoGpu}}})),
+              "Energy not measured: a virtual machine exposes no power sensors");
+    EXPECT_EQ(runEnergyText(runEnergy({{}, {}})), "");
+}
+
+// Both cards carry what the report says about the sensors and the energy.
+TEST(ResultCards, ShowTheEfficiencyTheSensorsAndTheRunsEnergy) {
+    RunReport report;
+    report.summary = summaryContent().summary;
+    const BenchmarkOutcome outcome = *summaryContent().rows[BenchmarkID::cpuInteger].outcome; // 500 points
+    report.results.push_back(makeReportEntry(BenchmarkID::memoryStream, outcome));
+    report.results.push_back(makeReportEntry(BenchmarkID::cpuInteger, outcome));
+    report.results[0].statistics.energy = {{kPackage}, {kNoGpu, kNoBattery}};
+    report.results[0].statistics.traceSummary = "steady";
+    report.results[0].statistics.startCelsius = 45;
+    report.results[1].statistics.energy = {{}, {kNoPackage, kNoGpu, kNoBattery}};
+    const auto singles = benchmarkCards(report, {});
+    ASSERT_EQ(singles.size(), 2u);
+    const QStringList measured = benchmarkTexts(singles[0]);
+    for (const char* text :
+         {"24.0 pts/J \u00b7 20.8 W average (CPU package)", "Sensors: steady \u00b7 started at 45 \u00b0C"})
+        EXPECT_TRUE(measured.contains(QString::fromUtf8(text))) << text << "\n"
+                                                                << measured.join('|').toStdString();
+    EXPECT_TRUE(
+        benchmarkTexts(singles[1])
+            .contains(QStringLiteral("Energy: not measured (a virtual machine exposes no power sensors)")));
+    EXPECT_TRUE(summaryTexts(*summaryCard(report, {}))
+                    .contains(QStringLiteral("Energy over the run: CPU package 31.2 J")));
 }
 
 TEST(ResultCards, DurationAndStatusTexts) {

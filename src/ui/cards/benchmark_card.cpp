@@ -10,6 +10,7 @@
 #include <QFontMetricsF>
 #include <QPainter>
 
+#include <algorithm>
 #include <cmath>
 
 namespace quarbel::cards {
@@ -76,6 +77,37 @@ void drawScore(QPainter& painter, const QRectF& rect, const BenchmarkOutcome& ou
     painter.restore();
 }
 
+// The result's efficiency (in the secondary colour when nothing was measured, with the reason)
+// over what the sensors showed while it ran, in two lines at most, in a tile like the
+// measurements'.
+void drawSensorTile(QPainter& painter, const QRectF& rect, const QString& efficiency, bool unmeasured,
+                    const QString& sensors) {
+    painter.save();
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(Palette::panelAlt());
+    painter.drawRoundedRect(rect, 14, 14);
+    const QRectF inner = rect.adjusted(20, 14, -20, -14);
+    // The lines stand together in the middle of the tile, however many the sensors take.
+    const QFont sensorsFont = cardFont(15);
+    const QFontMetricsF metrics(sensorsFont);
+    const qreal wrapped =
+        metrics.boundingRect(QRectF(0, 0, inner.width(), 1e6), Qt::TextWordWrap, sensors).height();
+    const int sensorLines =
+        sensors.isEmpty() ? 0 : std::min(2, int(std::lround(wrapped / metrics.lineSpacing())));
+    const qreal efficiencyHeight = efficiency.isEmpty() ? 0 : 26;
+    const qreal top =
+        inner.top() + (inner.height() - efficiencyHeight - sensorLines * metrics.lineSpacing()) / 2;
+    painter.setFont(parts::fittingFont(efficiency, inner.width(), unmeasured ? 16 : 18,
+                                       unmeasured ? QFont::Normal : QFont::DemiBold));
+    painter.setPen(unmeasured ? Palette::secondary() : Palette::text());
+    painter.drawText(QRectF(inner.left(), top, inner.width(), 24), Qt::AlignLeft | Qt::AlignVCenter,
+                     parts::elided(painter, efficiency, inner.width()));
+    painter.setFont(sensorsFont);
+    painter.setPen(Palette::secondary());
+    parts::drawWrapped(painter, QRectF(inner.left(), top + efficiencyHeight, inner.width(), 40), sensors, 2);
+    painter.restore();
+}
+
 } // namespace
 
 void paintBenchmarkCard(QPainter& painter, const BenchmarkCardContent& content) {
@@ -132,15 +164,26 @@ void paintBenchmarkCard(QPainter& painter, const BenchmarkCardContent& content) 
     parts::drawWrapped(painter, QRectF(inner.left(), inner.top() + 284, leftWidth, 66),
                        qstring(outcome.detail), 3);
 
+    // The measurements on the right; under them, where a result has them, its energy and what
+    // the sensors showed, which take some of the measurements' height.
     const qreal tilesLeft = inner.right() - tilesWidth;
-    parts::drawMetric(painter, QRectF(tilesLeft, inner.top() + 36, tilesWidth, 118),
+    const QString efficiency =
+        qstring(efficiencyText(content.energy, outcome.score, judgedByGpu(content.id, outcome)));
+    const QString sensors = qstring(sensorsText(content.traceSummary, content.startCelsius));
+    const bool sensorTile =
+        outcome.status == OutcomeStatus::ok && !(efficiency.isEmpty() && sensors.isEmpty());
+    const qreal tileHeight = sensorTile ? 94 : 118;
+    parts::drawMetric(painter, QRectF(tilesLeft, inner.top() + 36, tilesWidth, tileHeight),
                       qstring(outcome.primary.label), qstring(cardValue(outcome.primary)), Palette::text(),
                       32);
-    parts::drawMetric(painter, QRectF(tilesLeft, inner.top() + 170, tilesWidth, 118),
+    parts::drawMetric(painter, QRectF(tilesLeft, inner.top() + 52 + tileHeight, tilesWidth, tileHeight),
                       outcome.secondary ? qstring(outcome.secondary->label) : QStringLiteral("Secondary"),
                       outcome.secondary ? qstring(cardValue(*outcome.secondary))
                                         : QStringLiteral("Unavailable"),
                       outcome.secondary ? Palette::text() : Palette::muted(), 32);
+    if (sensorTile)
+        drawSensorTile(painter, QRectF(tilesLeft, inner.top() + 68 + 2 * tileHeight, tilesWidth, 94),
+                       efficiency, content.energy.measured.empty(), sensors);
 
     const qreal gap = 16;
     const qreal metricWidth = (inner.width() - 2 * gap) / 3;

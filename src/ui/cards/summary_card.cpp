@@ -182,12 +182,18 @@ void drawTableRow(QPainter& painter, const QRectF& rect, BenchmarkID id, const B
 
 void drawTable(QPainter& painter, const QRectF& rect, const BenchmarkRows& rows,
                const std::map<BenchmarkID, RateUncertainty>& uncertainties,
-               const std::set<BenchmarkID>& noisy) {
+               const std::set<BenchmarkID>& noisy, const QString& energy, bool energyMeasured) {
     parts::drawPanel(painter, rect);
     const QRectF inner = rect.adjusted(28, 22, -28, -18);
     parts::drawSectionTitle(painter, QRectF(inner.left(), inner.top(), 500, 18),
                             QStringLiteral("All Benchmark Results"));
     painter.save();
+    // The run's energy, or why it was not measured, on the title's line at the right.
+    painter.setFont(cardFont(15));
+    painter.setPen(energyMeasured ? Palette::secondary() : Palette::muted());
+    const QRectF energyBox(inner.left() + 520, inner.top() - 2, inner.width() - 534, 22);
+    painter.drawText(energyBox, Qt::AlignRight | Qt::AlignVCenter,
+                     parts::elided(painter, energy, energyBox.width()));
     painter.setFont(cardFont(14, QFont::DemiBold));
     painter.setPen(Palette::secondary());
     qreal x = inner.left();
@@ -288,7 +294,8 @@ void paintSummaryCard(QPainter& painter, const SummaryCardContent& content) {
 
     drawResultPanel(painter, QRectF(kMargin, 128, inner, 170), content);
     drawTable(painter, QRectF(kMargin, 316, inner, 28 + 22 + 38 + 13 * kRowHeight + 18), content.rows,
-              content.uncertainties, content.noisy);
+              content.uncertainties, content.noisy, qstring(runEnergyText(content.energy)),
+              !content.energy.measured.empty());
     const qreal bottomTop = 962;
     const qreal listWidth = 800;
     drawSkippedAndFailed(painter, QRectF(kMargin, bottomTop, listWidth, 198), content.rows);

@@ -93,7 +93,10 @@ cards::BenchmarkCardContent ResultCardSaver::benchmarkCardContent(const Benchmar
             appVersion(),
             end.stabilityPercent,
             end.uncertainty,
-            end.noisy};
+            end.noisy,
+            end.traceSummary,
+            end.startCelsius,
+            end.energy};
 }
 
 cards::SummaryCardContent ResultCardSaver::summaryCardContent(const BenchmarkStore& store) {
@@ -112,6 +115,11 @@ cards::SummaryCardContent ResultCardSaver::summaryCardContent(const BenchmarkSto
         if (end.uncertainty) content.uncertainties[id] = *end.uncertainty;
         if (end.noisy) content.noisy.insert(id);
     }
+    // The energy of what the last run measured, as the saved report's card sums it.
+    std::vector<ResultEnergy> energies;
+    for (BenchmarkID id : store.endedInRun())
+        energies.push_back(store.endState(id).energy);
+    content.energy = cards::runEnergy(energies);
     return content;
 }
 

@@ -6,7 +6,10 @@
 #include "results/result_statistics.h"
 #include "results/run_report.h"
 #include "run/benchmark_store.h"
+#include "ui/cards/card_content.h"
+#include "ui/cards/trace_chart.h"
 #include "ui/views/theme.h"
+#include "ui/views/trend_view.h"
 
 #include <QPaintEvent>
 #include <QPainter>
@@ -107,6 +110,71 @@ QString shownDetail(const BenchmarkOutcome& outcome, const BenchmarkEndState& en
     return detail;
 }
 
+constexpr qreal kSectionGap = 16;   // between the detail and the sensors
+constexpr qreal kSectionLabel = 22; // the section's small title and the space under it
+constexpr qreal kLineGap = 3;       // between the section's lines
+constexpr qreal kChartHeight = 150; // the sensor trace, at the panel's width
+constexpr qreal kChartGap = 10;     // above the chart
+
+// What the sensors showed while a result was measured and the energy it took: a line on the
+// trace and the start temperature, a line per power domain (the missing ones muted, with
+// their reason), and the trace drawn as a chart. Empty for a result without any of it (the
+// recording was off).
+struct SensorSection {
+    std::vector<std::pair<QString, bool>> lines; // text, and whether it is muted
+    const SensorTrace* trace = nullptr;          // null: no chart
+    bool empty() const { return lines.empty() && trace == nullptr; }
+};
+
+SensorSection sensorSection(BenchmarkID id, const BenchmarkOutcome& outcome, const BenchmarkEndState& end) {
+    SensorSection section;
+    if (const std::string sensors = cards::sensorsText(end.traceSummary, end.startCelsius); !sensors.empty())
+        section.lines.emplace_back(theme::qstring(sensors), false);
+    for (const cards::EnergyLine& line :
+         cards::energyLines(end.energy, outcome.score, outcome.primary, cards::judgedByGpu(id, outcome)))
+        section.lines.emplace_back(theme::qstring(line.text), !line.measured);
+    if (!end.trace.empty()) section.trace = &end.trace;
+    return section;
+}
+
+qreal sectionHeight(const SensorSection& section, qreal width) {
+    if (section.empty()) return 0;
+    qreal height = kSectionGap + kSectionLabel;
+    for (const auto& [text, muted] : section.lines)
+        height += wrappedHeight(detailFont(), text, width) + kLineGap;
+    if (section.trace) height += kChartGap + kChartHeight;
+    return height;
+}
+
+// The chart's colours are the window's, on a tile's ground, as the tiles above it.
+cards::ChartPalette panelChartPalette() {
+    cards::ChartPalette palette = themeChartPalette();
+    palette.panel = theme::panelAlt();
+    palette.radius = 10;
+    return palette;
+}
+
+void paintSection(QPainter& painter, const QRectF& area, qreal y, const SensorSection& section) {
+    if (section.empty()) return;
+    y += kSectionGap;
+    painter.setFont(theme::font(11, QFont::DemiBold));
+    painter.setPen(theme::muted());
+    painter.drawText(QRectF(area.left(), y, area.width(), 16), Qt::AlignLeft | Qt::AlignVCenter,
+                     QObject::tr("SENSORS AND ENERGY"));
+    y += kSectionLabel;
+    painter.setFont(detailFont());
+    for (const auto& [text, muted] : section.lines) {
+        const qreal height = wrappedHeight(detailFont(), text, area.width());
+        painter.setPen(muted ? theme::muted() : theme::text());
+        painter.drawText(QRectF(area.left(), y, area.width(), height),
+                         Qt::TextWordWrap | Qt::AlignLeft | Qt::AlignTop, text);
+        y += height + kLineGap;
+    }
+    if (section.trace)
+        cards::paintTraceChart(painter, QRectF(area.left(), y + kChartGap, area.width(), kChartHeight),
+                               *section.trace, panelChartPalette());
+}
+
 } // namespace
 
 QString skipAdvice(BenchmarkID id) {
@@ -162,10 +230,11 @@ qreal ResultPanel::contentHeight(qreal width) const {
     const BenchmarkOutcome& outcome = *row.outcome;
     height += kScoreRowHeight;
     if (outcome.status == OutcomeStatus::ok) {
-        height += kTilesHeight +
-                  wrappedHeight(detailFont(),
-                                shownDetail(outcome, store_.endState(id), store_.runCondition().atStart),
-                                textWidth);
+        const BenchmarkEndState& end = store_.endState(id);
+        height +=
+            kTilesHeight +
+            wrappedHeight(detailFont(), shownDetail(outcome, end, store_.runCondition().atStart), textWidth) +
+            sectionHeight(sensorSection(id, outcome, end), textWidth);
     } else {
         height += wrappedHeight(detailFont(), theme::qstring(outcome.detail), textWidth);
         if (const QString advice = skipAdvice(id);
@@ -334,11 +403,14 @@ void ResultPanel::paintEvent(QPaintEvent* event) {
              theme::qstring(format(outcome.duration, 2)) + QStringLiteral(" s"));
     y += kTilesHeight;
 
-    // The whole detail (Accuracy Mode's pass scores, spread and confidence included), wrapped.
+    // The whole detail (Accuracy Mode's pass scores, spread and confidence included), wrapped,
+    // then what the sensors showed and the energy it took.
     painter.setFont(detailFont());
     painter.setPen(theme::secondary());
-    painter.drawText(QRectF(area.left(), y, area.width(), wrappedHeight(detailFont(), detail, area.width())),
+    const qreal detailHeight = wrappedHeight(detailFont(), detail, area.width());
+    painter.drawText(QRectF(area.left(), y, area.width(), detailHeight),
                      Qt::TextWordWrap | Qt::AlignLeft | Qt::AlignTop, detail);
+    paintSection(painter, area, y + detailHeight, sensorSection(id, outcome, end));
 }
 
 } // namespace quarbel::ui

@@ -29,6 +29,13 @@ QPushButton* makeButton(const QString& text, const QString& objectName, QWidget*
 
 } // namespace
 
+std::optional<BenchmarkID> nextInRun(const BenchmarkStore& store) {
+    const std::vector<BenchmarkID>& ids = store.runIDs();
+    const std::size_t ended = store.endedInRun().size();
+    if (!store.busy() || ended >= ids.size()) return std::nullopt;
+    return ids[ended];
+}
+
 RunHeader::RunHeader(BenchmarkStore& store, QWidget* parent)
     : QWidget(parent), store_(store), run_(makeButton(tr("Run"), QStringLiteral("primaryButton"), this)),
       all_(makeButton(tr("All"), QStringLiteral("secondaryButton"), this)),
@@ -72,7 +79,7 @@ RunHeader::RunHeader(BenchmarkStore& store, QWidget* parent)
     for (auto signal : {&BenchmarkStore::currentRunTickChanged, &BenchmarkStore::runningIDChanged,
                         &BenchmarkStore::liveProgressChanged, &BenchmarkStore::visualLiveStatsChanged,
                         &BenchmarkStore::currentRunTargetSecondsChanged, &BenchmarkStore::selectedIDChanged,
-                        &BenchmarkStore::concurrentRunsChanged})
+                        &BenchmarkStore::concurrentRunsChanged, &BenchmarkStore::cooldownTextChanged})
         connect(&store_, signal, this, [this] { update(statusRect()); });
     updateControls();
 }
@@ -106,13 +113,19 @@ void RunHeader::paintEvent(QPaintEvent* event) {
     painter.drawLine(0, height() - 1, width(), height() - 1);
 
     const QRectF area = statusRect();
-    const auto running = store_.runningID();
-    const BenchmarkID shown = running.value_or(store_.selectedID());
+    // While the run waits for the machine to cool, the benchmark that ended stays the running
+    // one until the next starts: the header names the next one and the wait instead.
+    const bool cooling = store_.busy() && !store_.cooldownText().isEmpty();
+    const auto running = cooling ? std::nullopt : store_.runningID();
+    const BenchmarkID shown =
+        running.value_or(cooling ? nextInRun(store_).value_or(store_.selectedID()) : store_.selectedID());
     const QColor accent = theme::accent(category(shown));
 
     painter.setFont(theme::font(12, QFont::DemiBold));
-    painter.setPen(running ? accent : theme::muted());
-    const QString state = running ? tr("RUNNING") : (store_.busy() ? tr("PREPARING") : tr("READY"));
+    painter.setPen(running || cooling ? accent : theme::muted());
+    const QString state = cooling   ? tr("COOLING DOWN BEFORE")
+                          : running ? tr("RUNNING")
+                                    : (store_.busy() ? tr("PREPARING") : tr("READY"));
     painter.drawText(QRectF(area.left(), area.top(), area.width(), 16), Qt::AlignLeft | Qt::AlignVCenter,
                      state);
     const bool quick = store_.runIsQuick();
@@ -128,6 +141,20 @@ void RunHeader::paintEvent(QPaintEvent* event) {
     painter.drawText(QRectF(area.left(), area.top() + 16, area.width() * 0.6, 28),
                      Qt::AlignLeft | Qt::AlignVCenter, theme::qstring(title(shown)));
 
+    if (cooling) {
+        painter.setFont(theme::font(15, QFont::DemiBold));
+        painter.setPen(theme::text());
+        painter.drawText(QRectF(area.left() + area.width() * 0.4, area.top() + 16, area.width() * 0.6, 28),
+                         Qt::AlignRight | Qt::AlignVCenter, store_.cooldownText());
+        painter.setFont(theme::font(12.5));
+        painter.setPen(theme::muted());
+        painter.drawText(
+            QRectF(area.left(), area.top() + 50, area.width(), 18), Qt::AlignLeft | Qt::AlignVCenter,
+            painter.fontMetrics().elidedText(
+                tr("Waiting for the machine to cool before the next benchmark; Stop ends the wait."),
+                Qt::ElideRight, int(area.width())));
+        return;
+    }
     if (!running) {
         painter.setFont(theme::font(13));
         painter.setPen(theme::secondary());

@@ -1,9 +1,13 @@
 // The run controls and the active benchmark: Run, All, Stop and the Accuracy Mode and
 // Quick switches, enabled exactly when they can act; the active title, elapsed against target,
-// a progress bar and the live rate.
+// a progress bar and the live rate; while the run waits for the machine to cool, the wait.
 #pragma once
 
+#include "model/catalogue.h"
+
 #include <QWidget>
+
+#include <optional>
 
 class QAbstractButton;
 class QPushButton;
@@ -40,5 +44,9 @@ class RunHeader : public QWidget {
     QAbstractButton* accuracy_;
     QAbstractButton* quick_;
 };
+
+// The first benchmark of the active run that has not ended: the one running, or the one a wait
+// for the machine to cool comes before; none when no run is active.
+std::optional<BenchmarkID> nextInRun(const BenchmarkStore& store);
 
 } // namespace quarbel::ui

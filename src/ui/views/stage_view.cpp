@@ -2,6 +2,7 @@
 
 #include "run/benchmark_store.h"
 #include "ui/views/live_text.h"
+#include "ui/views/run_header.h"
 #include "ui/views/theme.h"
 
 #include <QPaintEvent>
@@ -49,6 +50,7 @@ StageView::StageView(BenchmarkStore& store, QWidget* parent) : QWidget(parent), 
         update();
     });
     connect(&store_, &BenchmarkStore::passTextChanged, this, qOverload<>(&QWidget::update));
+    connect(&store_, &BenchmarkStore::cooldownTextChanged, this, qOverload<>(&QWidget::update));
     connect(&store_, &BenchmarkStore::visualLiveStatsChanged, this, [this] {
         if (painted_)
             update(painted_->progress.toAlignedRect().adjusted(-2, -2, 2, 2));
@@ -170,12 +172,52 @@ void StageView::paintEvent(QPaintEvent* event) {
     theme::drawPanel(painter, QRectF(rect()).adjusted(0, 0, -1, -1), kPanelRadius);
     const auto running = store_.runningID();
     if (!running) return;
+    if (!store_.cooldownText().isEmpty()) {
+        paintCooldown(painter);
+        return;
+    }
     const Layout parts = layout(*running);
     painted_ = parts;
     if (hasInlineStage(*running))
         paintInlineStage(painter, *running, parts, event->region());
     else
         paintPoster(painter, *running, parts, event->region());
+}
+
+void StageView::paintCooldown(QPainter& painter) {
+    // The benchmark that ended stays the running one through the wait: the stage names the
+    // next one, and why nothing runs.
+    const BenchmarkID next = nextInRun(store_).value_or(*store_.runningID());
+    const QColor accent = theme::accent(category(next));
+    const QRectF area =
+        QRectF(rect()).adjusted(kPanelPaddingX, kPanelPaddingY, -kPanelPaddingX - 1, -kPanelPaddingY - 1);
+    painter.drawPixmap(QPointF(area.left(), area.top()),
+                       theme::icon(icon(next), 26, accent, devicePixelRatioF()));
+    painter.setFont(theme::font(12, QFont::DemiBold));
+    painter.setPen(accent);
+    painter.drawText(QRectF(area.left() + 36, area.top(), area.width() - 36, 26),
+                     Qt::AlignVCenter | Qt::AlignLeft,
+                     tr("NEXT  ·  %1").arg(theme::qstring(categoryTitle(category(next)))));
+    painter.setFont(theme::font(20, QFont::Bold));
+    painter.setPen(theme::text());
+    painter.drawText(QRectF(area.left(), area.top() + 40, area.width(), 28), Qt::AlignLeft | Qt::AlignVCenter,
+                     theme::qstring(title(next)));
+    painter.setFont(statusFont());
+    const QRectF strip(area.left(), area.top() + 84, area.width(), 40);
+    QColor fill = accent;
+    fill.setAlphaF(0.10f);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(fill);
+    painter.drawRoundedRect(strip, 10, 10);
+    painter.setPen(theme::text());
+    painter.drawText(strip.adjusted(16, 0, -12, 0), Qt::AlignVCenter | Qt::AlignLeft, store_.cooldownText());
+    painter.setFont(explanationFont(false));
+    painter.setPen(theme::secondary());
+    painter.drawText(
+        QRectF(area.left(), strip.bottom() + 16, area.width(), area.bottom() - strip.bottom() - 16),
+        kTextFlags,
+        tr("Each benchmark starts on a machine back near idle, so that the heat the one before it "
+           "left does not slow it down. Stop ends the wait."));
 }
 
 void StageView::paintInlineStage(QPainter& painter, BenchmarkID id, const Layout& parts,

@@ -4,7 +4,8 @@
 // and show a poster of their workload here: the same themed animation as their window,
 // advanced at the store's quarter-second clock. Each tick repaints only what moved (the
 // status strip, the progress row, the trace, the changed part of the poster): whole-stage
-// repaints would take CPU time from the benchmark that the stage is showing.
+// repaints would take CPU time from the benchmark that the stage is showing. While the run
+// waits for the machine to cool before a benchmark, the stage shows that wait.
 #pragma once
 
 #include "run/benchmark_store.h"
@@ -48,6 +49,7 @@ class StageView : public QWidget {
     void onTick();
     void sampleRate();
     void paintRateTrace(QPainter& painter, const QRectF& area, const QColor& color);
+    void paintCooldown(QPainter& painter);
     void paintInlineStage(QPainter& painter, BenchmarkID id, const Layout& parts, const QRegion& dirty);
     void paintPoster(QPainter& painter, BenchmarkID id, const Layout& parts, const QRegion& dirty);
 

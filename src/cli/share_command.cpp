@@ -1,0 +1,103 @@
+#include "cli/share_command.h"
+
+#include "results/json_report.h"
+#include "results/markup_text.h"
+#include "results/regular_file.h"
+#include "results/report_file.h"
+#include "results/run_comparison.h"
+#include "results/run_history.h"
+#include "results/shared_report.h"
+#include "session/card_writer.h"
+#include "session/run_session.h"
+#include "ui/cards/html_export.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace quarbel::cli {
+namespace {
+
+int badInput(const std::string& problem) {
+    std::fprintf(stderr, "quarbel: %s\n", problem.c_str());
+    return session::kExitBadInput;
+}
+
+// The machine the run was made on: its system facts and manifest, as a table for the page.
+std::string systemSection(const RunReport& report) {
+    std::string rows;
+    const auto row = [&rows](const std::string& label, const std::string& value) {
+        if (!value.empty())
+            rows += "<tr><th>" + escapedMarkup(label) + "</th><td>" + escapedMarkup(value) + "</td></tr>\n";
+    };
+    for (const auto& [label, value] : report.system)
+        row(label, value);
+    for (const ManifestField& field : report.manifest)
+        row(field.label, field.value);
+    if (rows.empty()) return {};
+    return "<h2>System</h2>\n<table>\n" + rows + "</table>\n";
+}
+
+std::string withSection(std::string page, const std::string& section) {
+    const auto at = page.rfind("<p class=\"note\">Made by");
+    const auto body = page.rfind("</body>");
+    page.insert(at != std::string::npos ? at : body != std::string::npos ? body : page.size(), section);
+    return page;
+}
+
+} // namespace
+
+int shareCommand(const std::string& run, const std::optional<std::string>& outPath) {
+    std::string path = run;
+    if (!run.empty() && run.find_first_not_of("0123456789") == std::string::npos) {
+        const HistoryListing history = listHistory(historyDirectory(), HistoryDetail::order);
+        for (const auto& warning : history.warnings)
+            std::fprintf(stderr, "quarbel: %s\n", warning.c_str());
+        auto saved = resolveSavedRun(run, history);
+        if (const auto* problem = std::get_if<std::string>(&saved)) return badInput(*problem);
+        path = std::get<SavedRun>(saved).path;
+    }
+    // The page carries the report's own bytes, so they are read once and parsed from there.
+    FileText file = readRegularFile(path, kLargestReportBytes);
+    if (!file.problem.empty()) return badInput(path + " " + file.problem);
+    auto report = parseJsonReportFrom(path, file.text);
+    if (const auto* problem = std::get_if<std::string>(&report)) return badInput(*problem);
+    RunReport& parsed = std::get<RunReport>(report);
+
+    std::string target = outPath.value_or("");
+    if (!outPath) {
+        std::string stamp = isoTimestamp(parsed.startedAt);
+        stamp.erase(std::remove(stamp.begin(), stamp.end(), ':'), stamp.end());
+        target = "quarbel-run-" + stamp + ".html";
+    }
+    auto resolved = resolveReportTarget("--out", target);
+    if (const auto* problem = std::get_if<std::string>(&resolved)) return badInput(*problem);
+    const ReportTarget destination = std::get<ReportTarget>(std::move(resolved));
+
+    // The charts are painted, which needs a graphics application; no display is used.
+    int argc = 1;
+    char name[] = "quarbel";
+    char* argv[] = {name, nullptr};
+    const auto application =
+        QCoreApplication::instance() ? nullptr : session::makeApplication(argc, argv, true);
+    const std::string system = systemSection(parsed);
+    const std::string page =
+        embedReport(withSection(cards::exportHtml({{path, std::move(parsed)}}), system), file.text);
+
+    if (destination.standardOutput) {
+        std::fputs(page.c_str(), stdout);
+        return session::kExitOk;
+    }
+    const ReportWrite written = writeReportFile(destination, page);
+    if (!written.problem.empty()) {
+        std::fprintf(stderr, "quarbel: %s\n", written.problem.c_str());
+        if (!written.keptAt.empty()) std::remove(written.keptAt.c_str());
+        return session::kExitFailed;
+    }
+    std::printf("Shared page written to %s (report SHA-256 %s); 'quarbel import' takes it back\n",
+                target.c_str(), sha256Hex(file.text).c_str());
+    return session::kExitOk;
+}
+
+} // namespace quarbel::cli

@@ -1,0 +1,73 @@
+// A run handed over as one HTML page: readable without Quarbel, imported back byte for byte,
+// refused when its report was edited.
+#include "process.h"
+#include "sensors/fake_tree.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+using namespace quarbel;
+using quarbel::testing::FakeTree;
+
+namespace {
+
+const std::string kQuarbel = QUARBEL_BINARY;
+
+std::string readFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+} // namespace
+
+TEST(Share, APageCarriesItsReportBackByteForByteAndAnEditedOneIsRefused) {
+    FakeTree tree;
+    const std::vector<std::string> env{"XDG_DATA_HOME=" + tree.path("data"),
+                                       "XDG_RUNTIME_DIR=" + tree.root()};
+    const auto run = test::runProcess(
+        {kQuarbel, "run", "cpuInteger", "--quick", "--no-history", "--json", tree.path("run.json")}, env);
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    const std::string original = readFile(tree.path("run.json"));
+
+    const auto shared =
+        test::runProcess({kQuarbel, "share", tree.path("run.json"), "--out", tree.path("run.html")}, env);
+    ASSERT_EQ(shared.exitCode, 0) << shared.err;
+    const std::string page = readFile(tree.path("run.html"));
+    EXPECT_EQ(page.rfind("<!DOCTYPE html>", 0), 0u);
+    EXPECT_NE(page.find("CPU Single-Core"), std::string::npos) << "the tables read without Quarbel";
+    EXPECT_EQ(page.find("<script"), std::string::npos);
+
+    // Each page a copy of the first with one change: where it is decides whether the report
+    // is still the one that was shared.
+    const std::size_t inside = page.find("data-sha256=\"") + 100;
+    const struct {
+        const char* name;
+        std::string text;
+        int exitCode;
+        const char* says;
+    } pages[] = {
+        {"the report edited",
+         page.substr(0, inside) + (page[inside] == 'A' ? 'B' : 'A') + page.substr(inside + 1), 2,
+         "was altered after it was shared"},
+        {"no report", "<!DOCTYPE html><html><body>hello</body></html>", 2, "is not"},
+        {"the page as shared", page, 0, "imported as"},
+        {"the same page again", page, 0, "already in the history"},
+    };
+    for (const auto& p : pages) {
+        tree.write("copy.html", p.text);
+        const auto imported = test::runProcess({kQuarbel, "import", tree.path("copy.html")}, env);
+        EXPECT_EQ(imported.exitCode, p.exitCode) << p.name << ": " << imported.err;
+        EXPECT_NE((imported.out + imported.err).find(p.says), std::string::npos)
+            << p.name << ": " << imported.out << imported.err;
+    }
+    std::vector<std::filesystem::path> kept;
+    for (const auto& entry : std::filesystem::directory_iterator(tree.path("data/quarbel/runs")))
+        kept.push_back(entry.path());
+    ASSERT_EQ(kept.size(), 1u);
+    EXPECT_EQ(readFile(kept.front()), original) << "the history holds the report as it was written";
+}
