@@ -29,5 +29,5 @@ for id in ids:
     score = {k: [json.load(open(f"{folder}/{k}-{id}-{r}.json"))["results"][0]["score"]
                  for r in range(1, rounds + 1)] for k in ("on", "off")}
     on, off = statistics.median(score["on"]), statistics.median(score["off"])
-    print(f"{id}: trace on {on:.1f}, off {off:.1f}, on/off {on / off:.3f}")
+    print(f"{id}: trace on {on:.1f} {score['on']}, off {off:.1f} {score['off']}, on/off {on / off:.3f}")
 PY

@@ -110,6 +110,22 @@ std::vector<Column> columnsOf(const SensorTrace& trace) {
     clock(TraceLine::gpuClock, trace.gpuMHz, QStringLiteral("GPU clock"), nullptr, nullptr);
     add(TraceLine::otherCores, trace.otherCores, QStringLiteral("Other processes"), QStringLiteral("cores"),
         1);
+    // Each line gets a scale of its own, but never so narrow that a flicker of a reading's
+    // last digit fills the chart: power and core counts from zero, a core count over one core
+    // at least, temperatures over 10 degrees, clocks over a fifth of their top.
+    for (Column& c : columns) {
+        double floor = c.scaleLow, span = 0;
+        switch (c.line) {
+        case TraceLine::cpuPower:
+        case TraceLine::gpuPower: floor = 0; break;
+        case TraceLine::otherCores: floor = 0, span = 1; break;
+        case TraceLine::cpuTemperature: span = 10; break;
+        case TraceLine::coreClock:
+        case TraceLine::gpuClock: span = 0.2 * c.scaleHigh; break;
+        }
+        c.scaleLow = std::min(c.scaleLow, floor);
+        c.scaleHigh = std::max(c.scaleHigh, c.scaleLow + span);
+    }
     return columns;
 }
 
