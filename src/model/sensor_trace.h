@@ -19,6 +19,7 @@ struct SensorTrace {
     std::vector<float> coreMHzLow;  // the slowest core's
     std::vector<float> coreMHzHigh; // the fastest core's
     std::vector<float> cpuCelsius;  // the CPU package, or its hottest sensor
+    std::vector<float> coreCelsius; // the hottest core (or CCD), where cores have sensors
     std::vector<float> cpuWatts;    // CPU package power since the previous sample (RAPL)
     std::vector<float> gpuWatts;
     std::vector<float> gpuMHz; // graphics clock

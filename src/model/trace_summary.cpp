@@ -74,7 +74,8 @@ std::string traceSummary(const SensorTrace& trace) {
             false);
         if (from) causes.push_back("GPU power-limited from " + seconds(*from));
     }
-    const auto hottest = highestOf(trace.cpuCelsius);
+    auto hottest = highestOf(trace.cpuCelsius);
+    if (const auto core = highestOf(trace.coreCelsius)) hottest = std::max(hottest.value_or(*core), *core);
     const double hot = trace.criticalCelsius ? *trace.criticalCelsius - kHotMarginCelsius : kHotCelsius;
     const bool gpuThermal = std::any_of(trace.gpuThrottleReasons.begin(), trace.gpuThrottleReasons.end(),
                                         [](std::uint32_t r) { return (r & 0x60u) != 0; });

@@ -2,7 +2,9 @@
 
 #include "sensors/trace_recorder.h"
 
+#include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <utility>
 
@@ -20,12 +22,20 @@ using Column = std::vector<float> SensorTrace::*;
 constexpr std::pair<const char*, Column> kColumns[] = {
     {"seconds", &SensorTrace::seconds},       {"coreMHzMean", &SensorTrace::coreMHzMean},
     {"coreMHzLow", &SensorTrace::coreMHzLow}, {"coreMHzHigh", &SensorTrace::coreMHzHigh},
-    {"cpuCelsius", &SensorTrace::cpuCelsius}, {"cpuWatts", &SensorTrace::cpuWatts},
-    {"gpuWatts", &SensorTrace::gpuWatts},     {"gpuMHz", &SensorTrace::gpuMHz},
-    {"gpuCelsius", &SensorTrace::gpuCelsius}, {"otherCores", &SensorTrace::otherCores},
+    {"cpuCelsius", &SensorTrace::cpuCelsius}, {"coreCelsius", &SensorTrace::coreCelsius},
+    {"cpuWatts", &SensorTrace::cpuWatts},     {"gpuWatts", &SensorTrace::gpuWatts},
+    {"gpuMHz", &SensorTrace::gpuMHz},         {"gpuCelsius", &SensorTrace::gpuCelsius},
+    {"otherCores", &SensorTrace::otherCores},
 };
 
 constexpr char kHex[] = "0123456789abcdef";
+
+// The shortest decimal that reads back as `value`: 45.2, not the double 45.200000762939453.
+double shortest(float value) {
+    char text[32];
+    const auto end = std::to_chars(text, text + sizeof text, value).ptr;
+    return std::strtod(std::string(text, end).c_str(), nullptr);
+}
 
 ordered columnJson(const std::vector<float>& values) {
     float low = std::numeric_limits<float>::max(), high = std::numeric_limits<float>::lowest();
@@ -38,7 +48,7 @@ ordered columnJson(const std::vector<float>& values) {
         steps += kHex[step >> 4];
         steps += kHex[step & 15];
     }
-    return {{"low", low}, {"high", high}, {"steps", steps}};
+    return {{"low", shortest(low)}, {"high", shortest(high)}, {"steps", steps}};
 }
 
 int hexDigit(char c) {

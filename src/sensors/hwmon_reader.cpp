@@ -279,6 +279,25 @@ std::vector<std::string> sensorsAtCriticalTemperature(const std::string& hwmonRo
 HwmonTemperatureReader::HwmonTemperatureReader(SensorLocations locations)
     : locations_(std::move(locations)) {}
 
+std::optional<double> readHottestCore(const SensorChip& chip) {
+    std::optional<double> hottest;
+    for (std::size_t tier = 1; tier < chip.tiers.size(); ++tier)
+        for (const auto& input : chip.tiers[tier])
+            if (const auto value = readInput(chip, input); value && isPlausibleTemperature(*value))
+                keepHighest(hottest, *value);
+    return hottest;
+}
+
+std::optional<double> HwmonTemperatureReader::readHottestCpuCore() {
+    std::lock_guard lock(mutex_);
+    if (!plan_) return std::nullopt;
+    std::optional<double> hottest;
+    for (const auto& chip : plan_->chips)
+        if (chip.kind == SensorKind::cpu)
+            if (const auto value = readHottestCore(chip)) keepHighest(hottest, *value);
+    return hottest;
+}
+
 QLTemperatureReading HwmonTemperatureReader::read() {
     std::lock_guard lock(mutex_);
     const bool fresh = !plan_.has_value();

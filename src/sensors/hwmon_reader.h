@@ -89,10 +89,16 @@ std::vector<std::string> sensorsAtCriticalTemperature(const std::string& hwmonRo
 // values on each call. When a cached chip stops giving values (a driver reloaded, a
 // device gone) the call discovers again at once; when nothing was found, the next call
 // looks again. Safe from any thread; calls are serialised.
+// The hottest of a CPU chip's sensors after its preferred tier (its cores, or the CCDs under
+// Tctl), or nothing for a chip without them.
+std::optional<double> readHottestCore(const SensorChip& chip);
+
 class HwmonTemperatureReader {
   public:
     explicit HwmonTemperatureReader(SensorLocations locations = {});
     QLTemperatureReading read();
+    // The hottest core over the CPU chips found by read(); nothing before it found one.
+    std::optional<double> readHottestCpuCore();
 
   private:
     SensorLocations locations_;

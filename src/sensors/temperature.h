@@ -34,6 +34,10 @@ struct TemperatureSnapshot {
 TemperatureSnapshot makeTemperatureSnapshot(const QLTemperatureReading& reading,
                                             std::chrono::system_clock::time_point readAt);
 
+// The hottest CPU core (or CCD) that the machine's sensors report, after a
+// QuarbelReadTemperatures found them; nothing without per-core sensors.
+std::optional<double> readHottestCpuCoreTemperature();
+
 // "48 °C" for a present temperature, "Unavailable" for an absent one.
 std::string temperatureText(std::optional<double> celsius);
 

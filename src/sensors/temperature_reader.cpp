@@ -6,10 +6,20 @@
 // kernel driver reports a temperature, and NVML for NVIDIA GPUs, whose proprietary driver
 // has no hwmon chip.
 // The controller logic of smc_controller.h serves machines with an SMC transport.
-extern "C" QLTemperatureReading QuarbelReadTemperatures(void) {
+namespace {
+
+quarbel::HwmonTemperatureReader& systemReader() {
     // Never destroyed: a background read may still run while the process exits.
     static auto* const hwmon = new quarbel::HwmonTemperatureReader();
-    QLTemperatureReading reading = hwmon->read();
+    return *hwmon;
+}
+
+} // namespace
+
+std::optional<double> quarbel::readHottestCpuCoreTemperature() { return systemReader().readHottestCpuCore(); }
+
+extern "C" QLTemperatureReading QuarbelReadTemperatures(void) {
+    QLTemperatureReading reading = systemReader().read();
     if (const auto nvidia = quarbel::NvmlTemperatureSource::system().hottestGpu()) {
         if (reading.hasGPU == 0 || *nvidia > reading.gpu) {
             reading.gpu = *nvidia;

@@ -121,8 +121,8 @@ SensorTrace compactTrace(const SensorTrace& trace) {
     const std::size_t points = std::min(trace.seconds.size(), kMostTracePoints);
     for (std::vector<float>* c :
          {&compact.seconds, &compact.coreMHzMean, &compact.coreMHzLow, &compact.coreMHzHigh,
-          &compact.cpuCelsius, &compact.cpuWatts, &compact.gpuWatts, &compact.gpuMHz, &compact.gpuCelsius,
-          &compact.otherCores})
+          &compact.cpuCelsius, &compact.coreCelsius, &compact.cpuWatts, &compact.gpuWatts, &compact.gpuMHz,
+          &compact.gpuCelsius, &compact.otherCores})
         *c = quantized(bucketed(*c, points));
     // Flags keep the highest of their span: a throttled moment is not averaged away.
     const auto flags = [points](const auto& values) {
@@ -158,6 +158,7 @@ TracedPass assembleTrace(const std::vector<SensorSample>& samples, const SensorF
         return s.clocks ? std::optional(s.clocks->highMHz) : std::nullopt;
     });
     trace.cpuCelsius = column(samples, [](const SensorSample& s) { return s.cpuCelsius; });
+    trace.coreCelsius = column(samples, [](const SensorSample& s) { return s.coreCelsius; });
     trace.cpuWatts = wattsFromJoules(samples, packageJoules);
     trace.gpuWatts =
         column(samples, [](const SensorSample& s) { return s.gpu ? s.gpu->watts : std::nullopt; });
@@ -265,6 +266,7 @@ SensorSample MachineSensors::sample(double seconds) {
     if (locations_.sysRoot == ConditionLocations{}.sysRoot) {
         const QLTemperatureReading reading = QuarbelReadTemperatures();
         if (reading.hasCPU != 0) sample.cpuCelsius = reading.cpu;
+        sample.coreCelsius = readHottestCpuCoreTemperature();
     }
     sample.throttleCount = readThermalThrottleCount(locations_);
     sample.ticks = readCpuTickSample(locations_);

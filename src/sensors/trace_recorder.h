@@ -25,6 +25,7 @@ struct SensorSample {
     std::optional<BatteryReading> battery;
     std::optional<CoreClocks> clocks;
     std::optional<double> cpuCelsius;
+    std::optional<double> coreCelsius; // the hottest core
     std::optional<std::uint64_t> throttleCount;
     std::optional<CpuTickSample> ticks;
 };
@@ -46,7 +47,7 @@ struct TracedPass {
 };
 
 // The trace has at most this many points; longer recordings are averaged into as many.
-inline constexpr std::size_t kMostTracePoints = 48;
+inline constexpr std::size_t kMostTracePoints = 32;
 
 // The trace, the energy and the missing domains from samples in time order.
 TracedPass assembleTrace(const std::vector<SensorSample>& samples, const SensorFacts& facts);

@@ -91,6 +91,12 @@ TEST(HwmonReader, SeveralChipsPickThePackageSensorAndIgnoreOtherDevices) {
     EXPECT_EQ(reading.cpu, 55.0);
     EXPECT_EQ(reading.hasGPU, 1);
     EXPECT_EQ(reading.gpu, 48.0);
+    // The trace's hottest core is read beside the package, from the cores alone.
+    std::optional<double> hottest;
+    for (const SensorChip& chip : discoverSensors(locationsIn(tree)).chips)
+        if (const auto core = readHottestCore(chip); core && chip.kind == SensorKind::cpu)
+            hottest = std::max(hottest.value_or(*core), *core);
+    EXPECT_EQ(hottest, 62.0);
 }
 
 TEST(HwmonReader, ImplausibleOrUnreadableValuesAreSkipped) {
