@@ -112,6 +112,10 @@ echo "quarbel group and powercap udev rule: present"
 step "quarbel list"
 quarbel list
 
+step "quarbel reference"
+quarbel reference | tee /dev/stderr | grep -q '^h100-xeon16 ' ||
+  { echo "check-deb: the installed reference results are not found" >&2; exit 1; }
+
 step "quarbel run cpuInteger --quick --no-history"
 quarbel run cpuInteger --quick --no-history
 
