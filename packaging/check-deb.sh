@@ -113,7 +113,9 @@ step "quarbel list"
 quarbel list
 
 step "quarbel reference"
-quarbel reference | tee /dev/stderr | grep -q '^h100-xeon16 ' ||
+references="$(quarbel reference)"
+echo "$references"
+grep -q '^h100-xeon16 ' <<<"$references" ||
   { echo "check-deb: the installed reference results are not found" >&2; exit 1; }
 
 step "quarbel run cpuInteger --quick --no-history"
