@@ -2,6 +2,7 @@
 
 #include "model/outcome.h"
 #include "results/json_report.h"
+#include "results/reference_results.h"
 #include "results/regular_file.h"
 #include "results/report_file.h"
 #include "results/run_comparison.h"
@@ -310,6 +311,18 @@ void HistoryView::reload() {
     for (const SavedRun& run : history_.runs)
         baseline_->addItem(startedText(run) + QStringLiteral(" \u00B7 ") + benchmarksText(run) +
                            QStringLiteral(" \u00B7 ") + outcomeText(run));
+    // Known machines after this one's own runs: placing a run among them needs no network.
+    references_.clear();
+    for (const ReferenceReport& reference : referenceReports()) {
+        std::string problem;
+        auto run = readSavedRun(reference.path, &problem);
+        if (!run) continue;
+        const std::string gpu = referenceGpu(reference.path);
+        baseline_->addItem(tr("Reference: %1 \u00B7 %2%3")
+                               .arg(q(reference.name), q(run->machine),
+                                    gpu.empty() ? QString() : QStringLiteral(" \u00B7 ") + q(gpu)));
+        references_.push_back(std::move(*run));
+    }
     baseline_->blockSignals(false);
     selected_ = -1;
     selectRun(history_.runs.empty() ? -1 : row);
@@ -372,8 +385,10 @@ void HistoryView::showComparison() {
         comparison_->setTable({{}, {}, {}, {}, none});
         return;
     }
-    comparison_->setTable(
-        comparisonTable(history_.runs[std::size_t(before)], history_.runs[std::size_t(selected_)]));
+    const std::size_t chosen = std::size_t(before);
+    const SavedRun& baseline =
+        chosen < history_.runs.size() ? history_.runs[chosen] : references_.at(chosen - history_.runs.size());
+    comparison_->setTable(comparisonTable(baseline, history_.runs[std::size_t(selected_)]));
 }
 
 void HistoryView::showPage(int page) {

@@ -88,6 +88,8 @@ class HistoryView : public QWidget {
 
     std::string directory_;
     HistoryListing history_;
+    // The shipped results of known machines, offered after the history's runs as baselines.
+    std::vector<SavedRun> references_;
     int selected_ = -1;
     bool userChoseRun_ = false;
     std::string selectedText_; // the selected run's report as kept

@@ -9,6 +9,7 @@
 #include "cli/share_command.h"
 #include "model/number_format.h"
 #include "results/learned_floors.h"
+#include "results/reference_results.h"
 #include "results/report_file.h"
 #include "results/run_comparison.h"
 #include "results/store_report.h"
@@ -448,7 +449,7 @@ static int runCommandLine(int argc, char** argv) {
             compareJunitTarget = std::get<ReportTarget>(std::move(target));
         }
         for (const auto& name : comparedReferences) {
-            const cli::ReferenceLookup found = cli::findReference(name);
+            const ReferenceLookup found = findReference(name);
             if (!found.problem.empty()) {
                 std::fprintf(stderr, "quarbel: %s\n", found.problem.c_str());
                 return session::kExitBadInput;

@@ -110,6 +110,14 @@ TEST(RunHistoryWindow, ComparesTheNewestCompleteRunWithTheNewestEarlierOneThatSh
     runs.run({BenchmarkID::cpuInteger}, 300);
     view.reload();
     EXPECT_TRUE(view.runList()->currentItem()->text().contains("Memory Stream"));
+
+    // The shipped results of known machines follow the history's own runs as baselines.
+    ASSERT_GT(view.baselineChooser()->count(), view.runList()->count());
+    view.baselineChooser()->setCurrentIndex(view.runList()->count());
+    EXPECT_TRUE(view.baselineChooser()->currentText().startsWith("Reference: devvm-epyc2"))
+        << view.baselineChooser()->currentText().toStdString();
+    ASSERT_EQ(view.comparison()->table().rows.size(), 1u) << "the benchmark the two have in common";
+    EXPECT_NE(view.comparison()->table().rows[0].verdict, Verdict::withinNoise) << "50 points against thousands";
 }
 
 TEST(RunHistoryWindow, ChangesAreInPercentAndRunsAreNamedByTheirBenchmarks) {

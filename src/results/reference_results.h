@@ -1,0 +1,31 @@
+// The reference results that ship with Quarbel: full-suite reports of known machines, which
+// `quarbel reference` lists and a run can be compared with, on the command line and in the
+// window's Run History.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace quarbel {
+
+// $QUARBEL_REFERENCE_DIR when set; else share/quarbel/reference beside the installed program;
+// else the folder of the source tree this program was built from.
+std::string referenceDirectory();
+
+struct ReferenceReport {
+    std::string name; // the file name without ".json"
+    std::string path;
+};
+std::vector<ReferenceReport> referenceReports(); // by name
+
+// The report that `name` names, or a problem listing the names there are.
+struct ReferenceLookup {
+    std::string path;
+    std::string problem;
+};
+ReferenceLookup findReference(const std::string& name);
+
+// The GPU a report's machine names; empty when it names none.
+std::string referenceGpu(const std::string& path);
+
+} // namespace quarbel
