@@ -26,7 +26,7 @@ struct ResultStatistics {
     std::vector<double> passScores;             // in run order, when several passes were combined
     std::optional<Interference> interference;
     std::optional<double> frequencyDropPercent;
-    bool noisy = false; // interference above the thresholds: "(noisy machine)"
+    bool noisy = false;                 // interference above the thresholds: "(noisy machine)"
     SensorTrace trace;                  // of the pass whose outcome is kept
     ResultEnergy energy;                // of that pass
     std::string traceSummary;           // "steady", "thermal: 97 °C, clocks −18 %", ...

@@ -25,9 +25,9 @@ RunReport reportFromStore(const BenchmarkStore& store, ReportFrame frame) {
         entry.accuracyMode = end.accuracyMode;
         entry.stabilityPercent = end.stabilityPercent;
         entry.spreadPercent = end.spreadPercent;
-        entry.statistics = {end.passes, end.uncertainty, end.withinRun,    end.noiseFloor,
-                            end.slices, end.passScores,  end.interference, end.frequencyDropPercent,
-                            end.noisy,  end.trace,       end.energy,       end.traceSummary,
+        entry.statistics = {end.passes,      end.uncertainty, end.withinRun,    end.noiseFloor,
+                            end.slices,      end.passScores,  end.interference, end.frequencyDropPercent,
+                            end.noisy,       end.trace,       end.energy,       end.traceSummary,
                             end.startCelsius};
     }
     const RunCondition& condition = store.runCondition();

@@ -117,7 +117,8 @@ TEST(RunHistoryWindow, ComparesTheNewestCompleteRunWithTheNewestEarlierOneThatSh
     EXPECT_TRUE(view.baselineChooser()->currentText().startsWith("Reference: devvm-epyc2"))
         << view.baselineChooser()->currentText().toStdString();
     ASSERT_EQ(view.comparison()->table().rows.size(), 1u) << "the benchmark the two have in common";
-    EXPECT_NE(view.comparison()->table().rows[0].verdict, Verdict::withinNoise) << "50 points against thousands";
+    EXPECT_NE(view.comparison()->table().rows[0].verdict, Verdict::withinNoise)
+        << "50 points against thousands";
 }
 
 TEST(RunHistoryWindow, ChangesAreInPercentAndRunsAreNamedByTheirBenchmarks) {

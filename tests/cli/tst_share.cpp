@@ -6,8 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
 using namespace quarbel;
 using quarbel::testing::FakeTree;
@@ -15,13 +13,6 @@ using quarbel::testing::FakeTree;
 namespace {
 
 const std::string kQuarbel = QUARBEL_BINARY;
-
-std::string readFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
 
 } // namespace
 
@@ -32,12 +23,12 @@ TEST(Share, APageCarriesItsReportBackByteForByteAndAnEditedOneIsRefused) {
     const auto run = test::runProcess(
         {kQuarbel, "run", "cpuInteger", "--quick", "--no-history", "--json", tree.path("run.json")}, env);
     ASSERT_EQ(run.exitCode, 0) << run.err;
-    const std::string original = readFile(tree.path("run.json"));
+    const std::string original = tree.read("run.json");
 
     const auto shared =
         test::runProcess({kQuarbel, "share", tree.path("run.json"), "--out", tree.path("run.html")}, env);
     ASSERT_EQ(shared.exitCode, 0) << shared.err;
-    const std::string page = readFile(tree.path("run.html"));
+    const std::string page = tree.read("run.html");
     EXPECT_EQ(page.rfind("<!DOCTYPE html>", 0), 0u);
     EXPECT_NE(page.find("CPU Single-Core"), std::string::npos) << "the tables read without Quarbel";
     EXPECT_EQ(page.find("<script"), std::string::npos);
@@ -69,5 +60,6 @@ TEST(Share, APageCarriesItsReportBackByteForByteAndAnEditedOneIsRefused) {
     for (const auto& entry : std::filesystem::directory_iterator(tree.path("data/quarbel/runs")))
         kept.push_back(entry.path());
     ASSERT_EQ(kept.size(), 1u);
-    EXPECT_EQ(readFile(kept.front()), original) << "the history holds the report as it was written";
+    EXPECT_EQ(tree.read("data/quarbel/runs/" + kept.front().filename().string()), original)
+        << "the history holds the report as it was written";
 }

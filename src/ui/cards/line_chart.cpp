@@ -100,13 +100,17 @@ void paintLabels(QPainter& painter, const QRectF& box, const QRectF& plot, const
 
 } // namespace
 
-void paintLineChart(QPainter& painter, const QRectF& box, const LineChart& chart,
-                    const ChartPalette& palette) {
-    painter.save();
+void paintChartPanel(QPainter& painter, const QRectF& box, const ChartPalette& palette) {
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
     painter.setBrush(palette.panel);
     painter.drawRoundedRect(box, palette.radius, palette.radius);
+}
+
+void paintLineChart(QPainter& painter, const QRectF& box, const LineChart& chart,
+                    const ChartPalette& palette) {
+    painter.save();
+    paintChartPanel(painter, box, palette);
     painter.setFont(palette.font(13, QFont::DemiBold));
     painter.setPen(palette.text);
     const QRectF titleBox = box.adjusted(12, 8, -12, 0);

@@ -60,6 +60,9 @@ struct LineChart {
 // The chart on a rounded panel filling `box`: its title, the highest and lowest values of
 // its range at the left, the points, and their labels along the bottom when they have any.
 // Leaves the painter as it found it.
+// The rounded panel every chart stands on; leaves antialiasing on.
+void paintChartPanel(QPainter& painter, const QRectF& box, const ChartPalette& palette);
+
 void paintLineChart(QPainter& painter, const QRectF& box, const LineChart& chart,
                     const ChartPalette& palette);
 

@@ -218,10 +218,7 @@ std::vector<QString> traceLegend(const SensorTrace& trace) {
 void paintTraceChart(QPainter& painter, const QRectF& box, const SensorTrace& trace,
                      const ChartPalette& palette) {
     painter.save();
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(palette.panel);
-    painter.drawRoundedRect(box, palette.radius, palette.radius);
+    paintChartPanel(painter, box, palette);
     const std::vector<Column> columns = columnsOf(trace);
     const auto times = extent(&trace.seconds, trace.seconds.size());
     if (columns.empty() || !times) {
