@@ -21,7 +21,9 @@ PACKAGES=(
   libvulkan-dev libshaderc-dev glslang-tools mesa-vulkan-drivers
   ocl-icd-opencl-dev opencl-headers pocl-opencl-icd
   hyperfine fio clpeak
+  qt6-tools-dev qt6-l10n-tools
   xvfb xauth xdotool desktop-file-utils appstream
+  python3-pyatspi at-spi2-core dbus
   dpkg-dev groff-base lintian
 )
 

@@ -318,9 +318,14 @@ void HistoryView::reload() {
         auto run = readSavedRun(reference.path, &problem);
         if (!run) continue;
         const std::string gpu = referenceGpu(reference.path);
-        baseline_->addItem(tr("Reference: %1 \u00B7 %2%3")
-                               .arg(q(reference.name), q(run->machine),
-                                    gpu.empty() ? QString() : QStringLiteral(" \u00B7 ") + q(gpu)));
+        // A reference from another version says so, and is judged only where that version
+        // scores alike.
+        const bool otherVersion = run->version != QUARBEL_VERSION;
+        baseline_->addItem(
+            tr("Reference: %1 \u00B7 %2%3%4")
+                .arg(q(reference.name), q(run->machine),
+                     gpu.empty() ? QString() : QStringLiteral(" \u00B7 ") + q(gpu),
+                     otherVersion ? tr(" \u00B7 Quarbel %1").arg(q(run->version)) : QString()));
         references_.push_back(std::move(*run));
     }
     baseline_->blockSignals(false);

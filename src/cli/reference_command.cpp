@@ -29,9 +29,12 @@ int referenceCommand(bool asJson) {
                         {"machine", machine},
                         {"globalScore", run->globalScore},
                         {"version", run->version},
+                        {"sameVersion", run->version == QUARBEL_VERSION},
                         {"startedAt", run->startedAt}});
+        const std::string note = otherVersionNote(run->version);
         text += report.name + "  " + machine + "  " + scoreText(run->globalScore) + " pts  Quarbel " +
-                run->version + "  " + run->startedAt.substr(0, 10) + "\n";
+                run->version + "  " + run->startedAt.substr(0, 10) +
+                (note.empty() ? "" : "  (" + note + ")") + "\n";
     }
     if (reports.empty()) {
         std::fprintf(stderr, "quarbel: no reference results were found in %s\n",

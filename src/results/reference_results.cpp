@@ -46,6 +46,12 @@ ReferenceLookup findReference(const std::string& name) {
                 " (see 'quarbel reference')"};
 }
 
+std::string otherVersionNote(const std::string& reportVersion) {
+    if (reportVersion == QUARBEL_VERSION) return {};
+    return "from Quarbel " + (reportVersion.empty() ? std::string("(unknown version)") : reportVersion) +
+           ": judged only where that version scores alike";
+}
+
 std::string referenceGpu(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     const auto document = nlohmann::json::parse(in, nullptr, false);

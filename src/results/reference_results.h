@@ -25,6 +25,10 @@ struct ReferenceLookup {
 };
 ReferenceLookup findReference(const std::string& name);
 
+// Empty for a report of this Quarbel version; else how it is marked wherever it is offered:
+// "from Quarbel 0.0.9: judged only where that version scores alike".
+std::string otherVersionNote(const std::string& reportVersion);
+
 // The GPU a report's machine names; empty when it names none.
 std::string referenceGpu(const std::string& path);
 

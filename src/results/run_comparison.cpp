@@ -2,6 +2,7 @@
 
 #include "model/catalogue.h"
 #include "model/outcome.h"
+#include "model/scoring_versions.h"
 #include "results/run_report.h"
 
 #include <nlohmann/json.hpp>
@@ -233,10 +234,13 @@ std::variant<SavedRun, std::string> resolveSavedRun(const std::string& argument,
 RunComparison compareRuns(const SavedRun& before, const SavedRun& after) {
     RunComparison comparison;
     if (before.version != after.version)
-        comparison.warnings.push_back("The runs come from different Quarbel versions (" +
-                                      (before.version.empty() ? "unknown" : before.version) + " and " +
-                                      (after.version.empty() ? "unknown" : after.version) +
-                                      "); their scores may not be comparable.");
+        comparison.warnings.push_back(
+            "The runs come from different Quarbel versions (" +
+            (before.version.empty() ? "unknown" : before.version) + " and " +
+            (after.version.empty() ? "unknown" : after.version) +
+            (before.version.empty() || after.version.empty()
+                 ? "); their scores may not be comparable."
+                 : "); only the benchmarks that both versions score alike are judged."));
     if (before.quick != after.quick)
         comparison.warnings.push_back("One run is quick and the other full; quick runs measure a tenth of "
                                       "the time and score differently.");
@@ -271,7 +275,9 @@ RunComparison compareRuns(const SavedRun& before, const SavedRun& after) {
         pair.noisyBefore = first.statistics.noisy;
         pair.noisyAfter = second->statistics.noisy;
         ComparedScore compared = compareScores(pair);
-        const std::string notJudged = notJudgedReason(first, *second);
+        std::string notJudged = notJudgedReason(first, *second);
+        if (pair.id && scoredAlike(*pair.id, before.version, after.version) == false)
+            notJudged = "Quarbel " + before.version + " and " + after.version + " score it differently";
         if (!notJudged.empty()) compared.verdict = Verdict::inconclusive;
         if (compared.ratio && compared.method == ComparisonMethod::noiseBand) byBand.push_back(first.title);
         comparison.rows.push_back(

@@ -526,6 +526,24 @@ TEST(RunHistory, EfficiencyIsJudgedFromEachRunsOwnPowerSamples) {
               std::string::npos);
 }
 
+TEST(History, RunsOfVersionsThatScoreABenchmarkDifferentlyAreNotJudgedOnIt) {
+    const auto run = [](const char* version, double score) {
+        SavedRun r;
+        r.version = version;
+        r.results.push_back({"cpuInteger", "CPU Single-Core", "ok", score, std::nullopt, {}});
+        return r;
+    };
+    const RunComparison across = compareRuns(run("0.0.9", 1000), run("0.1.0", 2000));
+    ASSERT_EQ(across.rows.size(), 1u);
+    EXPECT_EQ(across.rows[0].compared.verdict, Verdict::inconclusive);
+    EXPECT_EQ(across.rows[0].notJudged, "Quarbel 0.0.9 and 0.1.0 score it differently");
+    EXPECT_NE(across.warnings[0].find("only the benchmarks that both versions score alike are judged"),
+              std::string::npos);
+    const RunComparison alike = compareRuns(run("0.1.0", 1000), run("0.2.0", 2000));
+    EXPECT_EQ(alike.rows[0].notJudged, "");
+    EXPECT_EQ(alike.rows[0].compared.verdict, Verdict::faster);
+}
+
 TEST(LearnedFloors, ComeFromQuietCompletedRunsOfThisMachineVersionModeAndLength) {
     HistoryListing history;
     const auto run = [](const char* machine, const char* version, const char* mode, bool quick, double score,

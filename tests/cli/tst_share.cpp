@@ -1,11 +1,13 @@
-// A run handed over as one HTML page: readable without Quarbel, imported back byte for byte,
-// refused when its report was edited.
+// A run among others: the shipped reference results, and a run handed over as one HTML page,
+// readable without Quarbel, imported back byte for byte, refused when its report was edited.
 #include "process.h"
 #include "sensors/fake_tree.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 
 using namespace quarbel;
 using quarbel::testing::FakeTree;
@@ -62,4 +64,45 @@ TEST(Share, APageCarriesItsReportBackByteForByteAndAnEditedOneIsRefused) {
     ASSERT_EQ(kept.size(), 1u);
     EXPECT_EQ(tree.read("data/quarbel/runs/" + kept.front().filename().string()), original)
         << "the history holds the report as it was written";
+}
+
+TEST(Reference, ShippedRunsAreListedComparedAndMarkedWhenFromAnotherVersion) {
+    FakeTree tree;
+    std::ifstream shipped(QUARBEL_SOURCE_REFERENCE_DIR "/devvm-epyc2.json");
+    std::stringstream text;
+    text << shipped.rdbuf();
+    std::string report = text.str();
+    ASSERT_FALSE(report.empty());
+    tree.write("refs/this-version.json", report);
+    const std::string versionField = "\"version\": \"" QUARBEL_VERSION "\"";
+    ASSERT_NE(report.find(versionField), std::string::npos);
+    report.replace(report.find(versionField), versionField.size(), "\"version\": \"0.0.9\"");
+    tree.write("refs/older.json", report);
+    const std::vector<std::string> env{"QUARBEL_REFERENCE_DIR=" + tree.path("refs"),
+                                       "XDG_DATA_HOME=" + tree.path("data")};
+
+    const auto listed = test::runProcess({kQuarbel, "reference"}, env);
+    ASSERT_EQ(listed.exitCode, 0) << listed.err;
+    EXPECT_EQ(listed.out.find("older  "), 0u) << listed.out;
+    EXPECT_NE(listed.out.find("(from Quarbel 0.0.9: judged only where that version scores alike)"),
+              std::string::npos);
+    EXPECT_NE(listed.out.find("\nthis-version  "), std::string::npos);
+    EXPECT_EQ(listed.out.find("judged only", listed.out.find("this-version")), std::string::npos);
+
+    const struct {
+        const char* reference;
+        int exitCode;
+        const char* says;
+    } comparisons[] = {
+        {"this-version", 0, "within noise"},
+        {"older", 0, "Quarbel " QUARBEL_VERSION " and 0.0.9 score it differently"},
+        {"missing", 2, "no reference named 'missing'; there are older, this-version"},
+    };
+    for (const auto& c : comparisons) {
+        const auto compared = test::runProcess(
+            {kQuarbel, "compare", tree.path("refs/this-version.json"), "--reference", c.reference}, env);
+        EXPECT_EQ(compared.exitCode, c.exitCode) << c.reference << ": " << compared.err;
+        EXPECT_NE((compared.out + compared.err).find(c.says), std::string::npos)
+            << c.reference << ": " << compared.out << compared.err;
+    }
 }

@@ -1,4 +1,5 @@
 #include "model/catalogue.h"
+#include "model/scoring_versions.h"
 
 #include <gtest/gtest.h>
 
@@ -63,4 +64,20 @@ TEST(Catalogue, TargetsAndTitlesFollowTheTable) {
     EXPECT_EQ(title(BenchmarkID::cpuCrypto), "CPU Workflow");
     EXPECT_EQ(categoryTitle(BenchmarkCategory::storage), "SSD");
     EXPECT_EQ(categoryColor(BenchmarkCategory::raw), (CategoryColor{0.8, 0.48, 0.94}));
+}
+
+TEST(Catalogue, VersionsOnOneSideOfABenchmarksLastChangeScoreItAlike) {
+    const auto id = BenchmarkID::cpuInteger;
+    ASSERT_EQ(scoredAlikeSince(id), "0.1.0");
+    struct Case {
+        const char* a;
+        const char* b;
+        std::optional<bool> alike;
+    };
+    for (const Case& c :
+         {Case{"0.1.0", "0.1.0", true}, Case{"0.1.0", "0.12.3", true}, Case{"0.1.0-rc1", "2.0.0", true},
+          Case{"0.0.9", "0.1.0", false}, Case{"0.1.0", "0.0.10", false}, Case{"0.0.1", "0.0.9", true},
+          Case{"", "0.1.0", std::nullopt}, Case{"1.0", "0.1.0", std::nullopt},
+          Case{"0.1.x", "0.1.0", std::nullopt}})
+        EXPECT_EQ(scoredAlike(id, c.a, c.b), c.alike) << c.a << " / " << c.b;
 }
