@@ -333,6 +333,18 @@ void HistoryView::reload() {
     selectRun(history_.runs.empty() ? -1 : row);
 }
 
+void HistoryView::compareNewestWith(const std::string& referenceName) {
+    if (history_.runs.empty()) return;
+    list_->setCurrentRow(0);
+    if (!referenceName.empty()) {
+        const std::string path = findReference(referenceName).path;
+        for (std::size_t i = 0; i < references_.size(); ++i)
+            if (!path.empty() && references_[i].path == path)
+                baseline_->setCurrentIndex(int(history_.runs.size() + i));
+    }
+    showPage(0);
+}
+
 void HistoryView::selectRun(int row) {
     const int previousSelection = selected_;
     selected_ = row;
@@ -526,6 +538,11 @@ HistoryWindowController::HistoryWindowController(std::string directory)
 
 void HistoryWindowController::reload() {
     if (auto* view = qobject_cast<HistoryView*>(window()); view && view->isVisible()) view->reload();
+}
+
+void HistoryWindowController::compareNewestWith(const std::string& referenceName) {
+    showWindow();
+    if (auto* view = qobject_cast<HistoryView*>(window())) view->compareNewestWith(referenceName);
 }
 
 } // namespace quarbel::app

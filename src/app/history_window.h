@@ -52,6 +52,9 @@ class HistoryView : public QWidget {
 
     // Reads the folder again, keeping a run the user selected where it can.
     void reload();
+    // Selects the newest run and compares it with the shipped reference `referenceName`, or
+    // with its default baseline when the name is empty.
+    void compareNewestWith(const std::string& referenceName);
 
     QListWidget* runList() const { return list_; }
     QComboBox* baselineChooser() const { return baseline_; }
@@ -116,6 +119,8 @@ class HistoryWindowController : public SharedWindowController {
     explicit HistoryWindowController(std::string directory);
     // Reloads an open window, e.g. after a run was kept.
     void reload();
+    // Shows the window comparing the newest run (see HistoryView::compareNewestWith).
+    void compareNewestWith(const std::string& referenceName);
 };
 
 } // namespace quarbel::app

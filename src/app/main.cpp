@@ -13,6 +13,7 @@
 #include "app/main_window_placement.h"
 #include "app/other_runs_question.h"
 #include "app/run_history_recorder.h"
+#include "app/summary_actions.h"
 #include "results/learned_floors.h"
 #include "results/run_history.h"
 #include "results/store_report.h"
@@ -81,6 +82,7 @@ int main(int argc, char** argv) {
     app::DesktopWindowPresenter presenter;
     BenchmarkStore store(StoreServices::standard(), &presenter);
     presenter.observe(store);
+    ui::installAccessibility(store); // before the views, whose interfaces read the store
     ui::MainWindow window(store);
     presenter.setMainWindow(&window);
     new ui::ResultCardSaver(store, window); // the Save Result Card buttons; owned by the window
@@ -100,6 +102,7 @@ int main(int argc, char** argv) {
         learnFloors();
     });
     app::QuarbelAppDelegate delegate(store);
+    app::SummaryActions summaryActions(store, *window.summaryPanel(), historyRecorder, history);
     app::UserFrameSettings frameSettings;
     new app::QuarbelCommands(*window.menuBar(), store,
                              {[&] { about.showWindow(); }, [&] { help.showWindow(); },

@@ -1,7 +1,6 @@
 #include "cli/share_command.h"
 
 #include "results/json_report.h"
-#include "results/markup_text.h"
 #include "results/regular_file.h"
 #include "results/report_file.h"
 #include "results/run_comparison.h"
@@ -9,7 +8,7 @@
 #include "results/shared_report.h"
 #include "session/card_writer.h"
 #include "session/run_session.h"
-#include "ui/cards/html_export.h"
+#include "ui/cards/shared_page.h"
 
 #include <QCoreApplication>
 
@@ -22,28 +21,6 @@ namespace {
 int badInput(const std::string& problem) {
     std::fprintf(stderr, "quarbel: %s\n", problem.c_str());
     return session::kExitBadInput;
-}
-
-// The machine the run was made on: its system facts and manifest, as a table for the page.
-std::string systemSection(const RunReport& report) {
-    std::string rows;
-    const auto row = [&rows](const std::string& label, const std::string& value) {
-        if (!value.empty())
-            rows += "<tr><th>" + escapedMarkup(label) + "</th><td>" + escapedMarkup(value) + "</td></tr>\n";
-    };
-    for (const auto& [label, value] : report.system)
-        row(label, value);
-    for (const ManifestField& field : report.manifest)
-        row(field.label, field.value);
-    if (rows.empty()) return {};
-    return "<h2>System</h2>\n<table>\n" + rows + "</table>\n";
-}
-
-std::string withSection(std::string page, const std::string& section) {
-    const auto at = page.rfind("<p class=\"note\">Made by");
-    const auto body = page.rfind("</body>");
-    page.insert(at != std::string::npos ? at : body != std::string::npos ? body : page.size(), section);
-    return page;
 }
 
 } // namespace
@@ -81,9 +58,7 @@ int shareCommand(const std::string& run, const std::optional<std::string>& outPa
     char* argv[] = {name, nullptr};
     const auto application =
         QCoreApplication::instance() ? nullptr : session::makeApplication(argc, argv, true);
-    const std::string system = systemSection(parsed);
-    const std::string page =
-        embedReport(withSection(cards::exportHtml({{path, std::move(parsed)}}), system), file.text);
+    const std::string page = cards::sharedPage(path, file.text, std::move(parsed));
 
     if (destination.standardOutput) {
         std::fputs(page.c_str(), stdout);

@@ -1,12 +1,16 @@
 // The run history window over runs the window itself kept: which runs it compares by
-// default, how it names them, a past run opened read-only and its cards and report saved.
+// default, how it names them, a past run opened read-only and its cards and report saved;
+// and the summary's buttons that compare the kept run and share it.
 #include "app/history_window.h"
 #include "app/run_history_recorder.h"
+#include "app/summary_actions.h"
 #include "fake_workloads.h"
+#include "results/shared_report.h"
 #include "run/benchmark_store.h"
 #include "sensors/fake_tree.h"
 #include "support/event_loop.h"
 #include "ui/cards/result_card_exporter.h"
+#include "ui/views/summary_panel.h"
 
 #include <gtest/gtest.h>
 
@@ -14,6 +18,7 @@
 #include <QDateTime>
 #include <QDir>
 #include <QListWidget>
+#include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStandardItemModel>
@@ -50,6 +55,8 @@ struct KeptRuns {
     BenchmarkStore store{fakes.services()};
     RunHistoryRecorder recorder;
 };
+
+QString q(const std::string& text) { return QString::fromStdString(text); }
 
 std::string contentsOf(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
@@ -251,4 +258,47 @@ TEST(RunHistoryWindow, TheTrendFollowsEachBenchmarkOverRunsOfTheSameLength) {
     EXPECT_TRUE(older[0].selected && older[0].score == 110 && older[1].score == 120)
         << "an older run's trend is drawn around it";
     EXPECT_EQ(trendSeries(runs, 1)[0].points.size(), 1u) << "a quick run's trend has only quick runs";
+}
+
+TEST(RunHistoryWindow, TheSummaryComparesTheKeptRunWithAKnownMachineAndSharesItAsOnePage) {
+    FakeTree tree;
+    const std::string directory = tree.path("runs");
+    KeptRuns runs(directory);
+    ui::SummaryPanel panel(runs.store);
+    HistoryWindowController history(directory);
+    SummaryActions actions(runs.store, panel, runs.recorder, history);
+    EXPECT_FALSE(panel.shareButton()->isEnabled()) << "nothing kept yet";
+    EXPECT_FALSE(actions.share(q(tree.path("early.html"))));
+
+    QString keptPath;
+    QObject::connect(&runs.recorder, &RunHistoryRecorder::runKept,
+                     [&](const QString& path) { keptPath = path; });
+    runs.run({BenchmarkID::cpuInteger}, 100);
+    ASSERT_FALSE(keptPath.isEmpty());
+    EXPECT_TRUE(panel.compareButton()->isEnabled());
+    EXPECT_TRUE(panel.shareButton()->isEnabled());
+
+    // The page carries the kept report byte for byte; a folder is not a page to write.
+    ASSERT_TRUE(actions.share(q(tree.path("run.html"))));
+    const SharedReport shared = embeddedReport(contentsOf(tree.path("run.html")));
+    EXPECT_EQ(shared.problem, "");
+    EXPECT_EQ(shared.report, contentsOf(keptPath.toStdString()));
+    EXPECT_FALSE(actions.share(q(directory)));
+    EXPECT_TRUE(runs.store.logLines().last().contains(QStringLiteral("Run not shared: the page ")))
+        << qPrintable(runs.store.logLines().last());
+
+    // Each shipped machine is offered; choosing one opens the history comparing with it.
+    Q_EMIT actions.compareMenu()->aboutToShow();
+    QAction* reference = nullptr;
+    for (QAction* action : actions.compareMenu()->actions())
+        if (action->text().startsWith(QStringLiteral("devvm-epyc2 \u00B7 "))) reference = action;
+    ASSERT_NE(reference, nullptr);
+    reference->trigger();
+    auto* view = qobject_cast<HistoryView*>(history.window());
+    ASSERT_NE(view, nullptr);
+    EXPECT_EQ(view->runList()->currentRow(), 0);
+    EXPECT_TRUE(view->baselineChooser()->currentText().startsWith(QStringLiteral("Reference: devvm-epyc2")))
+        << qPrintable(view->baselineChooser()->currentText());
+    EXPECT_FALSE(view->comparison()->table().rows.empty());
+    history.window()->close();
 }

@@ -8,6 +8,8 @@
 #include <QPainter>
 #include <QPushButton>
 
+#include <algorithm>
+
 namespace quarbel::ui {
 
 QString durationText(double seconds) {
@@ -30,10 +32,13 @@ QString totalScoreText(const RunSummary& summary) {
 }
 
 SummaryPanel::SummaryPanel(BenchmarkStore& store, QWidget* parent)
-    : QWidget(parent), store_(store), saveCard_(new QPushButton(tr("Save Result Card"), this)) {
+    : QWidget(parent), store_(store), saveCard_(new QPushButton(tr("Save Result Card"), this)),
+      compare_(new QPushButton(tr("Compare with\u2026"), this)),
+      share_(new QPushButton(tr("Share\u2026"), this)) {
     setAttribute(Qt::WA_OpaquePaintEvent);
     setFixedHeight(176);
-    saveCard_->setObjectName(QStringLiteral("secondaryButton"));
+    for (QPushButton* button : {saveCard_, compare_, share_})
+        button->setObjectName(QStringLiteral("secondaryButton"));
     connect(&store_, &BenchmarkStore::runConditionChanged, this, qOverload<>(&QWidget::update));
     connect(&store_, &BenchmarkStore::runSummaryChanged, this, &SummaryPanel::followSummary);
     followSummary();
@@ -52,8 +57,14 @@ void SummaryPanel::followSummary() {
 
 void SummaryPanel::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
-    const QSize hint = saveCard_->sizeHint();
-    saveCard_->setGeometry(width() - 24 - hint.width(), 18, hint.width(), hint.height());
+    // Right-aligned in one row, the card last; the title takes what is left of the row.
+    int right = width() - 24;
+    for (QPushButton* button : {saveCard_, share_, compare_}) {
+        const QSize hint = button->sizeHint();
+        button->setGeometry(right - hint.width(), 18, hint.width(), hint.height());
+        right -= hint.width() + 8;
+    }
+    buttonsLeft_ = right;
 }
 
 void SummaryPanel::paintEvent(QPaintEvent* event) {
@@ -72,9 +83,13 @@ void SummaryPanel::paintEvent(QPaintEvent* event) {
                      tr("RUN SUMMARY"));
     painter.setFont(theme::font(17, QFont::Bold));
     painter.setPen(theme::text());
-    const QRectF titleBox(area.left(), area.top() + 18, area.width() - 180, 26);
+    // The title shares its row with the buttons, shortened when the row is narrow.
+    const QRectF titleBox(area.left(), area.top() + 18, std::max(0.0, buttonsLeft_ - 12 - area.left()), 26);
     QRectF titleUsed;
-    painter.drawText(titleBox, Qt::AlignLeft | Qt::AlignVCenter, theme::qstring(summary->title), &titleUsed);
+    painter.drawText(titleBox, Qt::AlignLeft | Qt::AlignVCenter,
+                     QFontMetrics(painter.font())
+                         .elidedText(theme::qstring(summary->title), Qt::ElideRight, int(titleBox.width())),
+                     &titleUsed);
     // What made the run less trustworthy ("on battery", "throttling seen"), after the title.
     qreal x = titleUsed.right() + 12;
     for (const auto& badge : store_.runCondition().badges) {

@@ -20,6 +20,10 @@ class SummaryPanel : public QWidget {
     explicit SummaryPanel(BenchmarkStore& store, QWidget* parent = nullptr);
 
     QPushButton* saveCardButton() const { return saveCard_; }
+    // Beside the total score: place the run among earlier runs and known machines, and hand it
+    // over as one page. The desktop program gives them their work.
+    QPushButton* compareButton() const { return compare_; }
+    QPushButton* shareButton() const { return share_; }
 
   protected:
     void paintEvent(QPaintEvent* event) override;
@@ -29,6 +33,9 @@ class SummaryPanel : public QWidget {
     void followSummary();
     BenchmarkStore& store_;
     QPushButton* saveCard_;
+    QPushButton* compare_;
+    QPushButton* share_;
+    int buttonsLeft_ = 0; // where the row of buttons begins
 };
 
 // The run's total score, or when nothing completed, "Skipped", "Failed" or both; and the
