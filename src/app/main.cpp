@@ -14,6 +14,7 @@
 #include "app/other_runs_question.h"
 #include "app/run_history_recorder.h"
 #include "app/summary_actions.h"
+#include "app/translations.h"
 #include "results/learned_floors.h"
 #include "results/run_history.h"
 #include "results/store_report.h"
@@ -64,6 +65,7 @@ int main(int argc, char** argv) {
     // Qt takes its own options (-platform, -style, ...) out of argv here; ours remain.
     QApplication application(argc, argv);
     display.connection.reset();
+    app::installTranslations(application);
 
     const auto parsed = app::parseLaunchArguments(std::vector<std::string>(argv, argv + argc));
     if (const auto* exit = std::get_if<app::LaunchExit>(&parsed)) {
@@ -101,9 +103,9 @@ int main(int argc, char** argv) {
         history.reload();
         learnFloors();
     });
-    app::QuarbelAppDelegate delegate(store);
     app::SummaryActions summaryActions(store, *window.summaryPanel(), historyRecorder, history);
     app::UserFrameSettings frameSettings;
+    app::QuarbelAppDelegate delegate(store);
     new app::QuarbelCommands(*window.menuBar(), store,
                              {[&] { about.showWindow(); }, [&] { help.showWindow(); },
                               [&] { delegate.terminate(); }, [&] { history.showWindow(); },

@@ -1,4 +1,5 @@
 #include "model/catalogue.h"
+#include "model/ui_text.h"
 
 #include <cmath>
 #include <vector>
@@ -13,12 +14,12 @@ struct CategoryEntry {
 };
 
 constexpr std::array<CategoryEntry, 6> kCategories = {{
-    {"CPU", {0.99, 0.64, 0.18}, "cpu"},
-    {"Render", {0.54, 0.88, 0.68}, "cube.transparent"},
-    {"GPU", {0.13, 0.79, 0.88}, "display"},
-    {"SSD", {0.84, 0.83, 0.72}, "internaldrive"},
-    {"RAW", {0.8, 0.48, 0.94}, "film.stack"},
-    {"System", {0.92, 0.32, 0.36}, "gauge.with.dots.needle.bottom.50percent"},
+    {QUARBEL_UI_TEXT("CPU"), {0.99, 0.64, 0.18}, "cpu"},
+    {QUARBEL_UI_TEXT("Render"), {0.54, 0.88, 0.68}, "cube.transparent"},
+    {QUARBEL_UI_TEXT("GPU"), {0.13, 0.79, 0.88}, "display"},
+    {QUARBEL_UI_TEXT("SSD"), {0.84, 0.83, 0.72}, "internaldrive"},
+    {QUARBEL_UI_TEXT("RAW"), {0.8, 0.48, 0.94}, "film.stack"},
+    {QUARBEL_UI_TEXT("System"), {0.92, 0.32, 0.36}, "gauge.with.dots.needle.bottom.50percent"},
 }};
 
 struct BenchmarkEntry {
@@ -35,135 +36,148 @@ struct BenchmarkEntry {
 constexpr std::array<BenchmarkEntry, kBenchmarkCount> kBenchmarks = {{
     {"cpuInteger",
      BenchmarkCategory::cpu,
-     "CPU Single-Core",
-     "professional mixed workload on 1 core",
+     QUARBEL_UI_TEXT("CPU Single-Core"),
+     QUARBEL_UI_TEXT("professional mixed workload on 1 core"),
      "1.circle",
      15,
-     "Running a timed single-thread production mix: text/binary transforms, compression-like hashing, "
-     "image math, simulation, and vector math.",
-     {"Pinning the workload to one logical core.",
-      "Running text, binary, image, simulation, and SIMD kernels.",
-      "Collecting single-core throughput and checksum validation."}},
+     QUARBEL_UI_TEXT(
+         "Running a timed single-thread production mix: text/binary transforms, compression-like hashing, "
+         "image math, simulation, and vector math."),
+     {QUARBEL_UI_TEXT("Pinning the workload to one logical core."),
+      QUARBEL_UI_TEXT("Running text, binary, image, simulation, and SIMD kernels."),
+      QUARBEL_UI_TEXT("Collecting single-core throughput and checksum validation.")}},
     {"cpuFloating",
      BenchmarkCategory::cpu,
-     "CPU Multi-Core",
-     "professional mixed workload multicore",
+     QUARBEL_UI_TEXT("CPU Multi-Core"),
+     QUARBEL_UI_TEXT("professional mixed workload multicore"),
      "cpu",
      15,
-     "Running the same production mix across all logical cores to measure sustained multicore "
-     "throughput and scaling.",
-     {"Scheduling the production mix across available logical cores.",
-      "Measuring sustained multicore throughput under load.",
-      "Checking scaling, work units, and final validation markers."}},
+     QUARBEL_UI_TEXT(
+         "Running the same production mix across all logical cores to measure sustained multicore "
+         "throughput and scaling."),
+     {QUARBEL_UI_TEXT("Scheduling the production mix across available logical cores."),
+      QUARBEL_UI_TEXT("Measuring sustained multicore throughput under load."),
+      QUARBEL_UI_TEXT("Checking scaling, work units, and final validation markers.")}},
     {"cpuCrypto",
      BenchmarkCategory::cpu,
-     "CPU Workflow",
-     "text, compression, and crypto",
+     QUARBEL_UI_TEXT("CPU Workflow"),
+     QUARBEL_UI_TEXT("text, compression, and crypto"),
      "hammer",
      15,
-     "Processing mutable 256 KB data blocks with text/binary changes and SHA-256 hashing to measure "
-     "developer-style throughput.",
-     {"Mutating 256 KB data blocks for developer-style work.",
-      "Hashing and validating sustained processing throughput.",
-      "Aggregating workflow bandwidth across active threads."}},
+     QUARBEL_UI_TEXT(
+         "Processing mutable 256 KB data blocks with text/binary changes and SHA-256 hashing to measure "
+         "developer-style throughput."),
+     {QUARBEL_UI_TEXT("Mutating 256 KB data blocks for developer-style work."),
+      QUARBEL_UI_TEXT("Hashing and validating sustained processing throughput."),
+      QUARBEL_UI_TEXT("Aggregating workflow bandwidth across active threads.")}},
     {"memoryStream",
      BenchmarkCategory::system,
-     "Memory Stream",
-     "copy, scale, and add bandwidth",
+     QUARBEL_UI_TEXT("Memory Stream"),
+     QUARBEL_UI_TEXT("copy, scale, and add bandwidth"),
      "memorychip",
      12,
-     "Streaming through large arrays with copy, scale, and add operations to measure sustained memory "
-     "bandwidth.",
-     {"Streaming through large arrays with copy, scale, and add operations.",
-      "Measuring sustained memory bandwidth from the active working set.",
-      "Tracking completed passes and total bytes moved."}},
+     QUARBEL_UI_TEXT(
+         "Streaming through large arrays with copy, scale, and add operations to measure sustained memory "
+         "bandwidth."),
+     {QUARBEL_UI_TEXT("Streaming through large arrays with copy, scale, and add operations."),
+      QUARBEL_UI_TEXT("Measuring sustained memory bandwidth from the active working set."),
+      QUARBEL_UI_TEXT("Tracking completed passes and total bytes moved.")}},
     {"cineTile",
      BenchmarkCategory::render,
-     "CPU Tile Render",
-     "sustained tile renderer",
+     QUARBEL_UI_TEXT("CPU Tile Render"),
+     QUARBEL_UI_TEXT("sustained tile renderer"),
      "cube.transparent",
      20,
-     "Rendering procedural tiles on the CPU with ray-style lighting, samples, and checksums to measure "
-     "sustained render throughput.",
+     QUARBEL_UI_TEXT(
+         "Rendering procedural tiles on the CPU with ray-style lighting, samples, and checksums to measure "
+         "sustained render throughput."),
      {}},
     {"metalVisual",
      BenchmarkCategory::gpu,
-     "GPU Visual Tour",
-     "timed Metal fly-through",
+     QUARBEL_UI_TEXT("GPU Visual Tour"),
+     QUARBEL_UI_TEXT("timed Metal fly-through"),
      "sparkles",
      20,
-     "Rendering a timed Metal fly-through with animated camera motion, sky, terrain, arches, lighting, "
-     "and extra per-frame workload.",
+     QUARBEL_UI_TEXT(
+         "Rendering a timed Metal fly-through with animated camera motion, sky, terrain, arches, lighting, "
+         "and extra per-frame workload."),
      {}},
     {"metalCompute",
      BenchmarkCategory::gpu,
-     "Metal Compute",
-     "Metal compute kernel",
+     QUARBEL_UI_TEXT("Metal Compute"),
+     QUARBEL_UI_TEXT("Metal compute kernel"),
      "bolt.horizontal",
      15,
-     "Dispatching a sustained Metal compute kernel over large float4 buffers to measure GPU compute "
-     "throughput.",
+     QUARBEL_UI_TEXT(
+         "Dispatching a sustained Metal compute kernel over large float4 buffers to measure GPU compute "
+         "throughput."),
      {}},
     {"openCLCompute",
      BenchmarkCategory::gpu,
-     "OpenCL Compute",
-     "OpenCL compute kernel",
+     QUARBEL_UI_TEXT("OpenCL Compute"),
+     QUARBEL_UI_TEXT("OpenCL compute kernel"),
      "circle.hexagongrid",
      15,
-     "Dispatching a sustained OpenCL compute kernel for legacy compute coverage when an OpenCL device "
-     "is available.",
+     QUARBEL_UI_TEXT(
+         "Dispatching a sustained OpenCL compute kernel for legacy compute coverage when an OpenCL device "
+         "is available."),
      {}},
     {"rawCPUDecode",
      BenchmarkCategory::raw,
-     "RAW CPU Decode",
-     "synthetic 4K RAW decode on CPU",
+     QUARBEL_UI_TEXT("RAW CPU Decode"),
+     QUARBEL_UI_TEXT("synthetic 4K RAW decode on CPU"),
      "film",
      18,
-     "Decoding synthetic Bayer RAW frames on the CPU with demosaic, color transform, gamma, and "
-     "checksum validation.",
+     QUARBEL_UI_TEXT(
+         "Decoding synthetic Bayer RAW frames on the CPU with demosaic, color transform, gamma, and "
+         "checksum validation."),
      {}},
     {"rawMetalDecode",
      BenchmarkCategory::raw,
-     "RAW Metal Decode",
-     "synthetic 8K RAW decode on Metal",
+     QUARBEL_UI_TEXT("RAW Metal Decode"),
+     QUARBEL_UI_TEXT("synthetic 8K RAW decode on Metal"),
      "film.stack",
      18,
-     "Decoding synthetic 8K Bayer RAW frames on Metal with a GPU demosaic and color transform "
-     "pipeline.",
+     QUARBEL_UI_TEXT(
+         "Decoding synthetic 8K Bayer RAW frames on Metal with a GPU demosaic and color transform "
+         "pipeline."),
      {}},
     {"ssdSequential",
      BenchmarkCategory::storage,
-     "SSD Sequential",
-     "large block file read/write",
+     QUARBEL_UI_TEXT("SSD Sequential"),
+     QUARBEL_UI_TEXT("large block file read/write"),
      "arrow.left.arrow.right",
      12,
-     "Writing and reading a temporary media-sized file in large blocks to measure sustained sequential "
-     "file throughput.",
-     {"Writing a temporary media-sized file in large blocks.",
-      "Reading the same file back to measure sustained sequential speed.",
-      "Preparing read and write throughput in MB/s or GB/s."}},
+     QUARBEL_UI_TEXT(
+         "Writing and reading a temporary media-sized file in large blocks to measure sustained sequential "
+         "file throughput."),
+     {QUARBEL_UI_TEXT("Writing a temporary media-sized file in large blocks."),
+      QUARBEL_UI_TEXT("Reading the same file back to measure sustained sequential speed."),
+      QUARBEL_UI_TEXT("Preparing read and write throughput in MB/s or GB/s.")}},
     {"ssdRealSpeed",
      BenchmarkCategory::storage,
-     "SSD Real Speed",
-     "uncached volume throughput",
+     QUARBEL_UI_TEXT("SSD Real Speed"),
+     QUARBEL_UI_TEXT("uncached volume throughput"),
      "speedometer",
      10,
-     "Writing and reading a large temporary file with low-level uncached sequential I/O to measure real "
-     "volume throughput in MB/s or GB/s.",
-     {"Creating a large temporary file for uncached volume testing.",
-      "Measuring low-level sequential write throughput.",
-      "Reading back the file to estimate real volume speed."}},
+     QUARBEL_UI_TEXT(
+         "Writing and reading a large temporary file with low-level uncached sequential I/O to measure real "
+         "volume throughput in MB/s or GB/s."),
+     {QUARBEL_UI_TEXT("Creating a large temporary file for uncached volume testing."),
+      QUARBEL_UI_TEXT("Measuring low-level sequential write throughput."),
+      QUARBEL_UI_TEXT("Reading back the file to estimate real volume speed.")}},
     {"ssdRandom",
      BenchmarkCategory::storage,
-     "SSD Random",
-     "random 4K IO",
+     QUARBEL_UI_TEXT("SSD Random"),
+     QUARBEL_UI_TEXT("random 4K IO"),
      "shuffle",
      15,
-     "Running repeated random 4K reads and writes inside a temporary file to measure small-block "
-     "storage responsiveness.",
-     {"Preparing the temporary file used for 4K random access.",
-      "Running repeated random reads and writes across the file.",
-      "Calculating read and write IOPS from measured operation time."}},
+     QUARBEL_UI_TEXT(
+         "Running repeated random 4K reads and writes inside a temporary file to measure small-block "
+         "storage responsiveness."),
+     {QUARBEL_UI_TEXT("Preparing the temporary file used for 4K random access."),
+      QUARBEL_UI_TEXT("Running repeated random reads and writes across the file."),
+      QUARBEL_UI_TEXT("Calculating read and write IOPS from measured operation time.")}},
 }};
 
 const BenchmarkEntry& entry(BenchmarkID id) { return kBenchmarks[indexOf(id)]; }

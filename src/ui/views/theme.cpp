@@ -3,6 +3,7 @@
 #include "ui/cards/card_parts.h"
 #include "ui/cards/result_card_palette.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QHash>
 #include <QPainter>
@@ -103,6 +104,12 @@ QPixmap icon(std::string_view symbol, int size, const QColor& tint, qreal device
 }
 
 QString qstring(std::string_view text) { return QString::fromUtf8(text.data(), qsizetype(text.size())); }
+
+QString uiText(std::string_view text) {
+    // The catalogue marks its texts at namespace scope, which names their context.
+    return QCoreApplication::translate("quarbel",
+                                       QByteArray(text.data(), qsizetype(text.size())).constData());
+}
 
 QRectF beginPage(QPainter& painter, const QRect& bounds, const QRect& dirty, const QStringList& captions) {
     painter.setRenderHint(QPainter::Antialiasing);

@@ -46,6 +46,9 @@ qreal pillWidth(const QString& text, qreal height);
 QPixmap icon(std::string_view symbol, int size, const QColor& tint, qreal devicePixelRatio = 1.0);
 
 QString qstring(std::string_view text);
+// A catalogue text (a benchmark's title, subtitle, explanation or stage line, a category) in the
+// user's language; the text as written where no translation has it.
+QString uiText(std::string_view text);
 
 // The history window's pages: fills the dirty part with the background, turns antialiasing
 // on, draws `captions` one per line in the secondary colour at the top, and returns the area

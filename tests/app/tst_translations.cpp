@@ -1,0 +1,67 @@
+// The window in other languages: the pseudo-translation that shows a text too long for its
+// place or left untranslated, and the window's controls still fitting when every text is
+// 40 % longer, at the sizes of a small laptop and of a typical first start.
+#include "app/translations.h"
+#include "run/benchmark_store.h"
+#include "run/fake_workloads.h"
+#include "ui/views/main_window.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QLabel>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+using namespace quarbel;
+
+TEST(Translations, PseudoTranslationLengthensTheWordsAndKeepsMarkersAndMarkup) {
+    const struct {
+        const char* source;
+        const char* starts;
+        const char* keeps;
+    } cases[] = {
+        {"Save Result Card", "[Šàvé Réšûlt Çàrd", ""},
+        {"%1 of %n runs, %L2 points", "[%1 öf %n rûñš, %L2 pöîñtš", ""},
+        {"<b>Total</b> score", "[<b>Tötàl</b> šçöré", "</b>"},
+        {"42 %", "42 %", ""},
+    };
+    for (const auto& c : cases) {
+        const QString source = QString::fromUtf8(c.source);
+        const QString pseudo = app::pseudoTranslation(source);
+        EXPECT_TRUE(pseudo.startsWith(QString::fromUtf8(c.starts))) << qPrintable(pseudo);
+        EXPECT_TRUE(pseudo.contains(QString::fromUtf8(c.keeps)));
+        if (pseudo != source) {
+            EXPECT_GE(pseudo.size(), source.size() * 14 / 10) << qPrintable(pseudo);
+        }
+    }
+}
+
+TEST(Translations, EveryControlOfTheMainWindowFitsItsTextWhenTextsAreLonger) {
+    qputenv("QUARBEL_PSEUDO_TRANSLATION", "1");
+    app::installTranslations(*QCoreApplication::instance());
+    for (const QSize size : {QSize(1200, 820), QSize(1366, 768)}) {
+        test::FakeWorkloads workloads;
+        BenchmarkStore store{workloads.services()};
+        ui::MainWindow window{store};
+        window.resize(size);
+        window.show();
+        // A finished run, so that the summary and its buttons are there too.
+        workloads.set(BenchmarkID::cpuInteger, test::FakeBehaviour::instantOk, 100);
+        store.run({BenchmarkID::cpuInteger}, false);
+        ASSERT_TRUE(QTest::qWaitFor([&] { return !store.busy(); }, 5000));
+        QApplication::processEvents();
+        int checked = 0, translated = 0;
+        for (QWidget* widget : window.findChildren<QWidget*>()) {
+            if (!widget->isVisible() ||
+                (!qobject_cast<QAbstractButton*>(widget) && !qobject_cast<QLabel*>(widget)))
+                continue;
+            ++checked;
+            translated += widget->property("text").toString().startsWith(QLatin1Char('['));
+            EXPECT_GE(widget->width(), widget->minimumSizeHint().width())
+                << size.width() << "x" << size.height() << ": " << qPrintable(widget->objectName()) << " "
+                << qPrintable(widget->property("text").toString());
+        }
+        EXPECT_GT(translated, 3) << "of " << checked;
+    }
+}
