@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <cmath>
 #include <random>
 #include <vector>
@@ -55,6 +57,12 @@ TEST(StudentT, MatchesTabulatedQuantilesAndTails) {
     }
     EXPECT_DOUBLE_EQ(studentTCdf(0, 7), 0.5);
     EXPECT_TRUE(std::isnan(studentTQuantile(1.0, 5)));
+    // Quantile and distribution function undo each other over the whole range in use,
+    // fractional Welch degrees of freedom and the far tails included.
+    for (double df : {1.0, 1.5, 3.0, 9.7, 100.0, 1000.0, 1e6, double(INFINITY)})
+        for (double p : {1e-6, 0.01, 0.3, 0.5, 0.9, 0.975, 0.999999})
+            EXPECT_NEAR(studentTCdf(studentTQuantile(p, df), df), p, 1e-9 * std::max(p, 1e-3))
+                << df << " " << p;
 }
 
 TEST(RateSlices, GroupWholeUnitsIntoSlicesOfAboutEqualTime) {
