@@ -3,7 +3,7 @@
 #include "model/storage_root.h"
 #include "sensors/sysfs_text.h"
 
-#include <openssl/sha.h>
+#include <openssl/evp.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -47,8 +47,10 @@ std::string hashedMachineId(const std::string& machineIdText) {
     const std::string_view id = sysfs::trimmed(machineIdText);
     if (id.empty()) return {};
     const std::string salted = "quarbel:" + std::string(id);
-    unsigned char digest[SHA256_DIGEST_LENGTH];
-    SHA256(reinterpret_cast<const unsigned char*>(salted.data()), salted.size(), digest);
+    unsigned char digest[EVP_MAX_MD_SIZE];
+    unsigned int length = 0;
+    if (EVP_Digest(salted.data(), salted.size(), digest, &length, EVP_sha256(), nullptr) != 1 || length < 8)
+        return {};
     char hex[17];
     for (int i = 0; i < 8; ++i)
         std::snprintf(hex + 2 * i, 3, "%02x", digest[i]);

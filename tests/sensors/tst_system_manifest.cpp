@@ -1,3 +1,4 @@
+#include "sensors/machine_identity.h"
 #include "sensors/system_manifest.h"
 
 #include "fake_tree.h"
@@ -90,4 +91,10 @@ TEST(SystemManifest, DifferencesListWhatChangedAndWhatItCanMove) {
     EXPECT_EQ(manifestDifferences(a, b), (std::vector<ManifestDifference>{{"SMT", "on", "off", "CPU"}}))
         << "a field one report lacks is not a difference";
     EXPECT_TRUE(manifestDifferences(a, a).empty());
+}
+
+TEST(SystemManifest, TheMachineIsNamedByASaltedHashThatStaysTheSameAcrossVersions) {
+    // Learned noise floors and comparisons match runs by this value: it must never drift.
+    EXPECT_EQ(hashedMachineId("0123456789abcdef\n"), "4118f9125423037d");
+    EXPECT_EQ(hashedMachineId("  \n"), "");
 }
