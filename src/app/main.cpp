@@ -24,6 +24,7 @@
 #include "sensors/system_snapshot.h"
 #include "session/run_session.h"
 #include "session/stop_signals.h"
+#include "ui/views/accessibility.h"
 #include "ui/views/main_window.h"
 #include "ui/views/result_card_saver.h"
 #include "workloads/gpu/device_inventory.h"
@@ -64,8 +65,8 @@ int main(int argc, char** argv) {
     }
     // Qt takes its own options (-platform, -style, ...) out of argv here; ours remain.
     QApplication application(argc, argv);
-    display.connection.reset();
     app::installTranslations(application);
+    display.connection.reset();
 
     const auto parsed = app::parseLaunchArguments(std::vector<std::string>(argv, argv + argc));
     if (const auto* exit = std::get_if<app::LaunchExit>(&parsed)) {
@@ -83,8 +84,8 @@ int main(int argc, char** argv) {
     // Declared before the store, so that it outlives the store's last call to it.
     app::DesktopWindowPresenter presenter;
     BenchmarkStore store(StoreServices::standard(), &presenter);
-    presenter.observe(store);
     ui::installAccessibility(store); // before the views, whose interfaces read the store
+    presenter.observe(store);
     ui::MainWindow window(store);
     presenter.setMainWindow(&window);
     new ui::ResultCardSaver(store, window); // the Save Result Card buttons; owned by the window
@@ -104,8 +105,8 @@ int main(int argc, char** argv) {
         learnFloors();
     });
     app::SummaryActions summaryActions(store, *window.summaryPanel(), historyRecorder, history);
-    app::UserFrameSettings frameSettings;
     app::QuarbelAppDelegate delegate(store);
+    app::UserFrameSettings frameSettings;
     new app::QuarbelCommands(*window.menuBar(), store,
                              {[&] { about.showWindow(); }, [&] { help.showWindow(); },
                               [&] { delegate.terminate(); }, [&] { history.showWindow(); },

@@ -23,6 +23,7 @@ class SystemPanel : public QWidget {
     // The rows are read off the main thread at start-up (the GPU row asks the Vulkan
     // loader, which can take a while); until they arrive the panel says so.
     void setRows(std::vector<SystemRow> rows);
+    const std::vector<SystemRow>& rows() const { return rows_; }
 
   protected:
     void paintEvent(QPaintEvent* event) override;

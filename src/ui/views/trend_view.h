@@ -36,6 +36,8 @@ class TrendView : public QWidget {
     // `emptyText` is shown when no series has two points.
     void setSeries(std::vector<TrendSeries> series, QString caption, QString emptyText);
     const std::vector<TrendSeries>& series() const { return series_; }
+    const QString& caption() const { return caption_; }
+    const QString& emptyText() const { return emptyText_; }
     QSize sizeHint() const override;
 
   protected:

@@ -1,0 +1,164 @@
+// The main window as assistive technology reads it, through runs of fake workloads on the
+// offscreen platform. The events that carry its changes need a listening bridge: the AT-SPI
+// test of the desktop program hears those (tests/app/screen_reader_test.py).
+#include "run/benchmark_store.h"
+#include "run/fake_workloads.h"
+#include "ui/views/accessibility.h"
+#include "ui/views/comparison_view.h"
+#include "ui/views/main_window.h"
+#include "ui/views/result_panel.h"
+#include "ui/views/sidebar_view.h"
+#include "ui/views/stage_view.h"
+#include "ui/views/theme.h"
+#include "ui/views/trend_view.h"
+
+#include <QAccessible>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+using namespace quarbel;
+using namespace quarbel::ui;
+using quarbel::test::FakeBehaviour;
+using quarbel::test::FakeWorkloads;
+
+// Readable failures.
+void PrintTo(const QString& text, std::ostream* out) { *out << '"' << text.toStdString() << '"'; }
+
+namespace {
+
+struct Window {
+    FakeWorkloads workloads;
+    BenchmarkStore store{workloads.services()};
+    bool installed = (installAccessibility(store), true); // before the views
+    MainWindow window{store};
+
+    Window() { window.show(); }
+    static QAccessibleInterface* view(QWidget* widget) {
+        return QAccessible::queryAccessibleInterface(widget);
+    }
+    QString said(QWidget* widget, QAccessible::Text text = QAccessible::Description) const {
+        return view(widget)->text(text);
+    }
+};
+
+QString titleOf(BenchmarkID id) { return theme::qstring(title(id)); }
+
+QAccessibleInterface* itemOf(const Window& w, BenchmarkID id) {
+    QAccessibleInterface* list = Window::view(w.window.sidebar());
+    for (int i = 0; i < list->childCount(); ++i)
+        if (list->child(i)->text(QAccessible::Name) == titleOf(id)) return list->child(i);
+    return nullptr;
+}
+
+} // namespace
+
+TEST(AccessibleViews, TheListHasAnItemPerPaintedRowThatPressingSelects) {
+    Window w;
+    SidebarView* sidebar = w.window.sidebar();
+    QAccessibleInterface* list = Window::view(sidebar);
+    ASSERT_EQ(list->role(), QAccessible::List);
+    ASSERT_EQ(list->childCount(), int(kBenchmarkCount));
+    int lastTop = -1;
+    for (int i = 0; i < list->childCount(); ++i) {
+        QAccessibleInterface* item = list->child(i);
+        const auto id = std::find_if(kAllBenchmarks.begin(), kAllBenchmarks.end(),
+                                     [&](BenchmarkID b) { return itemOf(w, b) == item; });
+        ASSERT_NE(id, kAllBenchmarks.end()) << item->text(QAccessible::Name).toStdString();
+        EXPECT_EQ(item->rect(),
+                  QRect(sidebar->mapToGlobal(sidebar->rowRect(*id).topLeft()), sidebar->rowRect(*id).size()));
+        EXPECT_GT(item->rect().top(), lastTop) << "items in the order they are painted";
+        lastTop = item->rect().top();
+        EXPECT_EQ(list->childAt(item->rect().center().x(), item->rect().center().y()), item);
+        EXPECT_EQ(list->indexOfChild(item), i);
+
+        item->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+        EXPECT_EQ(w.store.selectedID(), *id);
+        EXPECT_TRUE(item->state().selected);
+        EXPECT_EQ(w.said(w.window.resultPanel(), QAccessible::Name), "Result of " + titleOf(*id));
+    }
+    EXPECT_EQ(list->focusChild(), nullptr);
+    w.window.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&w.window));
+    sidebar->setFocus(Qt::TabFocusReason);
+    EXPECT_EQ(list->focusChild(), itemOf(w, w.store.selectedID()))
+        << "the focused list speaks for its selection";
+    EXPECT_TRUE(list->focusChild()->state().focused);
+}
+
+TEST(AccessibleViews, AnItemAndTheResultSayWhatBecameOfTheirBenchmark) {
+    const struct {
+        FakeBehaviour behaviour;
+        QString item;   // the item's description
+        QString result; // in the result panel's description
+    } cases[] = {
+        {FakeBehaviour::instantOk, "Done, " + theme::qstring(scoreText(250)) + " points",
+         theme::qstring(scoreText(250)) + " Quarbel points"},
+        {FakeBehaviour::failing, QStringLiteral("Failed"), QStringLiteral("Failed: Disk exploded.")},
+        {FakeBehaviour::skipping, QStringLiteral("Skipped"), QStringLiteral("Skipped: No device here.")},
+    };
+    for (const auto& c : cases) {
+        Window w;
+        const BenchmarkID id = BenchmarkID::ssdRandom;
+        w.workloads.set(id, c.behaviour, 250);
+        w.store.setSelectedID(id);
+        QAccessibleInterface* item = itemOf(w, id);
+        ASSERT_NE(item, nullptr);
+        EXPECT_EQ(item->text(QAccessible::Description), QStringLiteral("Not run"));
+        w.store.runSelected();
+        ASSERT_TRUE(QTest::qWaitFor([&] { return !w.store.busy(); }, 5000));
+        EXPECT_EQ(item->text(QAccessible::Description), c.item);
+        EXPECT_TRUE(w.said(w.window.resultPanel()).startsWith(c.result))
+            << w.said(w.window.resultPanel()).toStdString();
+    }
+}
+
+TEST(AccessibleViews, TheStageNamesTheRunningBenchmarkAndItsProgressInPercent) {
+    Window w;
+    w.workloads.set(BenchmarkID::cpuInteger, FakeBehaviour::gated);
+    w.store.setSelectedID(BenchmarkID::cpuInteger);
+    w.store.runSelected();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return w.store.currentRunProgress() >= 0.02; }, 5000));
+    QAccessibleInterface* stage = Window::view(w.window.stage());
+    EXPECT_EQ(stage->text(QAccessible::Name), titleOf(BenchmarkID::cpuInteger));
+    EXPECT_EQ(stage->text(QAccessible::Description), w.window.stage()->statusLine());
+    QAccessibleInterface* progress = stage->child(stage->childCount() - 1);
+    ASSERT_EQ(progress->role(), QAccessible::ProgressBar);
+    const int percent = progress->valueInterface()->currentValue().toInt();
+    EXPECT_EQ(percent, int(w.store.currentRunProgress() * 100));
+    EXPECT_EQ(progress->text(QAccessible::Value), QStringLiteral("%1 %").arg(percent));
+    w.workloads.release();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !w.store.busy(); }, 5000));
+    EXPECT_EQ(stage->text(QAccessible::Name), QStringLiteral("Live stage"));
+    EXPECT_TRUE(stage->text(QAccessible::Description).isEmpty());
+}
+
+TEST(AccessibleViews, TheHistoryChartsSayWhatTheyDraw) {
+    Window w; // installs the interfaces
+    TrendView trend;
+    const QString empty = QStringLiteral("Nothing to draw.");
+    trend.setSeries({{QStringLiteral("Memory Stream"), Qt::red, {{120}}}}, QStringLiteral("Quick runs."),
+                    empty);
+    EXPECT_EQ(Window::view(&trend)->text(QAccessible::Description), empty) << "one run draws no trend";
+    trend.setSeries({{QStringLiteral("Memory Stream"), Qt::red, {{120}}},
+                     {QStringLiteral("SSD Random"), Qt::blue, {{80}, {95}, {90}}},
+                     {QStringLiteral("CPU Workflow"), Qt::green, {}}},
+                    QStringLiteral("Quick runs."), empty);
+    const QString said = Window::view(&trend)->text(QAccessible::Description);
+    for (const QString& part : {QStringLiteral("Quick runs."), QStringLiteral("Memory Stream: one run"),
+                                QStringLiteral("SSD Random: 3 runs, from ") + theme::qstring(scoreText(80)) +
+                                    " to " + theme::qstring(scoreText(90))})
+        EXPECT_TRUE(said.contains(part)) << said.toStdString() << " lacks " << part.toStdString();
+    EXPECT_FALSE(said.contains(QStringLiteral("CPU Workflow"))) << "a benchmark without runs is not drawn";
+
+    ComparisonView comparison;
+    comparison.setTable({QStringLiteral("A: first"),
+                         QStringLiteral("B: second"),
+                         {{QStringLiteral("SSD Random"), QStringLiteral("80.00"), QStringLiteral("90.00"),
+                           QStringLiteral("+12.5 %"), QStringLiteral("±3.0 %"), Verdict::faster}},
+                         {},
+                         {}});
+    EXPECT_EQ(Window::view(&comparison)->text(QAccessible::Description),
+              QStringLiteral("A: first. B: second. SSD Random: 80.00 then 90.00, +12.5 % ±3.0 %, ") +
+                  theme::qstring(verdictText(Verdict::faster)));
+}
