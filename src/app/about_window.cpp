@@ -17,7 +17,7 @@ QLabel* centredLabel(const QString& text, qreal pointScale, QFont::Weight weight
 } // namespace
 
 QuarbelAboutView::QuarbelAboutView(const QString& version, QWidget* parent) : QWidget(parent) {
-    setWindowTitle(QStringLiteral("About Quarbel"));
+    setWindowTitle(tr("About Quarbel"));
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(32, 28, 32, 28);
     layout->setSpacing(8);
@@ -27,20 +27,17 @@ QuarbelAboutView::QuarbelAboutView(const QString& version, QWidget* parent) : QW
     icon->setPixmap(QApplication::windowIcon().pixmap(96, 96));
     layout->addWidget(icon);
     layout->addWidget(centredLabel(QStringLiteral("Quarbel"), 1.9, QFont::Bold, kPrimaryText));
-    layout->addWidget(
-        centredLabel(QStringLiteral("Version %1").arg(version), 1.0, QFont::Normal, kSecondaryText));
+    layout->addWidget(centredLabel(tr("Version %1").arg(version), 1.0, QFont::Normal, kSecondaryText));
     layout->addSpacing(8);
+    layout->addWidget(centredLabel(tr("Sustained CPU, memory, storage, RAW and GPU benchmarks, scored "
+                                      "in Quarbel points."),
+                                   1.0, QFont::Normal, kPrimaryText));
     layout->addWidget(
-        centredLabel(QStringLiteral("Sustained CPU, memory, storage, RAW and GPU benchmarks, scored "
-                                    "in Quarbel points."),
-                     1.0, QFont::Normal, kPrimaryText));
-    layout->addWidget(
-        centredLabel(QStringLiteral("Everything stays on this machine."), 1.0, QFont::Normal, kPrimaryText));
+        centredLabel(tr("Everything stays on this machine."), 1.0, QFont::Normal, kPrimaryText));
     layout->addSpacing(8);
-    layout->addWidget(
-        centredLabel(QStringLiteral("Interface font: Inter, copyright 2016-2022 The Inter Project "
-                                    "Authors, under the SIL Open Font License 1.1."),
-                     0.85, QFont::Normal, kSecondaryText));
+    layout->addWidget(centredLabel(tr("Interface font: Inter, copyright 2016-2022 The Inter Project "
+                                      "Authors, under the SIL Open Font License 1.1."),
+                                   0.85, QFont::Normal, kSecondaryText));
     layout->addStretch(1);
     applyDarkPalette(*this);
     setFixedWidth(440);

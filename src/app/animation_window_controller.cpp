@@ -1,8 +1,10 @@
 #include "app/animation_window_controller.h"
 
 #include "app/scene_window.h"
+#include "ui/views/theme.h"
 
 #include <QCloseEvent>
+#include <QCoreApplication>
 #include <QGuiApplication>
 #include <QScreen>
 
@@ -10,7 +12,8 @@ namespace quarbel::app {
 namespace {
 
 QString windowTitle(BenchmarkID id) {
-    return QStringLiteral("Quarbel - ") + QString::fromUtf8(title(id).data(), qsizetype(title(id).size()));
+    return QCoreApplication::translate("quarbel::app::BenchmarkAnimationWindowController", "Quarbel - %1")
+        .arg(ui::theme::uiText(title(id)));
 }
 
 QRect centredOnScreen(QScreen* screen, QSize size = kBenchmarkWindowSize) {

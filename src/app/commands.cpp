@@ -11,41 +11,41 @@ namespace quarbel::app {
 
 QuarbelCommands::QuarbelCommands(QMenuBar& menuBar, BenchmarkStore& store, CommandHandlers handlers)
     : QObject(&menuBar), store_(store), handlers_(std::move(handlers)) {
-    QMenu* quarbel = menuBar.addMenu(QStringLiteral("&Quarbel"));
-    about_ = quarbel->addAction(QStringLiteral("About Quarbel"), this, [this] {
+    QMenu* quarbel = menuBar.addMenu(tr("&Quarbel"));
+    about_ = quarbel->addAction(tr("About Quarbel"), this, [this] {
         if (handlers_.showAbout) handlers_.showAbout();
     });
     about_->setMenuRole(QAction::AboutRole);
     quarbel->addSeparator();
-    quit_ = quarbel->addAction(QStringLiteral("Quit Quarbel"), this, [this] {
+    quit_ = quarbel->addAction(tr("Quit Quarbel"), this, [this] {
         if (handlers_.quit) handlers_.quit();
     });
     // Ctrl+Q, the platform's quit binding on Linux desktops.
     quit_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
     quit_->setMenuRole(QAction::QuitRole);
 
-    QMenu* run = menuBar.addMenu(QStringLiteral("&Run"));
-    runSelected_ = run->addAction(QStringLiteral("Run Selected"), &store_, &BenchmarkStore::runSelected);
+    QMenu* run = menuBar.addMenu(tr("&Run"));
+    runSelected_ = run->addAction(tr("Run Selected"), &store_, &BenchmarkStore::runSelected);
     runSelected_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_R));
-    runAll_ = run->addAction(QStringLiteral("Run All"), &store_, &BenchmarkStore::runAll);
+    runAll_ = run->addAction(tr("Run All"), &store_, &BenchmarkStore::runAll);
     runAll_->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_R));
-    stop_ = run->addAction(QStringLiteral("Stop"), &store_, &BenchmarkStore::stop);
+    stop_ = run->addAction(tr("Stop"), &store_, &BenchmarkStore::stop);
     stop_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Period));
     run->addSeparator();
-    accuracyMode_ = run->addAction(QStringLiteral("Accuracy Mode"));
+    accuracyMode_ = run->addAction(tr("Accuracy Mode"));
     accuracyMode_->setCheckable(true);
     connect(accuracyMode_, &QAction::triggered, &store_, &BenchmarkStore::setAccuracyMode);
     run->addSeparator();
-    history_ = run->addAction(QStringLiteral("Run History"), this, [this] {
+    history_ = run->addAction(tr("Run History"), this, [this] {
         if (handlers_.showHistory) handlers_.showHistory();
     });
     history_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_H));
-    devices_ = run->addAction(QStringLiteral("Devices…"), this, [this] {
+    devices_ = run->addAction(tr("Devices…"), this, [this] {
         if (handlers_.showDevices) handlers_.showDevices();
     });
 
-    QMenu* help = menuBar.addMenu(QStringLiteral("&Help"));
-    help_ = help->addAction(QStringLiteral("Quarbel Help"), this, [this] {
+    QMenu* help = menuBar.addMenu(tr("&Help"));
+    help_ = help->addAction(tr("Quarbel Help"), this, [this] {
         if (handlers_.showHelp) handlers_.showHelp();
     });
     help_->setShortcut(QKeySequence::HelpContents);

@@ -9,6 +9,7 @@
 #include "workloads/storage/storage_locations.h"
 
 #include <QComboBox>
+#include <QCoreApplication>
 #include <QDialogButtonBox>
 #include <QFileDialog>
 #include <QFormLayout>
@@ -24,6 +25,10 @@ namespace quarbel::app {
 namespace {
 
 QString qstring(const std::string& text) { return QString::fromStdString(text); }
+
+QString translated(const char* text) {
+    return QCoreApplication::translate("quarbel::app::DevicesDialog", text);
+}
 
 std::optional<std::string> saved(FrameSettings& settings, const char* key) {
     const QString value = settings.value(QString::fromLatin1(key)).toString();
@@ -44,8 +49,10 @@ void fill(QComboBox* chooser, const std::vector<Device>& devices, const QString&
         std::find_if(devices.begin(), devices.end(), [](const Device& d) { return d.chosen; });
     chooser->addItem(devices.empty()
                          ? none
-                         : QStringLiteral("Automatic (%1)")
-                               .arg(chosen != devices.end() ? qstring(chosen->name) : QStringLiteral("none")),
+                         : translated(QT_TRANSLATE_NOOP("quarbel::app::DevicesDialog", "Automatic (%1)"))
+                               .arg(chosen != devices.end() ? qstring(chosen->name)
+                                                            : translated(QT_TRANSLATE_NOOP(
+                                                                  "quarbel::app::DevicesDialog", "none"))),
                      QString());
     for (const auto& device : devices)
         chooser->addItem(
@@ -59,9 +66,10 @@ void fill(QComboBox* chooser, const std::vector<Device>& devices, const QString&
 
 std::optional<QString> applySavedDeviceChoices(FrameSettings& settings) {
     QStringList dropped;
-    const std::pair<const char*, const char*> keys[] = {{kGpuDeviceKey, "GPU"},
-                                                        {kOpenCLDeviceKey, "OpenCL device"},
-                                                        {kStorageDirectoryKey, "storage folder"}};
+    const std::pair<const char*, const char*> keys[] = {
+        {kGpuDeviceKey, QT_TRANSLATE_NOOP("quarbel::app::DevicesDialog", "GPU \"%1\"")},
+        {kOpenCLDeviceKey, QT_TRANSLATE_NOOP("quarbel::app::DevicesDialog", "OpenCL device \"%1\"")},
+        {kStorageDirectoryKey, QT_TRANSLATE_NOOP("quarbel::app::DevicesDialog", "storage folder \"%1\"")}};
     for (const auto& [key, what] : keys) {
         const auto value = saved(settings, key);
         if (!value) continue;
@@ -71,17 +79,18 @@ std::optional<QString> applySavedDeviceChoices(FrameSettings& settings) {
         if (key == kStorageDirectoryKey) choice.storageDirectory = value;
         if (session::applyDeviceChoices(choice)) {
             settings.setValue(QString::fromLatin1(key), QString());
-            dropped << QStringLiteral("%1 \"%2\"").arg(QString::fromLatin1(what), qstring(*value));
+            dropped << translated(what).arg(qstring(*value));
         }
     }
     if (dropped.isEmpty()) return std::nullopt;
-    return QStringLiteral("The saved %1 is no longer there; using the default.")
+    return translated(QT_TRANSLATE_NOOP("quarbel::app::DevicesDialog",
+                                        "The saved %1 is no longer there; using the default."))
         .arg(dropped.join(QStringLiteral(", ")));
 }
 
 DevicesDialog::DevicesDialog(FrameSettings& settings, QWidget* parent)
     : QDialog(parent), settings_(settings) {
-    setWindowTitle(QStringLiteral("Devices"));
+    setWindowTitle(tr("Devices"));
     applyDarkPalette(*this);
     setStyleSheet(styleSheet() + darkControlsStyle() +
                   QStringLiteral("QLabel#storageInfo, QLabel#devicesNote { color: #a4a7b0; }"
@@ -89,27 +98,27 @@ DevicesDialog::DevicesDialog(FrameSettings& settings, QWidget* parent)
     auto* form = new QFormLayout;
     gpu_ = new QComboBox;
     fill(gpu_, gpu::listVulkanDevices(), settings_.value(QString::fromLatin1(kGpuDeviceKey)).toString(),
-         QStringLiteral("No Vulkan device"));
-    form->addRow(QStringLiteral("GPU (Vulkan)"), gpu_);
+         tr("No Vulkan device"));
+    form->addRow(tr("GPU (Vulkan)"), gpu_);
     opencl_ = new QComboBox;
     fill(opencl_, gpu::listOpenCLDevices(), settings_.value(QString::fromLatin1(kOpenCLDeviceKey)).toString(),
-         QStringLiteral("No OpenCL device"));
-    form->addRow(QStringLiteral("OpenCL device"), opencl_);
+         tr("No OpenCL device"));
+    form->addRow(tr("OpenCL device"), opencl_);
 
     storage_ = new QLineEdit(settings_.value(QString::fromLatin1(kStorageDirectoryKey)).toString());
     const char* tmp = std::getenv("TMPDIR");
-    storage_->setPlaceholderText(QStringLiteral("System temporary folder (%1)")
-                                     .arg(QString::fromLocal8Bit(tmp && *tmp ? tmp : "/tmp")));
-    auto* choose = new QPushButton(QStringLiteral("Choose…"));
+    storage_->setPlaceholderText(
+        tr("System temporary folder (%1)").arg(QString::fromLocal8Bit(tmp && *tmp ? tmp : "/tmp")));
+    auto* choose = new QPushButton(tr("Choose…"));
     connect(choose, &QPushButton::clicked, this, [this] {
         const QString folder =
-            QFileDialog::getExistingDirectory(this, QStringLiteral("Storage folder"), storage_->text());
+            QFileDialog::getExistingDirectory(this, tr("Storage folder"), storage_->text());
         if (!folder.isEmpty()) storage_->setText(folder);
     });
     auto* storageRow = new QHBoxLayout;
     storageRow->addWidget(storage_, 1);
     storageRow->addWidget(choose);
-    form->addRow(QStringLiteral("Storage folder"), storageRow);
+    form->addRow(tr("Storage folder"), storageRow);
     storageInfo_ = new QLabel;
     storageInfo_->setObjectName(QStringLiteral("storageInfo"));
     storageInfo_->setWordWrap(true);
@@ -117,9 +126,8 @@ DevicesDialog::DevicesDialog(FrameSettings& settings, QWidget* parent)
     connect(storage_, &QLineEdit::textChanged, this, &DevicesDialog::describeStorage);
     describeStorage();
 
-    auto* note = new QLabel(
-        QStringLiteral("The GPU benchmarks, OpenCL Compute and the storage benchmarks use these from "
-                       "the next run on. Every report names the devices it ran on."));
+    auto* note = new QLabel(tr("The GPU benchmarks, OpenCL Compute and the storage benchmarks use these from "
+                               "the next run on. Every report names the devices it ran on."));
     note->setWordWrap(true);
     note->setObjectName(QStringLiteral("devicesNote"));
     problem_ = new QLabel;
@@ -155,7 +163,7 @@ void DevicesDialog::describeStorage() {
     }
     storageInfo_->setText(holder == nullptr
                               ? QString()
-                              : QStringLiteral("%1 on %2, %3 free")
+                              : tr("%1 on %2, %3 free")
                                     .arg(qstring(holder->type), qstring(holder->source),
                                          qstring(formatBytes(static_cast<std::int64_t>(holder->freeBytes)))));
 }

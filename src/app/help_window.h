@@ -10,6 +10,7 @@
 
 namespace quarbel::app {
 
+// The texts as written; the view shows them translated (context quarbel::app::QuarbelHelpView).
 struct HelpSection {
     const char* title; // shown as a section heading
     const char* text;  // shown as a wrapping paragraph

@@ -11,6 +11,8 @@
 
 #include <QButtonGroup>
 #include <QComboBox>
+#include <QCoreApplication>
+#include <QDateTime>
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -18,6 +20,7 @@
 #include <QLabel>
 #include <QListView>
 #include <QListWidget>
+#include <QLocale>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QScrollArea>
@@ -37,10 +40,16 @@ namespace Exporter = cards::ResultCardExporter;
 
 QString q(const std::string& text) { return QString::fromStdString(text); }
 
-// "2026-11-23T14:15:02Z" -> "2026-11-23 14:15:02 UTC"
+// "2026-11-23T14:15:02Z" -> "23.11.26 15:15" for a German user: local time, in the user's
+// format. A stamp that does not parse is shown as written.
 QString startedText(const SavedRun& run) {
-    return q(run.startedAt).replace('T', ' ').remove('Z') + QStringLiteral(" UTC");
+    const QDateTime started = QDateTime::fromString(q(run.startedAt), Qt::ISODate);
+    return started.isValid() ? QLocale().toString(started.toLocalTime(), QLocale::ShortFormat)
+                             : q(run.startedAt);
 }
+
+// A benchmark's title as a report keeps it, in the user's language.
+QString titleText(const std::string& title) { return ui::theme::uiText(title); }
 
 QString label(char letter, const SavedRun& run) {
     QString text = QStringLiteral("%1: %2 \u00B7 %3 \u00B7 %4")
@@ -84,23 +93,28 @@ QString outcomeText(const SavedRun& run) {
     const bool allSkipped =
         !run.results.empty() && std::all_of(run.results.begin(), run.results.end(),
                                             [](const SavedResult& r) { return r.status == "skipped"; });
-    QStringList parts{run.stopped  ? QObject::tr("Stopped before its end")
-                      : allSkipped ? QObject::tr("Skipped")
-                                   : q(scoreText(run.runScore)) + QStringLiteral(" pts")};
-    if (run.quick) parts << QObject::tr("quick");
-    if (run.mode == "accuracy") parts << QObject::tr("Accuracy Mode");
+    QStringList parts{run.stopped
+                          ? QCoreApplication::translate("quarbel::app::HistoryView", "Stopped before its end")
+                      : allSkipped ? QCoreApplication::translate("quarbel::app::HistoryView", "Skipped")
+                                   : QCoreApplication::translate("quarbel::app::HistoryView", "%1 pts")
+                                         .arg(q(scoreText(run.runScore)))};
+    if (run.quick) parts << QCoreApplication::translate("quarbel::app::HistoryView", "quick");
+    if (run.mode == "accuracy")
+        parts << QCoreApplication::translate("quarbel::app::HistoryView", "Accuracy Mode");
     return parts.join(QStringLiteral(" \u00B7 "));
 }
 
 QString benchmarksText(const SavedRun& run) {
-    if (run.results.size() == kBenchmarkCount) return QObject::tr("Full suite");
-    if (run.results.empty()) return QObject::tr("No benchmark finished");
+    if (run.results.size() == kBenchmarkCount)
+        return QCoreApplication::translate("quarbel::app::HistoryView", "Full suite");
+    if (run.results.empty())
+        return QCoreApplication::translate("quarbel::app::HistoryView", "No benchmark finished");
     QStringList titles;
     for (const SavedResult& result : run.results)
-        titles << q(result.title);
+        titles << titleText(result.title);
     // Four or more: the first two and how many more, so that a row stays a few lines high.
     if (titles.size() > 3)
-        return QObject::tr("%1 and %2 more")
+        return QCoreApplication::translate("quarbel::app::HistoryView", "%1 and %2 more")
             .arg(titles.mid(0, 2).join(QStringLiteral(", ")))
             .arg(titles.size() - 2);
     return titles.join(QStringLiteral(", "));
@@ -115,7 +129,7 @@ std::vector<ui::TrendSeries> trendSeries(const std::vector<SavedRun>& runs, std:
         if (result.status != "ok") continue;
         const auto id = benchmarkFromRawValue(result.id);
         ui::TrendSeries trend{
-            q(result.title), id ? ui::theme::accent(category(*id)) : ui::theme::secondary(), {}};
+            titleText(result.title), id ? ui::theme::accent(category(*id)) : ui::theme::secondary(), {}};
         // Runs are kept newest first; the chart reads oldest first.
         std::vector<std::pair<std::size_t, const SavedResult*>> found;
         std::size_t selectedAt = 0;
@@ -159,12 +173,13 @@ ui::ComparisonTable comparisonTable(const SavedRun& before, const SavedRun& afte
                                        : c.bandPercent;
         const QString uncertaintyText =
             c.ratio ? QStringLiteral("\u00B1%1 %").arg(uncertainty, 0, 'f', 1) : QStringLiteral("-");
-        table.rows.push_back({q(row.title), score(row.before), score(row.after), changeText(c.ratio),
+        table.rows.push_back({titleText(row.title), score(row.before), score(row.after), changeText(c.ratio),
                               uncertaintyText, c.verdict});
     }
     for (const auto& warning : comparison.warnings)
         table.warnings << q(warning);
-    table.emptyText = QObject::tr("The two runs have no benchmark in common.");
+    table.emptyText =
+        QCoreApplication::translate("quarbel::app::HistoryView", "The two runs have no benchmark in common.");
     return table;
 }
 
@@ -300,7 +315,7 @@ void HistoryView::reload() {
                                          list_);
         QStringList titles;
         for (const SavedResult& result : run.results)
-            titles << q(result.title);
+            titles << titleText(result.title);
         item->setToolTip(titles.join(QLatin1Char('\n')));
         if (!chosen.empty() && run.path == chosen) row = int(i);
     }
@@ -470,9 +485,10 @@ bool HistoryView::saveCards(const QString& directory) {
         return false;
     }
     cardsFolder_ = directory;
-    lastSave_ = tr("Saved %1 result %2 in %3.")
-                    .arg(written.paths.size())
-                    .arg(written.paths.size() == 1 ? tr("card") : tr("cards"), directory);
+    // Two sentences rather than a numerus form, so that English reads well without a translation.
+    lastSave_ = written.paths.size() == 1
+                    ? tr("Saved 1 result card in %1.").arg(directory)
+                    : tr("Saved %1 result cards in %2.").arg(written.paths.size()).arg(directory);
     updateStatus();
     return true;
 }

@@ -1,6 +1,7 @@
 // The window in other languages: the pseudo-translation that shows a text too long for its
 // place or left untranslated, and the window's controls still fitting when every text is
-// 40 % longer, at the sizes of a small laptop and of a typical first start.
+// 40 % longer, at the sizes of a small laptop and of a typical first start; and the German
+// translation complete, each text with the place markers of its source.
 #include "app/translations.h"
 #include "run/benchmark_store.h"
 #include "run/fake_workloads.h"
@@ -8,8 +9,12 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QFile>
+#include <QFileInfo>
 #include <QLabel>
+#include <QRegularExpression>
 #include <QTest>
+#include <QXmlStreamReader>
 
 #include <gtest/gtest.h>
 
@@ -64,4 +69,49 @@ TEST(Translations, EveryControlOfTheMainWindowFitsItsTextWhenTextsAreLonger) {
         }
         EXPECT_GT(translated, 3) << "of " << checked;
     }
+}
+
+namespace {
+
+// The place markers of a text ("%1", "%n", "%L2"), sorted: a translation may reorder them.
+std::string placeMarkers(const QString& text) {
+    static const QRegularExpression marker(QStringLiteral("%L?(?:[1-9]|n)"));
+    QStringList found;
+    for (const QRegularExpressionMatch& match : marker.globalMatch(text))
+        found << match.captured();
+    found.sort();
+    return found.join(QLatin1Char(' ')).toStdString();
+}
+
+} // namespace
+
+TEST(Translations, EveryGermanTextIsFinishedAndKeepsThePlaceMarkersOfItsSource) {
+#ifdef QUARBEL_SOURCE_DIR
+    const QString root = QStringLiteral(QUARBEL_SOURCE_DIR);
+#else
+    const QString root = QFileInfo(QStringLiteral(__FILE__)).absolutePath() + QStringLiteral("/../..");
+#endif
+    QFile file(root + QStringLiteral("/translations/quarbel_de.ts"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << qPrintable(file.fileName());
+    QXmlStreamReader xml(&file);
+    QString source;
+    bool numerus = false;
+    int messages = 0;
+    const auto check = [&](const QString& text) {
+        EXPECT_FALSE(text.isEmpty()) << qPrintable(source);
+        EXPECT_EQ(placeMarkers(text), placeMarkers(source))
+            << qPrintable(source) << " -> " << qPrintable(text);
+    };
+    while (!xml.atEnd()) {
+        if (xml.readNext() != QXmlStreamReader::StartElement) continue;
+        if (xml.name() == u"message") numerus = xml.attributes().value(QLatin1String("numerus")) == u"yes";
+        if (xml.name() == u"source") source = xml.readElementText();
+        if (xml.name() == u"numerusform") check(xml.readElementText());
+        if (xml.name() != u"translation") continue;
+        ++messages;
+        EXPECT_FALSE(xml.attributes().value(QLatin1String("type")) == u"unfinished") << qPrintable(source);
+        if (!numerus) check(xml.readElementText());
+    }
+    EXPECT_FALSE(xml.hasError()) << qPrintable(xml.errorString());
+    EXPECT_GT(messages, 100);
 }

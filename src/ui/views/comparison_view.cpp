@@ -2,6 +2,7 @@
 
 #include "ui/views/theme.h"
 
+#include <QCoreApplication>
 #include <QPaintEvent>
 #include <QPainter>
 
@@ -22,6 +23,23 @@ QColor verdictColor(Verdict verdict) {
     }
     return theme::muted();
 }
+
+namespace {
+
+// The verdict as the window shows it, in the user's language.
+QString verdictWord(Verdict verdict) {
+    switch (verdict) {
+    case Verdict::faster: return QCoreApplication::translate("quarbel::ui::ComparisonView", "faster");
+    case Verdict::slower: return QCoreApplication::translate("quarbel::ui::ComparisonView", "slower");
+    case Verdict::withinNoise:
+        return QCoreApplication::translate("quarbel::ui::ComparisonView", "within noise");
+    case Verdict::inconclusive:
+        return QCoreApplication::translate("quarbel::ui::ComparisonView", "inconclusive");
+    }
+    return theme::qstring(verdictText(verdict));
+}
+
+} // namespace
 
 ComparisonView::ComparisonView(QWidget* parent) : QWidget(parent) {
     setAttribute(Qt::WA_OpaquePaintEvent);
@@ -85,7 +103,7 @@ void ComparisonView::paintEvent(QPaintEvent* event) {
             painter.drawText(QRectF(columns[c + 1], y, number, kRowHeight), Qt::AlignRight | Qt::AlignVCenter,
                              cells[c]);
         }
-        const QString word = theme::qstring(verdictText(row.verdict));
+        const QString word = verdictWord(row.verdict);
         const qreal pill = std::min(verdict - 12, theme::pillWidth(word, 22));
         theme::drawPill(painter, QRectF(columns[5] + verdict - pill, y + 4, pill, 22), word,
                         verdictColor(row.verdict));

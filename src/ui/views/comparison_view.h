@@ -13,7 +13,7 @@
 namespace quarbel::ui {
 
 struct ComparisonTable {
-    QString beforeLabel; // "A: 2026-11-23 14:15 UTC · Full suite · quick"
+    QString beforeLabel; // "A: 11/23/26 2:15 PM · Full suite · quick", the start in local time
     QString afterLabel;
     struct Row {
         QString title, before, after;

@@ -3,6 +3,7 @@
 #include "model/number_format.h"
 #include "ui/views/theme.h"
 
+#include <QCoreApplication>
 #include <QPainter>
 
 namespace quarbel::ui {
@@ -16,7 +17,8 @@ QString elapsedText(double elapsedSeconds, double targetSeconds) {
 
 QString liveMetricText(const LiveProgress& progress, const OptionalVisualLiveStats& visual) {
     if (visual && visual->frames > 0) {
-        return QStringLiteral("%1 FPS average, %2 min, %3 max, %4 frames")
+        return QCoreApplication::translate("quarbel::ui::LiveText",
+                                           "%1 FPS average, %2 min, %3 max, %4 frames")
             .arg(theme::qstring(format(visual->averageFPS, 1)))
             .arg(theme::qstring(format(visual->minFPS, 1)))
             .arg(theme::qstring(format(visual->maxFPS, 1)))

@@ -11,6 +11,7 @@
 #include "ui/views/theme.h"
 #include "ui/views/trend_view.h"
 
+#include <QCoreApplication>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QPushButton>
@@ -57,8 +58,9 @@ qreal wrappedHeight(const QFont& font, const QString& text, qreal width) {
 }
 
 QString explanation(BenchmarkID id) {
-    return theme::qstring(runningExplanation(id)) +
-           QObject::tr("\n\nTarget duration: %1 s per pass.").arg(targetSeconds(id));
+    return theme::uiText(runningExplanation(id)) + QStringLiteral("\n\n") +
+           QCoreApplication::translate("quarbel::ui::ResultPanel", "Target duration: %1 s per pass.")
+               .arg(targetSeconds(id));
 }
 
 // "± 1.3 % (95 % interval)", naming the passes when the interval comes from several.
@@ -69,30 +71,41 @@ QString intervalText(const BenchmarkEndState& end) {
     const QString interval = theme::qstring(uncertaintyText(end.uncertainty));
     if (interval.isEmpty()) return {};
     if (end.uncertainty && end.uncertainty->ci95Percent() > kWidestUsableIntervalPercent)
-        return QObject::tr("%1 (95 %): too wide to compare with").arg(interval);
-    if (end.passes > 1) return QObject::tr("%1 (95 %, %2 passes)").arg(interval).arg(end.passes);
-    return QObject::tr("%1 (95 % interval)").arg(interval);
+        return QCoreApplication::translate("quarbel::ui::ResultPanel", "%1 (95 %): too wide to compare with")
+            .arg(interval);
+    if (end.passes > 1)
+        return QCoreApplication::translate("quarbel::ui::ResultPanel", "%1 (95 %, %2 passes)")
+            .arg(interval)
+            .arg(end.passes);
+    return QCoreApplication::translate("quarbel::ui::ResultPanel", "%1 (95 % interval)").arg(interval);
 }
 
 // What disturbed a noisy result: the share other work and the host took while it ran, and
 // the busiest other processes as the run started.
 QString noisyText(const BenchmarkEndState& end, const std::optional<MachineCondition>& atStart) {
-    QString text = QObject::tr("Noisy machine:");
-    if (end.interference) {
-        text +=
-            QObject::tr(" other work took %1 % of the CPU").arg(end.interference->otherCpuPercent, 0, 'f', 0);
-        if (end.interference->stealPercent >= 1)
-            text += QObject::tr(", the host %1 % as steal").arg(end.interference->stealPercent, 0, 'f', 0);
-        text += QObject::tr(" while it ran");
+    // Whole sentences, so that a translation can order their parts as its language needs.
+    QString text = QCoreApplication::translate("quarbel::ui::ResultPanel", "Noisy machine");
+    if (const auto& interference = end.interference) {
+        const QString other = QString::number(interference->otherCpuPercent, 'f', 0);
+        text =
+            interference->stealPercent >= 1
+                ? QCoreApplication::translate("quarbel::ui::ResultPanel",
+                                              "Noisy machine: other work took %1 % of the CPU, the host %2 % "
+                                              "as steal while it ran")
+                      .arg(other, QString::number(interference->stealPercent, 'f', 0))
+                : QCoreApplication::translate("quarbel::ui::ResultPanel",
+                                              "Noisy machine: other work took %1 % of the CPU while it ran")
+                      .arg(other);
     }
     if (atStart && !atStart->busyProcesses.empty()) {
         QStringList names;
         for (const BusyProcess& process : atStart->busyProcesses)
             if (names.size() < 3)
-                names << QObject::tr("%1 (%2 cores)")
+                names << QCoreApplication::translate("quarbel::ui::ResultPanel", "%1 (%2 cores)")
                              .arg(theme::qstring(process.name))
                              .arg(process.cores, 0, 'f', 1);
-        text += QObject::tr("; busy as the run started: %1").arg(names.join(QStringLiteral(", ")));
+        text = QCoreApplication::translate("quarbel::ui::ResultPanel", "%1; busy as the run started: %2")
+                   .arg(text, names.join(QStringLiteral(", ")));
     }
     return text + QLatin1Char('.');
 }
@@ -160,7 +173,7 @@ void paintSection(QPainter& painter, const QRectF& area, qreal y, const SensorSe
     painter.setFont(theme::font(11, QFont::DemiBold));
     painter.setPen(theme::muted());
     painter.drawText(QRectF(area.left(), y, area.width(), 16), Qt::AlignLeft | Qt::AlignVCenter,
-                     QObject::tr("SENSORS AND ENERGY"));
+                     QCoreApplication::translate("quarbel::ui::ResultPanel", "SENSORS AND ENERGY"));
     y += kSectionLabel;
     painter.setFont(detailFont());
     for (const auto& [text, muted] : section.lines) {
@@ -182,12 +195,16 @@ QString skipAdvice(BenchmarkID id) {
     case BenchmarkID::metalVisual:
     case BenchmarkID::metalCompute:
     case BenchmarkID::rawMetalDecode:
-        return QObject::tr("On Linux this benchmark runs on Vulkan. Install a Vulkan driver "
-                           "(mesa-vulkan-drivers for the CPU fallback, or your GPU vendor's), or pick "
-                           "another device with QUARBEL_GPU (see `quarbel info`).");
+        return QCoreApplication::translate(
+            "quarbel::ui::ResultPanel",
+            "On Linux this benchmark runs on Vulkan. Install a Vulkan driver "
+            "(mesa-vulkan-drivers for the CPU fallback, or your GPU vendor's), or "
+            "pick another device with QUARBEL_GPU (see `quarbel info`).");
     case BenchmarkID::openCLCompute:
-        return QObject::tr("Install an OpenCL driver (ICD): pocl-opencl-icd for the CPU, or your GPU "
-                           "vendor's ICD. `clinfo` lists the devices OpenCL can see.");
+        return QCoreApplication::translate(
+            "quarbel::ui::ResultPanel",
+            "Install an OpenCL driver (ICD): pocl-opencl-icd for the CPU, or your "
+            "GPU vendor's ICD. `clinfo` lists the devices OpenCL can see.");
     default: return {};
     }
 }
@@ -280,13 +297,13 @@ void ResultPanel::paintEvent(QPaintEvent* event) {
     painter.drawText(QRectF(area.left() + 36, area.top(), headerTextWidth, 30),
                      Qt::AlignLeft | Qt::AlignVCenter,
                      QFontMetrics(painter.font())
-                         .elidedText(theme::qstring(title(id)), Qt::ElideRight, int(headerTextWidth)));
+                         .elidedText(theme::uiText(title(id)), Qt::ElideRight, int(headerTextWidth)));
     painter.setFont(theme::font(12.5));
     painter.setPen(theme::secondary());
     painter.drawText(QRectF(area.left() + 36, area.top() + 28, headerTextWidth, 18),
                      Qt::AlignLeft | Qt::AlignVCenter,
                      QFontMetrics(painter.font())
-                         .elidedText(theme::qstring(subtitle(id)), Qt::ElideRight, int(headerTextWidth)));
+                         .elidedText(theme::uiText(subtitle(id)), Qt::ElideRight, int(headerTextWidth)));
 
     qreal y = area.top() + kHeaderHeight;
     if (!row.outcome) {

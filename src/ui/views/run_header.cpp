@@ -139,7 +139,7 @@ void RunHeader::paintEvent(QPaintEvent* event) {
     painter.setFont(theme::font(20, QFont::Bold));
     painter.setPen(theme::text());
     painter.drawText(QRectF(area.left(), area.top() + 16, area.width() * 0.6, 28),
-                     Qt::AlignLeft | Qt::AlignVCenter, theme::qstring(title(shown)));
+                     Qt::AlignLeft | Qt::AlignVCenter, theme::uiText(title(shown)));
 
     if (cooling) {
         painter.setFont(theme::font(15, QFont::DemiBold));

@@ -3,6 +3,9 @@
 #include "ui/cards/result_card.h"
 #include "ui/views/theme.h"
 
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QLocale>
 #include <QPaintEvent>
 #include <QPainter>
 
@@ -16,6 +19,32 @@ constexpr qreal kReasonHeight = 18; // the reason line under a skipped or failed
 
 // Fixed columns after the benchmark's: status, score, primary, secondary, duration.
 constexpr qreal kColumnWidths[] = {96, 88, 150, 140, 70};
+
+// The store names a summary in English, and a report keeps that name; the window shows the
+// names it knows in the user's language, any other as written.
+constexpr const char* kSummaryTitles[] = {
+    QT_TRANSLATE_NOOP("quarbel::ui::RunResultsView", "Full Suite Summary"),
+    QT_TRANSLATE_NOOP("quarbel::ui::RunResultsView", "Full Suite Accuracy Summary"),
+    QT_TRANSLATE_NOOP("quarbel::ui::RunResultsView", "Selected Test Summary"),
+    QT_TRANSLATE_NOOP("quarbel::ui::RunResultsView", "Selected Test Accuracy Summary"),
+};
+
+QString summaryTitle(const std::string& title) {
+    for (const char* known : kSummaryTitles)
+        if (title == known) return QCoreApplication::translate("quarbel::ui::RunResultsView", known);
+    return theme::qstring(title);
+}
+
+QString statusText(TestRunState state) {
+    switch (state) {
+    case TestRunState::idle: return QCoreApplication::translate("quarbel::ui::RunResultsView", "Not Run");
+    case TestRunState::running: return QCoreApplication::translate("quarbel::ui::RunResultsView", "Running");
+    case TestRunState::done: return QCoreApplication::translate("quarbel::ui::RunResultsView", "Completed");
+    case TestRunState::skipped: return QCoreApplication::translate("quarbel::ui::RunResultsView", "Skipped");
+    case TestRunState::failed: return QCoreApplication::translate("quarbel::ui::RunResultsView", "Failed");
+    }
+    return {};
+}
 
 bool hasReason(const ReportEntry& entry) { return entry.outcome.status != OutcomeStatus::ok; }
 
@@ -82,7 +111,7 @@ void RunResultsView::paintEvent(QPaintEvent* event) {
     painter.setFont(theme::font(17, QFont::Bold));
     painter.setPen(theme::text());
     const QString heading =
-        report.summary ? theme::qstring(report.summary->title) : tr("Stopped before its end");
+        report.summary ? summaryTitle(report.summary->title) : tr("Stopped before its end");
     QRectF titleUsed;
     painter.drawText(QRectF(inner.left(), inner.top() + 16, inner.width() * 0.6, 26),
                      Qt::AlignLeft | Qt::AlignVCenter, heading, &titleUsed);
@@ -99,10 +128,14 @@ void RunResultsView::paintEvent(QPaintEvent* event) {
         theme::drawPill(painter, QRectF(x, inner.top() + 18, width, 22), text, color);
         x += width + 6;
     }
-    const QString started =
-        QString::fromStdString(isoTimestamp(report.startedAt)).replace('T', ' ').remove('Z');
+    // In local time and the user's format, as the history's list shows it.
+    const QString started = QLocale().toString(
+        QDateTime::fromMSecsSinceEpoch(
+            std::chrono::duration_cast<std::chrono::milliseconds>(report.startedAt.time_since_epoch())
+                .count()),
+        QLocale::ShortFormat);
     const QString facts =
-        tr("Started %1 UTC  \u00B7  Quarbel %2  \u00B7  global score %3 over all thirteen")
+        tr("Started %1  \u00B7  Quarbel %2  \u00B7  global score %3 over all thirteen")
             .arg(started, theme::qstring(report.appVersion), theme::qstring(scoreText(report.globalScore)));
     painter.setFont(theme::font(12));
     painter.setPen(theme::secondary());
@@ -117,8 +150,10 @@ void RunResultsView::paintEvent(QPaintEvent* event) {
             {tr("Completed"), tr("%1 / %2").arg(summary.completed).arg(summary.total)},
             {tr("Skipped / failed"), tr("%1 / %2").arg(summary.skipped).arg(summary.failed)},
             {tr("Elapsed"), cards::summaryDurationText(summary.duration)},
-            {tr("Peak CPU"), theme::qstring(temperatureText(summary.peakCPU))},
-            {tr("Peak GPU"), theme::qstring(temperatureText(summary.peakGPU))},
+            {tr("Peak CPU"),
+             summary.peakCPU ? theme::qstring(temperatureText(summary.peakCPU)) : tr("Unavailable")},
+            {tr("Peak GPU"),
+             summary.peakGPU ? theme::qstring(temperatureText(summary.peakGPU)) : tr("Unavailable")},
         };
         const qreal width = inner.width() / 6;
         for (std::size_t i = 0; i < std::size(metrics); ++i)
@@ -175,14 +210,14 @@ void RunResultsView::paintEvent(QPaintEvent* event) {
         painter.setFont(theme::font(13, QFont::DemiBold));
         painter.setPen(theme::text());
         painter.drawText(QRectF(textLeft, row.top() + 4, textWidth, 18), Qt::AlignLeft | Qt::AlignVCenter,
-                         elided(painter, theme::qstring(title(entry.id)), textWidth));
+                         elided(painter, theme::uiText(title(entry.id)), textWidth));
         painter.setFont(theme::font(11));
         painter.setPen(theme::muted());
         painter.drawText(QRectF(textLeft, row.top() + 22, textWidth, 15), Qt::AlignLeft | Qt::AlignVCenter,
-                         elided(painter, theme::qstring(subtitle(entry.id)), textWidth));
+                         elided(painter, theme::uiText(subtitle(entry.id)), textWidth));
 
         const TestRunState state = rowStateFor(outcome.status);
-        const QString status = cards::rowStatusText(state);
+        const QString status = statusText(state);
         theme::drawPill(painter,
                         QRectF(columns[1], row.center().y() - 11,
                                std::min(kColumnWidths[0] - 12, theme::pillWidth(status, 22)), 22),

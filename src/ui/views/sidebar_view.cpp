@@ -3,6 +3,7 @@
 #include "run/benchmark_store.h"
 #include "ui/views/theme.h"
 
+#include <QCoreApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
@@ -19,11 +20,11 @@ constexpr int kMargin = 10;
 
 QString stateMark(TestRunState state) {
     switch (state) {
-    case TestRunState::idle: return QStringLiteral("Idle");
-    case TestRunState::running: return QStringLiteral("Running");
-    case TestRunState::done: return QStringLiteral("Done");
-    case TestRunState::skipped: return QStringLiteral("Skipped");
-    case TestRunState::failed: return QStringLiteral("Failed");
+    case TestRunState::idle: return QCoreApplication::translate("quarbel::ui::SidebarView", "Idle");
+    case TestRunState::running: return QCoreApplication::translate("quarbel::ui::SidebarView", "Running");
+    case TestRunState::done: return QCoreApplication::translate("quarbel::ui::SidebarView", "Done");
+    case TestRunState::skipped: return QCoreApplication::translate("quarbel::ui::SidebarView", "Skipped");
+    case TestRunState::failed: return QCoreApplication::translate("quarbel::ui::SidebarView", "Failed");
     }
     return {};
 }
@@ -89,7 +90,7 @@ void SidebarView::paintHeader(QPainter& painter, const Item& item) {
     painter.setFont(theme::font(12, QFont::Bold));
     painter.setPen(accent);
     painter.drawText(r.adjusted(22, 0, 0, 0), Qt::AlignVCenter | Qt::AlignLeft,
-                     theme::qstring(categoryTitle(item.category)).toUpper());
+                     theme::uiText(categoryTitle(item.category)).toUpper());
 }
 
 void SidebarView::paintRow(QPainter& painter, const Item& item) {
@@ -153,13 +154,13 @@ void SidebarView::paintRow(QPainter& painter, const Item& item) {
     painter.drawText(
         titleLine.adjusted(0, 0, -rightWidth, 0), Qt::AlignLeft | Qt::AlignVCenter,
         QFontMetrics(painter.font())
-            .elidedText(theme::qstring(title(id)), Qt::ElideRight, int(titleLine.width() - rightWidth)));
+            .elidedText(theme::uiText(title(id)), Qt::ElideRight, int(titleLine.width() - rightWidth)));
     painter.setFont(theme::font(11.5));
     painter.setPen(theme::secondary());
     painter.drawText(QRectF(textLeft, card.top() + 25, titleLine.width(), 17),
                      Qt::AlignLeft | Qt::AlignVCenter,
                      QFontMetrics(painter.font())
-                         .elidedText(theme::qstring(subtitle(id)), Qt::ElideRight, int(titleLine.width())));
+                         .elidedText(theme::uiText(subtitle(id)), Qt::ElideRight, int(titleLine.width())));
 }
 
 void SidebarView::mousePressEvent(QMouseEvent* event) {

@@ -68,7 +68,7 @@ StageView::Layout StageView::layout(BenchmarkID id) const {
     const auto wrappedHeight = [this](const QFont& font, const QRectF& box, const QString& text) {
         return QFontMetricsF(font, this).boundingRect(box, kTextFlags, text).height();
     };
-    const QString explanation = theme::qstring(runningExplanation(id));
+    const QString explanation = theme::uiText(runningExplanation(id));
     if (inlineStage) {
         const QRectF box(area.left(), area.top() + 42, area.width(), area.height());
         parts.explanation = QRectF(
@@ -162,7 +162,7 @@ void StageView::paintRateTrace(QPainter& painter, const QRectF& area, const QCol
 QString StageView::statusLine() const {
     const auto running = store_.runningID();
     if (!running) return {};
-    return theme::qstring(liveStatusLine(*running, std::max(0.0, store_.currentRunElapsed())));
+    return theme::uiText(liveStatusLine(*running, std::max(0.0, store_.currentRunElapsed())));
 }
 
 void StageView::paintEvent(QPaintEvent* event) {
@@ -197,11 +197,11 @@ void StageView::paintCooldown(QPainter& painter) {
     painter.setPen(accent);
     painter.drawText(QRectF(area.left() + 36, area.top(), area.width() - 36, 26),
                      Qt::AlignVCenter | Qt::AlignLeft,
-                     tr("NEXT  ·  %1").arg(theme::qstring(categoryTitle(category(next)))));
+                     tr("NEXT  ·  %1").arg(theme::uiText(categoryTitle(category(next)))));
     painter.setFont(theme::font(20, QFont::Bold));
     painter.setPen(theme::text());
     painter.drawText(QRectF(area.left(), area.top() + 40, area.width(), 28), Qt::AlignLeft | Qt::AlignVCenter,
-                     theme::qstring(title(next)));
+                     theme::uiText(title(next)));
     painter.setFont(statusFont());
     const QRectF strip(area.left(), area.top() + 84, area.width(), 40);
     QColor fill = accent;
@@ -234,12 +234,12 @@ void StageView::paintInlineStage(QPainter& painter, BenchmarkID id, const Layout
         painter.drawText(
             QRectF(area.left() + 36, area.top(), area.width() - 36, 26), Qt::AlignVCenter | Qt::AlignLeft,
             store_.passText().isEmpty()
-                ? tr("LIVE STAGE  ·  %1").arg(theme::qstring(categoryTitle(category(id))))
+                ? tr("LIVE STAGE  ·  %1").arg(theme::uiText(categoryTitle(category(id))))
                 : tr("LIVE STAGE  ·  %1  ·  %2")
-                      .arg(theme::qstring(categoryTitle(category(id))), store_.passText().toUpper()));
+                      .arg(theme::uiText(categoryTitle(category(id))), store_.passText().toUpper()));
         painter.setFont(explanationFont(true));
         painter.setPen(theme::text());
-        painter.drawText(parts.explanation, kTextFlags, theme::qstring(runningExplanation(id)));
+        painter.drawText(parts.explanation, kTextFlags, theme::uiText(runningExplanation(id)));
     }
 
     // The status line in a tinted strip, so the eye finds what changes; it wraps rather
@@ -291,14 +291,14 @@ void StageView::paintPoster(QPainter& painter, BenchmarkID id, const Layout& par
         painter.setPen(accent);
         painter.drawText(
             QRectF(area.left() + 36, textTop, area.width() - 36, 26), Qt::AlignVCenter | Qt::AlignLeft,
-            tr("%1  ·  IN ITS OWN WINDOW").arg(theme::qstring(categoryTitle(category(id))).toUpper()));
+            tr("%1  ·  IN ITS OWN WINDOW").arg(theme::uiText(categoryTitle(category(id))).toUpper()));
         painter.setFont(theme::font(20, QFont::Bold));
         painter.setPen(theme::text());
         painter.drawText(QRectF(area.left(), textTop + 34, area.width(), 28),
-                         Qt::AlignLeft | Qt::AlignVCenter, theme::qstring(title(id)));
+                         Qt::AlignLeft | Qt::AlignVCenter, theme::uiText(title(id)));
         painter.setFont(explanationFont(false));
         painter.setPen(theme::secondary());
-        painter.drawText(parts.explanation, kTextFlags, theme::qstring(runningExplanation(id)));
+        painter.drawText(parts.explanation, kTextFlags, theme::uiText(runningExplanation(id)));
     }
 
     if (dirty.intersects(parts.progress.toAlignedRect()))

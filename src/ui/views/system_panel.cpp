@@ -39,7 +39,8 @@ void SystemPanel::paintEvent(QPaintEvent* event) {
     const auto pill = [&](qreal left, const QString& name, std::optional<double> celsius,
                           const QColor& color) {
         theme::drawPill(painter, QRectF(left, pillTop, pillWidth, 26),
-                        name + QLatin1Char(' ') + theme::qstring(temperatureText(celsius)),
+                        name + QLatin1Char(' ') +
+                            (celsius ? theme::qstring(temperatureText(celsius)) : tr("Unavailable")),
                         celsius ? color : theme::muted());
     };
     pill(area.left(), tr("CPU"), temperatures.cpuCelsius, theme::accent(BenchmarkCategory::cpu));

@@ -65,16 +65,16 @@ void WorkloadAnimationView::paintEvent(QPaintEvent* event) {
         painter.setPen(accent);
         painter.drawText(
             QRect(kMargin + 42, 16, header.width() - 42, 18), Qt::AlignLeft | Qt::AlignVCenter,
-            tr("%1  ·  LIVE WORKLOAD").arg(theme::qstring(categoryTitle(category(id_))).toUpper()));
+            tr("%1  ·  LIVE WORKLOAD").arg(theme::uiText(categoryTitle(category(id_))).toUpper()));
         painter.setFont(theme::font(22, QFont::Bold));
         painter.setPen(theme::text());
         painter.drawText(QRect(kMargin + 42, 34, header.width() - 42, 28), Qt::AlignLeft | Qt::AlignVCenter,
-                         theme::qstring(title(id_)));
+                         theme::uiText(title(id_)));
         painter.setFont(theme::font(13.5));
         painter.setPen(theme::secondary());
         painter.drawText(QRect(kMargin, 68, header.width(), kHeaderHeight - 72),
                          Qt::AlignLeft | Qt::AlignTop | Qt::TextWordWrap,
-                         theme::qstring(runningExplanation(id_)));
+                         theme::uiText(runningExplanation(id_)));
     }
     const QRect area = animationArea();
     if (dirty.intersects(area)) {
