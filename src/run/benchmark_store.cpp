@@ -5,6 +5,7 @@
 #include "model/number_format.h"
 #include "model/trace_summary.h"
 #include "run/background_tasks.h"
+#include "run/pass_statistics.h"
 #include "run/window_presenter.h"
 #include "run/workload_dispatch.h"
 
@@ -21,7 +22,6 @@
 namespace quarbel {
 namespace {
 
-constexpr int kLogCapacity = 14;
 constexpr double kIdleThermalInterval = 5.0;
 constexpr double kRunningThermalInterval = 2.0;
 constexpr int kClockIntervalMs = 250;
@@ -130,7 +130,6 @@ BenchmarkStore::BenchmarkStore(StoreServices services, WindowPresenter* presente
     if (!services_.readCpuTicks) services_.readCpuTicks = StoreServices::standard().readCpuTicks;
     if (!services_.startTrace) services_.startTrace = StoreServices::standard().startTrace;
     if (services_.runLockDirectory.empty()) services_.runLockDirectory = RunLock::defaultDirectory();
-    logLines_ = {QStringLiteral("Quarbel ready")};
     currentRunTick_ = services_.now();
     startThermalMonitor(kIdleThermalInterval);
 }
@@ -265,9 +264,7 @@ void BenchmarkStore::startRunTask() {
     }
     peakCPU_ = temperatureSnapshot_.cpuCelsius;
     peakGPU_ = temperatureSnapshot_.gpuCelsius;
-    runCondition_ = {};
-    throttleWatch_ = {};
-    unstableSeen_ = false;
+    condition_.reset();
     Q_EMIT runConditionChanged();
     readRunCondition();
     startThermalMonitor(kRunningThermalInterval);
@@ -368,7 +365,7 @@ void BenchmarkStore::beginNextBenchmark() {
         task.startCelsius = reading.cpu;
     else
         task.startCelsius.reset();
-    throttleWatch_.beginBenchmark();
+    condition_.beginBenchmark();
     startRealtimeClock(id, task.passes);
     if (hasAnimationWindow(id)) presentAnimationWindow(id, task.passes);
     runBenchmark(id, task.passes);
@@ -392,21 +389,11 @@ void BenchmarkStore::runBenchmark(BenchmarkID id, int passes) {
     runNextAccuracyPass();
 }
 
-bool BenchmarkStore::passesDone() const {
-    const RunTask& task = *task_;
-    const auto done = static_cast<int>(task.passOutcomes.size());
-    if (done >= task.passes) return true;
-    if (!task.untilStable || done == 0) return false;
-    // Another pass of a benchmark that failed or could not run would only fail again.
-    if (task.passOutcomes.back().status != OutcomeStatus::ok) return true;
-    return task.uncertainty && task.uncertainty->ci95Percent() <= task.untilStable->ci95Percent;
-}
-
 void BenchmarkStore::runNextAccuracyPass() {
     RunTask& task = *task_;
     const BenchmarkID id = task.ids[task.index];
     const auto done = static_cast<int>(task.passOutcomes.size());
-    if (task.cancelled || passesDone()) {
+    if (task.cancelled || passesDone(task.passOutcomes, task.passes, task.untilStable, task.uncertainty)) {
         BenchmarkOutcome outcome = accuracyStoppedOutcome();
         if (!task.cancelled && task.untilStable) {
             outcome = untilStableOutcome(task.passOutcomes,
@@ -435,30 +422,12 @@ void BenchmarkStore::runNextAccuracyPass() {
 
 void BenchmarkStore::combinePasses() {
     RunTask& task = *task_;
-    const BenchmarkID id = task.ids[task.index];
-    const RunLength length = task.budgetScale < 1.0 ? RunLength::quick : RunLength::full;
-    task.uncertainty.reset();
-    task.withinRun.reset();
-    task.noiseFloor.reset();
-    if (task.passOutcomes.size() < 2) {
-        // One pass: its slices, with the run-to-run noise it cannot see added.
-        if (task.passSlices.empty()) return;
-        task.withinRun = passRateUncertainty(task.passSlices.back());
-        if (!task.withinRun) return;
-        task.noiseFloor = noiseFloors_.floorFor(id, length);
-        task.uncertainty = withRunToRunFloor(*task.withinRun, task.noiseFloor->percent / 100.0);
-        return;
-    }
-    // Several passes: their spread shows the variation between runs directly.
-    std::vector<double> scores;
-    std::vector<RateUncertainty> own;
-    for (std::size_t pass = 0; pass < task.passOutcomes.size(); ++pass) {
-        if (task.passOutcomes[pass].status != OutcomeStatus::ok) return;
-        scores.push_back(task.passOutcomes[pass].score);
-        if (pass < task.passSlices.size())
-            if (const auto measured = passRateUncertainty(task.passSlices[pass])) own.push_back(*measured);
-    }
-    task.uncertainty = passUncertainty(scores, own);
+    PassUncertainty combined =
+        passesUncertainty(task.ids[task.index], task.budgetScale < 1.0 ? RunLength::quick : RunLength::full,
+                          task.passOutcomes, task.passSlices, noiseFloors_);
+    task.uncertainty = combined.uncertainty;
+    task.withinRun = combined.withinRun;
+    task.noiseFloor = combined.noiseFloor;
 }
 
 void BenchmarkStore::benchmarkFinished(BenchmarkOutcome outcome) {
@@ -505,13 +474,13 @@ void BenchmarkStore::benchmarkFinished(BenchmarkOutcome outcome) {
     }
     if (const auto endTicks = services_.readCpuTicks(); task.startTicks && endTicks)
         end.interference = interferenceBetween(*task.startTicks, *endTicks);
-    end.frequencyDropPercent = throttleWatch_.frequencyDropPercent();
+    end.frequencyDropPercent = condition_.frequencyDropPercent();
     end.noisy = end.interference && isNoisy(*end.interference);
     endStates_[indexOf(id)] = std::move(end);
     task.passOutcomes.clear();
     if (task.stability && *task.stability < kThrottlingStabilityPercent) {
-        unstableSeen_ = true;
-        updateConditionBadges();
+        condition_.markUnstable();
+        Q_EMIT runConditionChanged();
     }
     setRow(id, {rowStateFor(status), std::move(outcome)});
     endedInRun_.push_back(id);
@@ -784,12 +753,7 @@ void BenchmarkStore::closeAnimationWindow() {
 void BenchmarkStore::logNotice(const QString& text) { appendLog(text); }
 
 void BenchmarkStore::appendLog(const QString& text) {
-    // One formatter for every line: local time, 24-hour clock.
-    const QString line =
-        QStringLiteral("[%1] %2").arg(services_.now().time().toString(QStringLiteral("HH:mm:ss")), text);
-    logLines_.append(line);
-    while (logLines_.size() > kLogCapacity)
-        logLines_.removeFirst();
+    const QString line = log_.append(text, services_.now().time());
     Q_EMIT logLinesChanged();
     Q_EMIT logLineAppended(line);
 }
@@ -832,7 +796,12 @@ void BenchmarkStore::refreshThermalSnapshot() {
         },
         [this](std::pair<TemperatureSnapshot, std::optional<ThrottleSample>> reading) {
             applyTemperatureSnapshot(reading.first);
-            if (reading.second && runningID_) observeThrottle(*reading.second);
+            if (reading.second && runningID_) {
+                const auto signs = condition_.observe(*reading.second);
+                for (const auto& sign : signs)
+                    appendLog(QStringLiteral("Throttling: %1").arg(qs(sign)));
+                if (!signs.empty()) Q_EMIT runConditionChanged();
+            }
             thermalReadInFlight_ = false;
         });
     if (!problem) return;
@@ -859,20 +828,13 @@ void BenchmarkStore::readRunCondition() {
     // Sampling other processes takes half a second: off the main thread, beside the first benchmark.
     const auto problem = background_->start([read = services_.readCondition] { return read(); },
                                             [this](MachineCondition condition) {
-                                                runCondition_.atStart = std::move(condition);
-                                                updateConditionBadges();
+                                                condition_.setAtStart(std::move(condition));
+                                                Q_EMIT runConditionChanged();
                                             });
-    if (problem) updateConditionBadges(); // the run goes on without it
-}
-
-void BenchmarkStore::observeThrottle(const ThrottleSample& sample) {
-    const std::size_t before = throttleWatch_.signs().size();
-    throttleWatch_.observe(sample);
-    if (throttleWatch_.signs().size() == before) return;
-    for (std::size_t i = before; i < throttleWatch_.signs().size(); ++i)
-        appendLog(QStringLiteral("Throttling: %1").arg(qs(throttleWatch_.signs()[i])));
-    runCondition_.throttleSigns = throttleWatch_.signs();
-    updateConditionBadges();
+    if (problem) { // the run goes on without it
+        condition_.setAtStart(std::nullopt);
+        Q_EMIT runConditionChanged();
+    }
 }
 
 void BenchmarkStore::sampleProgress(const ProgressReport& report) {
@@ -901,12 +863,6 @@ void BenchmarkStore::checkConcurrentRuns() {
         runsWarnedAbout_.push_back(other.pid);
         appendLog(qs(runsBesideThisWarning({other})));
     }
-}
-
-void BenchmarkStore::updateConditionBadges() {
-    const bool throttling = unstableSeen_ || !runCondition_.throttleSigns.empty();
-    runCondition_.badges = conditionBadges(runCondition_.atStart.value_or(MachineCondition{}), throttling);
-    Q_EMIT runConditionChanged();
 }
 
 } // namespace quarbel

@@ -14,7 +14,9 @@
 #include "model/visual.h"
 #include "model/workload_context.h"
 #include "run/cooldown.h"
+#include "run/run_condition_tracker.h"
 #include "run/run_lock.h"
+#include "run/run_log.h"
 #include "sensors/interference.h"
 #include "sensors/machine_condition.h"
 #include "sensors/temperature.h"
@@ -76,14 +78,6 @@ struct BenchmarkEndState {
     std::string traceSummary;                   // one line on what the trace shows
     std::optional<double> startCelsius;         // the CPU as the benchmark started
     bool operator==(const BenchmarkEndState&) const = default;
-};
-
-// What the machine was doing around the current (or last) run.
-struct RunCondition {
-    std::optional<MachineCondition> atStart; // read as the run started; absent until then
-    std::vector<std::string> throttleSigns;  // seen by the thermal monitor while it ran
-    std::vector<std::string> badges;         // "on battery", "powersave governor", "throttling seen", ...
-    bool operator==(const RunCondition&) const = default;
 };
 
 // What the store runs and reads; the defaults are the real workloads and sensors.
@@ -150,7 +144,7 @@ class BenchmarkStore : public QObject {
     const BenchmarkRows& rows() const { return rows_; }
     BenchmarkID selectedID() const { return selectedID_; }
     OptionalBenchmarkID runningID() const { return runningID_; }
-    QStringList logLines() const { return logLines_; }
+    QStringList logLines() const { return log_.lines(); }
     OptionalVisualRequest visualBenchmarkRequest() const { return visualRequest_; }
     OptionalVisualLiveStats visualLiveStats() const { return visualLiveStats_; }
     QDateTime currentRunStartedAt() const { return currentRunStartedAt_; }
@@ -161,7 +155,7 @@ class BenchmarkStore : public QObject {
     bool accuracyMode() const { return accuracyMode_; }
     LiveProgress liveProgress() const { return liveProgress_; }
     bool busy() const { return task_ != nullptr; }
-    const RunCondition& runCondition() const { return runCondition_; }
+    const RunCondition& runCondition() const { return condition_.condition(); }
     // While a run goes on: the other Quarbel runs going on beside it (a warning naming them and
     // their benchmarks), looked for as it starts and with every temperature reading; empty
     // when there are none.
@@ -272,7 +266,6 @@ class BenchmarkStore : public QObject {
     void beginNextBenchmark();
     void runBenchmark(BenchmarkID id, int passes);
     void runNextAccuracyPass();
-    bool passesDone() const;
     void combinePasses();
     void benchmarkFinished(BenchmarkOutcome outcome);
     void finishRunTask();
@@ -297,9 +290,7 @@ class BenchmarkStore : public QObject {
     void setRunningID(OptionalBenchmarkID id);
     void applyTemperatureSnapshot(const TemperatureSnapshot& snapshot);
     void readRunCondition();
-    void observeThrottle(const ThrottleSample& sample);
     void sampleProgress(const ProgressReport& report);
-    void updateConditionBadges();
     void checkConcurrentRuns();
     void waitForOtherRuns();
     void startRunTask();
@@ -311,7 +302,7 @@ class BenchmarkStore : public QObject {
     BenchmarkRows rows_;
     BenchmarkID selectedID_ = BenchmarkID::metalVisual;
     OptionalBenchmarkID runningID_;
-    QStringList logLines_;
+    RunLog log_;
     OptionalVisualRequest visualRequest_;
     OptionalVisualLiveStats visualLiveStats_;
     QDateTime currentRunStartedAt_;
@@ -322,7 +313,7 @@ class BenchmarkStore : public QObject {
     bool accuracyMode_ = false;
     LiveProgress liveProgress_;
     std::array<BenchmarkEndState, kBenchmarkCount> endStates_{};
-    RunCondition runCondition_;
+    RunConditionTracker condition_;
     QString concurrentRuns_;
     std::function<OtherRunsChoice(const QString&)> otherRunsQuestion_;
     static constexpr int kOtherRunPollMs = 500;
@@ -331,10 +322,8 @@ class BenchmarkStore : public QObject {
     std::vector<BenchmarkID> runIDs_;
     std::vector<BenchmarkID> endedInRun_;
     bool runStopped_ = false;
-    ThrottleWatch throttleWatch_;
     NoiseFloors noiseFloors_;
     std::vector<ProgressPoint> passSeries_; // the running pass's progress, sampled by the display clock
-    bool unstableSeen_ = false;             // a benchmark of this run kept under 90 % of its pace
 
     std::unique_ptr<RunTask> task_;
     std::unique_ptr<RunLock> runLock_;               // held while a run is active
