@@ -4,7 +4,7 @@
 <context>
     <name>QObject</name>
     <message>
-        <location filename="../src/ui/views/summary_panel.cpp" line="+30"/>
+        <location filename="../src/ui/views/summary_panel.cpp" line="+49"/>
         <source>Skipped</source>
         <translation>Übersprungen</translation>
     </message>
@@ -600,27 +600,7 @@
         <translation>keines</translation>
     </message>
     <message>
-        <location line="+16"/>
-        <source>GPU &quot;%1&quot;</source>
-        <translation>GPU „%1“</translation>
-    </message>
-    <message>
-        <location line="+1"/>
-        <source>OpenCL device &quot;%1&quot;</source>
-        <translation>OpenCL-Gerät „%1“</translation>
-    </message>
-    <message>
-        <location line="+1"/>
-        <source>storage folder &quot;%1&quot;</source>
-        <translation>SSD-Testordner „%1“</translation>
-    </message>
-    <message>
-        <location line="+14"/>
-        <source>The saved %1 is no longer there; using the default.</source>
-        <translation>Gespeicherte Auswahl nicht mehr vorhanden (%1); die Voreinstellung gilt wieder.</translation>
-    </message>
-    <message>
-        <location line="+7"/>
+        <location line="+38"/>
         <source>Devices</source>
         <translation>Geräte</translation>
     </message>
@@ -1130,14 +1110,6 @@
     </message>
 </context>
 <context>
-    <name>quarbel::app::RunHistoryRecorder</name>
-    <message>
-        <location filename="../src/app/run_history_recorder.cpp" line="+34"/>
-        <source>Run not kept in the history: %1</source>
-        <translation>Lauf nicht im Verlauf gespeichert: %1</translation>
-    </message>
-</context>
-<context>
     <name>quarbel::app::SummaryActions</name>
     <message>
         <location filename="../src/app/summary_actions.cpp" line="+51"/>
@@ -1183,16 +1155,6 @@
         <location line="+3"/>
         <source>Web page (*.html)</source>
         <translation>Webseite (*.html)</translation>
-    </message>
-    <message>
-        <location line="+13"/>
-        <source>Run not shared: %1</source>
-        <translation>Lauf nicht geteilt: %1</translation>
-    </message>
-    <message>
-        <location line="+18"/>
-        <source>Shared page written to %1; &apos;quarbel import&apos; takes it back</source>
-        <translation>Geteilte Seite nach %1 geschrieben; &apos;quarbel import&apos; liest sie wieder ein</translation>
     </message>
 </context>
 <context>
@@ -1517,7 +1479,7 @@
 <context>
     <name>quarbel::ui::RunResultsView</name>
     <message>
-        <location filename="../src/ui/views/run_results_view.cpp" line="+110"/>
+        <location filename="../src/ui/views/run_results_view.cpp" line="+96"/>
         <source>RUN SUMMARY</source>
         <translation>LAUFÜBERSICHT</translation>
     </message>
@@ -1548,7 +1510,7 @@
         <translation>Fertig</translation>
     </message>
     <message>
-        <location line="-124"/>
+        <location filename="../src/ui/views/summary_panel.cpp" line="-29"/>
         <source>Full Suite Summary</source>
         <translation>Übersicht der kompletten Suite</translation>
     </message>
@@ -1568,7 +1530,7 @@
         <translation>Genauigkeitsübersicht des gewählten Tests</translation>
     </message>
     <message>
-        <location line="+11"/>
+        <location filename="../src/ui/views/run_results_view.cpp" line="-110"/>
         <source>Not Run</source>
         <translation>Nicht gelaufen</translation>
     </message>
@@ -1766,7 +1728,7 @@
 <context>
     <name>quarbel::ui::SummaryPanel</name>
     <message>
-        <location filename="../src/ui/views/summary_panel.cpp" line="+5"/>
+        <location filename="../src/ui/views/summary_panel.cpp" line="+31"/>
         <source>Save Result Card</source>
         <translation>Karte speichern</translation>
     </message>
@@ -1791,12 +1753,12 @@
         <translation>Kein Benchmark dieses Laufs wurde fertig: Es gibt keine Wertung für eine Karte</translation>
     </message>
     <message>
-        <location line="+29"/>
+        <location line="+28"/>
         <source>RUN SUMMARY</source>
         <translation>LAUFÜBERSICHT</translation>
     </message>
     <message>
-        <location line="+26"/>
+        <location line="+25"/>
         <source>Total score</source>
         <translation>Gesamtwertung</translation>
     </message>
@@ -1828,6 +1790,12 @@
     </message>
     <message>
         <location line="+1"/>
+        <location line="+2"/>
+        <source>Unavailable</source>
+        <translation>Nicht verfügbar</translation>
+    </message>
+    <message>
+        <location line="-1"/>
         <source>Peak GPU</source>
         <translation>GPU-Spitze</translation>
     </message>

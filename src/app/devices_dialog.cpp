@@ -65,11 +65,11 @@ void fill(QComboBox* chooser, const std::vector<Device>& devices, const QString&
 } // namespace
 
 std::optional<QString> applySavedDeviceChoices(FrameSettings& settings) {
+    // The notice goes to the run's log, which reports keep: it stays in English.
     QStringList dropped;
-    const std::pair<const char*, const char*> keys[] = {
-        {kGpuDeviceKey, QT_TRANSLATE_NOOP("quarbel::app::DevicesDialog", "GPU \"%1\"")},
-        {kOpenCLDeviceKey, QT_TRANSLATE_NOOP("quarbel::app::DevicesDialog", "OpenCL device \"%1\"")},
-        {kStorageDirectoryKey, QT_TRANSLATE_NOOP("quarbel::app::DevicesDialog", "storage folder \"%1\"")}};
+    const std::pair<const char*, const char*> keys[] = {{kGpuDeviceKey, "GPU \"%1\""},
+                                                        {kOpenCLDeviceKey, "OpenCL device \"%1\""},
+                                                        {kStorageDirectoryKey, "storage folder \"%1\""}};
     for (const auto& [key, what] : keys) {
         const auto value = saved(settings, key);
         if (!value) continue;
@@ -79,12 +79,11 @@ std::optional<QString> applySavedDeviceChoices(FrameSettings& settings) {
         if (key == kStorageDirectoryKey) choice.storageDirectory = value;
         if (session::applyDeviceChoices(choice)) {
             settings.setValue(QString::fromLatin1(key), QString());
-            dropped << translated(what).arg(qstring(*value));
+            dropped << QString::fromLatin1(what).arg(qstring(*value));
         }
     }
     if (dropped.isEmpty()) return std::nullopt;
-    return translated(QT_TRANSLATE_NOOP("quarbel::app::DevicesDialog",
-                                        "The saved %1 is no longer there; using the default."))
+    return QStringLiteral("The saved %1 is no longer there; using the default.")
         .arg(dropped.join(QStringLiteral(", ")));
 }
 

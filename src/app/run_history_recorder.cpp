@@ -31,7 +31,8 @@ void RunHistoryRecorder::onBusyChanged() {
     const HistorySave saved =
         saveToHistory(directory_, isoTimestamp(report.startedAt), jsonReportText(report));
     if (!saved.problem.empty()) {
-        store_.logNotice(tr("Run not kept in the history: %1").arg(QString::fromStdString(saved.problem)));
+        store_.logNotice(
+            QStringLiteral("Run not kept in the history: %1").arg(QString::fromStdString(saved.problem)));
         return;
     }
     Q_EMIT runKept(QString::fromStdString(saved.path));

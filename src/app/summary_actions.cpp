@@ -95,7 +95,8 @@ void SummaryActions::chooseShareFile() {
 bool SummaryActions::share(const QString& path) {
     if (keptPath_.empty()) return false;
     const auto failed = [this](const QString& reason) {
-        store_.logNotice(tr("Run not shared: %1").arg(reason));
+        store_.logNotice(
+            QStringLiteral("Run not shared: %1").arg(reason)); // the log stays English: reports keep it
         return false;
     };
     FileText file = readRegularFile(keptPath_, kLargestReportBytes);
@@ -113,7 +114,8 @@ bool SummaryActions::share(const QString& path) {
         return failed(q(written.problem));
     }
     const QString resolved = q(destination.path);
-    store_.logNotice(tr("Shared page written to %1; 'quarbel import' takes it back").arg(resolved));
+    store_.logNotice(
+        QStringLiteral("Shared page written to %1; 'quarbel import' takes it back").arg(resolved));
     return true;
 }
 

@@ -40,6 +40,7 @@ QPushButton:focus { outline: none; border: 2px solid rgba(255,255,255,0.85); pad
 QPushButton#primaryButton:enabled { background: #21c9e0; color: #061015; border-color: #21c9e0; }
 QPushButton#primaryButton:enabled:hover { background: #4dd6e8; }
 QPushButton#primaryButton:enabled:focus { border-color: #ffffff; }
+QPushButton::menu-indicator { image: none; width: 0; }
 QPushButton#stopButton:enabled { background: rgba(245,97,102,0.18); color: #f7868a;
   border-color: rgba(245,97,102,0.45); }
 QMenuBar { background: #0d0f12; border-bottom: 1px solid rgba(255,255,255,0.08); }

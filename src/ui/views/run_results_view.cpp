@@ -1,6 +1,7 @@
 #include "ui/views/run_results_view.h"
 
 #include "ui/cards/result_card.h"
+#include "ui/views/summary_panel.h"
 #include "ui/views/theme.h"
 
 #include <QCoreApplication>
@@ -19,21 +20,6 @@ constexpr qreal kReasonHeight = 18; // the reason line under a skipped or failed
 
 // Fixed columns after the benchmark's: status, score, primary, secondary, duration.
 constexpr qreal kColumnWidths[] = {96, 88, 150, 140, 70};
-
-// The store names a summary in English, and a report keeps that name; the window shows the
-// names it knows in the user's language, any other as written.
-constexpr const char* kSummaryTitles[] = {
-    QT_TRANSLATE_NOOP("quarbel::ui::RunResultsView", "Full Suite Summary"),
-    QT_TRANSLATE_NOOP("quarbel::ui::RunResultsView", "Full Suite Accuracy Summary"),
-    QT_TRANSLATE_NOOP("quarbel::ui::RunResultsView", "Selected Test Summary"),
-    QT_TRANSLATE_NOOP("quarbel::ui::RunResultsView", "Selected Test Accuracy Summary"),
-};
-
-QString summaryTitle(const std::string& title) {
-    for (const char* known : kSummaryTitles)
-        if (title == known) return QCoreApplication::translate("quarbel::ui::RunResultsView", known);
-    return theme::qstring(title);
-}
 
 QString statusText(TestRunState state) {
     switch (state) {
@@ -111,7 +97,7 @@ void RunResultsView::paintEvent(QPaintEvent* event) {
     painter.setFont(theme::font(17, QFont::Bold));
     painter.setPen(theme::text());
     const QString heading =
-        report.summary ? summaryTitle(report.summary->title) : tr("Stopped before its end");
+        report.summary ? summaryTitleText(report.summary->title) : tr("Stopped before its end");
     QRectF titleUsed;
     painter.drawText(QRectF(inner.left(), inner.top() + 16, inner.width() * 0.6, 26),
                      Qt::AlignLeft | Qt::AlignVCenter, heading, &titleUsed);

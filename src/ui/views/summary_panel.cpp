@@ -4,6 +4,7 @@
 #include "run/benchmark_store.h"
 #include "ui/views/theme.h"
 
+#include <QCoreApplication>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QPushButton>
@@ -11,6 +12,24 @@
 #include <algorithm>
 
 namespace quarbel::ui {
+namespace {
+
+// The store names a summary in English, and a report keeps that name; the window shows the
+// names it knows in the user's language, any other as written.
+constexpr const char* kSummaryTitles[] = {
+    QT_TRANSLATE_NOOP("quarbel::ui::RunResultsView", "Full Suite Summary"),
+    QT_TRANSLATE_NOOP("quarbel::ui::RunResultsView", "Full Suite Accuracy Summary"),
+    QT_TRANSLATE_NOOP("quarbel::ui::RunResultsView", "Selected Test Summary"),
+    QT_TRANSLATE_NOOP("quarbel::ui::RunResultsView", "Selected Test Accuracy Summary"),
+};
+
+} // namespace
+
+QString summaryTitleText(const std::string& title) {
+    for (const char* known : kSummaryTitles)
+        if (title == known) return QCoreApplication::translate("quarbel::ui::RunResultsView", known);
+    return theme::qstring(title);
+}
 
 QString durationText(double seconds) {
     if (seconds < 60) return theme::qstring(format(seconds, 1)) + QLatin1Char('s');
@@ -36,7 +55,7 @@ SummaryPanel::SummaryPanel(BenchmarkStore& store, QWidget* parent)
       compare_(new QPushButton(tr("Compare with\u2026"), this)),
       share_(new QPushButton(tr("Share\u2026"), this)) {
     setAttribute(Qt::WA_OpaquePaintEvent);
-    setFixedHeight(176);
+    setFixedHeight(220);
     for (QPushButton* button : {saveCard_, compare_, share_})
         button->setObjectName(QStringLiteral("secondaryButton"));
     connect(&store_, &BenchmarkStore::runConditionChanged, this, qOverload<>(&QWidget::update));
@@ -57,14 +76,13 @@ void SummaryPanel::followSummary() {
 
 void SummaryPanel::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
-    // Right-aligned in one row, the card last; the title takes what is left of the row.
-    int right = width() - 24;
-    for (QPushButton* button : {saveCard_, share_, compare_}) {
+    // One row under the figures, so that the title keeps the whole width in any language.
+    int left = 24;
+    for (QPushButton* button : {compare_, share_, saveCard_}) {
         const QSize hint = button->sizeHint();
-        button->setGeometry(right - hint.width(), 18, hint.width(), hint.height());
-        right -= hint.width() + 8;
+        button->setGeometry(left, height() - 18 - hint.height(), hint.width(), hint.height());
+        left += hint.width() + 8;
     }
-    buttonsLeft_ = right;
 }
 
 void SummaryPanel::paintEvent(QPaintEvent* event) {
@@ -83,12 +101,11 @@ void SummaryPanel::paintEvent(QPaintEvent* event) {
                      tr("RUN SUMMARY"));
     painter.setFont(theme::font(17, QFont::Bold));
     painter.setPen(theme::text());
-    // The title shares its row with the buttons, shortened when the row is narrow.
-    const QRectF titleBox(area.left(), area.top() + 18, std::max(0.0, buttonsLeft_ - 12 - area.left()), 26);
+    const QRectF titleBox(area.left(), area.top() + 18, area.width(), 26);
     QRectF titleUsed;
     painter.drawText(titleBox, Qt::AlignLeft | Qt::AlignVCenter,
                      QFontMetrics(painter.font())
-                         .elidedText(theme::qstring(summary->title), Qt::ElideRight, int(titleBox.width())),
+                         .elidedText(summaryTitleText(summary->title), Qt::ElideRight, int(titleBox.width())),
                      &titleUsed);
     // What made the run less trustworthy ("on battery", "throttling seen"), after the title.
     qreal x = titleUsed.right() + 12;
@@ -110,8 +127,10 @@ void SummaryPanel::paintEvent(QPaintEvent* event) {
         {tr("Completed"), tr("%1 / %2").arg(summary->completed).arg(summary->total)},
         {tr("Skipped / failed"), tr("%1 / %2").arg(summary->skipped).arg(summary->failed)},
         {tr("Elapsed"), durationText(summary->duration)},
-        {tr("Peak CPU"), theme::qstring(temperatureText(summary->peakCPU))},
-        {tr("Peak GPU"), theme::qstring(temperatureText(summary->peakGPU))},
+        {tr("Peak CPU"),
+         summary->peakCPU ? theme::qstring(temperatureText(summary->peakCPU)) : tr("Unavailable")},
+        {tr("Peak GPU"),
+         summary->peakGPU ? theme::qstring(temperatureText(summary->peakGPU)) : tr("Unavailable")},
     };
     // Two rows of three, so that every value has room even in the narrowest window.
     const qreal columnWidth = area.width() / 3;

@@ -6,6 +6,8 @@
 
 #include <QWidget>
 
+#include <string>
+
 class QPushButton;
 
 namespace quarbel {
@@ -35,13 +37,16 @@ class SummaryPanel : public QWidget {
     QPushButton* saveCard_;
     QPushButton* compare_;
     QPushButton* share_;
-    int buttonsLeft_ = 0; // where the row of buttons begins
 };
 
 // The run's total score, or when nothing completed, "Skipped", "Failed" or both; and the
 // state whose colour it is shown in.
 QString totalScoreText(const RunSummary& summary);
 TestRunState totalScoreState(const RunSummary& summary);
+
+// A run summary's title in the user's language: the store names summaries in English, and
+// reports keep that name; the titles it knows are translated, any other is shown as written.
+QString summaryTitleText(const std::string& title);
 
 // "42.0s" under a minute, else "3.5m".
 QString durationText(double seconds);
