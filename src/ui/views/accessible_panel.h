@@ -5,11 +5,30 @@
 
 #include <QAccessibleWidget>
 #include <QObject>
+#include <QWidget>
+#include <QWindow>
 
 #include <functional>
 #include <vector>
 
 namespace quarbel::ui {
+
+// A part of a painted view that has no widget of its own (a list row, a progress bar): a leaf
+// whose parent is the view's interface. It is valid while `owner()` gives the view.
+class AccessiblePaintedPart : public QAccessibleInterface {
+  public:
+    bool isValid() const override { return owner() != nullptr; }
+    QObject* object() const override { return nullptr; }
+    QWindow* window() const override { return owner()->window()->windowHandle(); }
+    QAccessibleInterface* parent() const override { return QAccessible::queryAccessibleInterface(owner()); }
+    QAccessibleInterface* child(int) const override { return nullptr; }
+    int childCount() const override { return 0; }
+    int indexOfChild(const QAccessibleInterface*) const override { return -1; }
+    QAccessibleInterface* childAt(int, int) const override { return nullptr; }
+
+  protected:
+    virtual QWidget* owner() const = 0;
+};
 
 class AccessiblePanel : public QAccessibleWidget {
   public:

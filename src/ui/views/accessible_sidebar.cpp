@@ -1,6 +1,7 @@
 #include "ui/views/accessible_sidebar.h"
 
 #include "run/benchmark_store.h"
+#include "ui/views/accessible_panel.h"
 #include "ui/views/accessible_text.h"
 #include "ui/views/sidebar_view.h"
 #include "ui/views/theme.h"
@@ -16,20 +17,9 @@ namespace quarbel::ui {
 namespace {
 
 // One painted row. It lives as long as the list's interface, which deletes it.
-class AccessibleBenchmarkRow : public QAccessibleInterface, public QAccessibleActionInterface {
+class AccessibleBenchmarkRow : public AccessiblePaintedPart, public QAccessibleActionInterface {
   public:
     AccessibleBenchmarkRow(const AccessibleSidebar& list, BenchmarkID id) : list_(list), id_(id) {}
-
-    bool isValid() const override { return list_.sidebar() != nullptr; }
-    QObject* object() const override { return nullptr; }
-    QWindow* window() const override { return list_.sidebar()->window()->windowHandle(); }
-    QAccessibleInterface* parent() const override {
-        return QAccessible::queryAccessibleInterface(list_.sidebar());
-    }
-    QAccessibleInterface* child(int) const override { return nullptr; }
-    int childCount() const override { return 0; }
-    int indexOfChild(const QAccessibleInterface*) const override { return -1; }
-    QAccessibleInterface* childAt(int, int) const override { return nullptr; }
 
     QString text(QAccessible::Text t) const override {
         switch (t) {
@@ -73,6 +63,9 @@ class AccessibleBenchmarkRow : public QAccessibleInterface, public QAccessibleAc
         if (action == pressAction() || action == setFocusAction()) list_.store().setSelectedID(id_);
     }
     QStringList keyBindingsForAction(const QString&) const override { return {}; }
+
+  protected:
+    QWidget* owner() const override { return list_.sidebar(); }
 
   private:
     const AccessibleSidebar& list_;

@@ -1,6 +1,7 @@
 #include "ui/views/accessible_stage.h"
 
 #include "run/benchmark_store.h"
+#include "ui/views/accessible_panel.h"
 #include "ui/views/accessible_text.h"
 #include "ui/views/run_header.h"
 #include "ui/views/stage_view.h"
@@ -19,20 +20,9 @@ struct Speech {
 
 // The stage's progress bar, painted under the status line. It lives as long as the
 // stage's interface, which deletes it.
-class AccessibleStageProgress : public QAccessibleInterface, public QAccessibleValueInterface {
+class AccessibleStageProgress : public AccessiblePaintedPart, public QAccessibleValueInterface {
   public:
     explicit AccessibleStageProgress(const AccessibleStage& stage) : stage_(stage) {}
-
-    bool isValid() const override { return stage_.stage() != nullptr; }
-    QObject* object() const override { return nullptr; }
-    QWindow* window() const override { return stage_.stage()->window()->windowHandle(); }
-    QAccessibleInterface* parent() const override {
-        return QAccessible::queryAccessibleInterface(stage_.stage());
-    }
-    QAccessibleInterface* child(int) const override { return nullptr; }
-    int childCount() const override { return 0; }
-    int indexOfChild(const QAccessibleInterface*) const override { return -1; }
-    QAccessibleInterface* childAt(int, int) const override { return nullptr; }
 
     QString text(QAccessible::Text t) const override {
         switch (t) {
@@ -61,6 +51,9 @@ class AccessibleStageProgress : public QAccessibleInterface, public QAccessibleV
     QVariant maximumValue() const override { return 100; }
     QVariant minimumValue() const override { return 0; }
     QVariant minimumStepSize() const override { return 1; }
+
+  protected:
+    QWidget* owner() const override { return stage_.stage(); }
 
   private:
     const AccessibleStage& stage_;
