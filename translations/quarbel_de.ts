@@ -62,7 +62,7 @@
         <translation>Vergleich zweier Läufe</translation>
     </message>
     <message>
-        <location filename="../src/ui/views/accessible_stage.cpp" line="+39"/>
+        <location filename="../src/ui/views/accessible_stage.cpp" line="+29"/>
         <source>Progress</source>
         <translation>Fortschritt</translation>
     </message>
@@ -72,7 +72,7 @@
         <translation>%1 %</translation>
     </message>
     <message>
-        <location line="+36"/>
+        <location line="+39"/>
         <source>Live stage</source>
         <translation>Live-Anzeige</translation>
     </message>
@@ -764,7 +764,7 @@
         <translation>Verglichen mit</translation>
     </message>
     <message>
-        <location line="+99"/>
+        <location line="+95"/>
         <source>Reference: %1 · %2%3%4</source>
         <translation>Referenz: %1 · %2%3%4</translation>
     </message>
@@ -1137,17 +1137,17 @@
         <translation>Bekannte Rechner</translation>
     </message>
     <message>
-        <location line="+6"/>
+        <location line="+2"/>
         <source>%1 · %2</source>
         <translation>%1 · %2</translation>
     </message>
     <message>
-        <location line="+2"/>
+        <location line="+3"/>
         <source> · Quarbel %1</source>
         <translation> · Quarbel %1</translation>
     </message>
     <message>
-        <location line="+9"/>
+        <location line="+8"/>
         <source>Share Run</source>
         <translation>Lauf teilen</translation>
     </message>

@@ -328,20 +328,16 @@ void HistoryView::reload() {
                            QStringLiteral(" \u00B7 ") + outcomeText(run));
     // Known machines after this one's own runs: placing a run among them needs no network.
     references_.clear();
-    for (const ReferenceReport& reference : referenceReports()) {
-        std::string problem;
-        auto run = readSavedRun(reference.path, &problem);
-        if (!run) continue;
-        const std::string gpu = referenceGpu(reference.path);
+    for (KnownMachine& reference : readReferences()) {
         // A reference from another version says so, and is judged only where that version
         // scores alike.
-        const bool otherVersion = run->version != QUARBEL_VERSION;
+        const bool otherVersion = reference.run.version != QUARBEL_VERSION;
         baseline_->addItem(
             tr("Reference: %1 \u00B7 %2%3%4")
-                .arg(q(reference.name), q(run->machine),
-                     gpu.empty() ? QString() : QStringLiteral(" \u00B7 ") + q(gpu),
-                     otherVersion ? tr(" \u00B7 Quarbel %1").arg(q(run->version)) : QString()));
-        references_.push_back(std::move(*run));
+                .arg(q(reference.name), q(reference.run.machine),
+                     reference.gpu.empty() ? QString() : QStringLiteral(" \u00B7 ") + q(reference.gpu),
+                     otherVersion ? tr(" \u00B7 Quarbel %1").arg(q(reference.run.version)) : QString()));
+        references_.push_back(std::move(reference.run));
     }
     baseline_->blockSignals(false);
     selected_ = -1;

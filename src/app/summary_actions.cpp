@@ -61,18 +61,14 @@ void SummaryActions::followRun() {
 void SummaryActions::fillCompareMenu() {
     menu_->clear();
     menu_->addAction(tr("An Earlier Run…"), this, [this] { history_.compareNewestWith({}); });
-    const auto references = referenceReports();
+    const auto references = readReferences();
     if (!references.empty()) menu_->addSection(tr("Known machines"));
-    for (const ReferenceReport& reference : references) {
-        std::string problem;
-        const auto run = readSavedRun(reference.path, &problem);
-        if (!run) continue;
-        const std::string gpu = referenceGpu(reference.path);
-        QString label = tr("%1 \u00B7 %2").arg(q(reference.name), q(run->machine));
-        if (!gpu.empty()) label += QStringLiteral(" \u00B7 ") + q(gpu);
-        if (run->version != QUARBEL_VERSION) label += tr(" \u00B7 Quarbel %1").arg(q(run->version));
-        const std::string name = reference.name;
-        menu_->addAction(label, this, [this, name] { history_.compareNewestWith(name); });
+    for (const KnownMachine& reference : references) {
+        QString label = tr("%1 \u00B7 %2").arg(q(reference.name), q(reference.run.machine));
+        if (!reference.gpu.empty()) label += QStringLiteral(" \u00B7 ") + q(reference.gpu);
+        if (reference.run.version != QUARBEL_VERSION)
+            label += tr(" \u00B7 Quarbel %1").arg(q(reference.run.version));
+        menu_->addAction(label, this, [this, name = reference.name] { history_.compareNewestWith(name); });
     }
 }
 

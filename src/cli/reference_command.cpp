@@ -12,31 +12,29 @@
 namespace quarbel::cli {
 
 int referenceCommand(bool asJson) {
-    const auto reports = referenceReports();
+    std::vector<std::string> skipped;
+    const auto references = readReferences(&skipped);
+    for (const auto& problem : skipped)
+        std::fprintf(stderr, "quarbel: reference %s\n", problem.c_str());
     nlohmann::ordered_json list = nlohmann::ordered_json::array();
     std::string text;
-    for (const ReferenceReport& report : reports) {
-        std::string problem;
-        const auto run = readSavedRun(report.path, &problem);
-        if (!run) {
-            std::fprintf(stderr, "quarbel: reference %s skipped: %s\n", report.name.c_str(), problem.c_str());
-            continue;
-        }
-        const std::string gpu = referenceGpu(report.path);
-        const std::string machine = run->machine + (gpu.empty() ? "" : " \u00b7 " + gpu);
-        list.push_back({{"name", report.name},
-                        {"path", report.path},
+    for (const KnownMachine& reference : references) {
+        const SavedRun& run = reference.run;
+        const std::string& gpu = reference.gpu;
+        const std::string machine = run.machine + (gpu.empty() ? "" : " \u00b7 " + gpu);
+        list.push_back({{"name", reference.name},
+                        {"path", run.path},
                         {"machine", machine},
-                        {"globalScore", run->globalScore},
-                        {"version", run->version},
-                        {"sameVersion", run->version == QUARBEL_VERSION},
-                        {"startedAt", run->startedAt}});
-        const std::string note = otherVersionNote(run->version);
-        text += report.name + "  " + machine + "  " + scoreText(run->globalScore) + " pts  Quarbel " +
-                run->version + "  " + run->startedAt.substr(0, 10) +
-                (note.empty() ? "" : "  (" + note + ")") + "\n";
+                        {"globalScore", run.globalScore},
+                        {"version", run.version},
+                        {"sameVersion", run.version == QUARBEL_VERSION},
+                        {"startedAt", run.startedAt}});
+        const std::string note = otherVersionNote(run.version);
+        text += reference.name + "  " + machine + "  " + scoreText(run.globalScore) + " pts  Quarbel " +
+                run.version + "  " + run.startedAt.substr(0, 10) + (note.empty() ? "" : "  (" + note + ")") +
+                "\n";
     }
-    if (reports.empty()) {
+    if (references.empty() && skipped.empty()) {
         std::fprintf(stderr, "quarbel: no reference results were found in %s\n",
                      referenceDirectory().c_str());
         return session::kExitFailed;

@@ -34,6 +34,20 @@ std::vector<ReferenceReport> referenceReports() {
     return reports;
 }
 
+std::vector<KnownMachine> readReferences(std::vector<std::string>* skipped) {
+    std::vector<KnownMachine> machines;
+    for (const ReferenceReport& report : referenceReports()) {
+        std::string problem;
+        auto run = readSavedRun(report.path, &problem);
+        if (!run) {
+            if (skipped != nullptr) skipped->push_back(report.name + " skipped: " + problem);
+            continue;
+        }
+        machines.push_back({report.name, std::move(*run), referenceGpu(report.path)});
+    }
+    return machines;
+}
+
 ReferenceLookup findReference(const std::string& name) {
     std::string names;
     for (const ReferenceReport& report : referenceReports()) {

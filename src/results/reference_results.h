@@ -3,6 +3,8 @@
 // window's Run History.
 #pragma once
 
+#include "results/run_history.h"
+
 #include <string>
 #include <vector>
 
@@ -17,6 +19,15 @@ struct ReferenceReport {
     std::string path;
 };
 std::vector<ReferenceReport> referenceReports(); // by name
+
+// The shipped reports that read, by name, each with the GPU its machine names (empty when
+// none); `skipped` receives "NAME skipped: problem" for each that does not read.
+struct KnownMachine {
+    std::string name;
+    SavedRun run;
+    std::string gpu;
+};
+std::vector<KnownMachine> readReferences(std::vector<std::string>* skipped = nullptr);
 
 // The report that `name` names, or a problem listing the names there are.
 struct ReferenceLookup {
