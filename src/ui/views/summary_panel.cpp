@@ -9,8 +9,6 @@
 #include <QPainter>
 #include <QPushButton>
 
-#include <algorithm>
-
 namespace quarbel::ui {
 namespace {
 
