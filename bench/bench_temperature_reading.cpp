@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The cost of one temperature reading, which the thermal monitor takes every 2 s while
 // workloads run; it must stay far below 10 ms.
 //   cmake --preset bench

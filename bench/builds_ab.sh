@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Two builds of the real quarbel side by side: each benchmark run by build A, then by build B,
 # round after round, in one session on this machine; prints each build's median score and the
 # ratio B / A. Run it with the same build twice for an A/A check of the noise.

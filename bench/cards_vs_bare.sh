@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # What rendering and writing result cards costs the real `quarbel card` process: the same
 # command on a report with a global and a single card against a bare one on the same
 # report with nothing to draw (start-up, font registration and JSON reading alike),

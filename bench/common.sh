@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Sourced by the benchmark scripts: a private folder that also holds the XDG folders (so that
 # no benchmark run lands in the user's history or settings), an Xvfb display for the window
 # benchmarks, and the median of the numbers on standard input.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Runs the CPU workloads side by side with their peers and prints the ratios:
 #   memoryStream   vs a plain -O3 single-thread triad over the same arrays     (target >= 0.97)
 #   cpuCrypto      vs openssl speed -evp sha256 -bytes 262144 -multi <CPUs>     (target >= 0.95)

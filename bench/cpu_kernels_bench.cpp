@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One unit of each CPU kernel: a production round, a block hash, a triad pass, a
 // rendered row and a decoded RAW row.
 #include "workloads/cpu/developer_workflow.h"

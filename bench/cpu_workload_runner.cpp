@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Runs one CPU workload for the comparison scripts, in a clean process.
 // Usage: quarbel_cpu_workload_runner <production|crypto|stream|tile|raw> <seconds> <threads>
 //        quarbel_cpu_workload_runner <benchmark id> <budget scale>

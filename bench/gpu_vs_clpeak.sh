@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # The GPU benchmarks beside clpeak on the same device: the compute kernel through Vulkan
 # (metalCompute) and OpenCL (openCLCompute) against clpeak's single-precision peak, RAW Metal
 # Decode's bytes per second against clpeak's global memory bandwidth (the decode's bound), and

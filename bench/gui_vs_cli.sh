@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # What the desktop window costs the measurement, in the real programs under Xvfb:
 #   1. launch to first painted main window of quarbel-gui (median of 10)       (target < 300 ms)
 #   2. cpuInteger and cineTile scores with the window open against the command

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Measures the run controller's own overhead: the time from one workload returning
 // to the next one starting, over whole suites of workloads that return at once.
 // Prints the median and 90th percentile in milliseconds.

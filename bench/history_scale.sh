@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # The history at scale, in the real programs: a private history of N runs (default 10,000),
 # each a copy of one real quick-suite report with its own start time and scores within 3 %, then
 #   - `quarbel history` once cold (every report read, the index written) and warm (target < 300 ms)

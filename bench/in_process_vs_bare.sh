@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Each CPU benchmark inside the real quarbel process against the same workload function
 # in a bare process (quarbel_cpu_workload_runner: no Qt, no signal handling, no thermal
 # polling, a clean register state), alternating, and prints in-process / bare per

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Intervals from this machine, checked both ways with the real quarbel in a private history:
 #   TRAIN quiet runs teach the run-to-run floors (five are enough), then
 #   (a) A/A: AA further quiet runs, every pair compared: the share of benchmark comparisons

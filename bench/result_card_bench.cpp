@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rendering and writing one result card, the step a user waits for after choosing where
 // to save it (budget: under 150 ms), and its two halves.
 #include "ui/cards/result_card.h"

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # GPU Visual Tour in the real quarbel-gui at display scale 1 and 2 (QT_SCALE_FACTOR), rounds
 # alternating, under a private Xvfb: the scene must measure the same work at both, so the
 # ratio of the medians should be 1 within the run-to-run noise.

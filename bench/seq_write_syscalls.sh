@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Where SSD Sequential's write figure and fio's part: both tools write the same file (buffered
 # 16 MiB requests, fsync at the end) under strace, alternating, and the script prints per round
 #   - each tool's system calls on the file (count and size of the writes, the syncs), so that

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Runs the three storage workloads and fio, configured the same way (block size, buffered
 # or direct I/O, fsync at the end of a write pass, one job, queue depth 1, the same file
 # sizes), side by side on the same directory, and prints ours / fio for each figure.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The Student t quantiles of Boost.Math beside the continued fraction and bisection that the
 // model used before, kept here only to compare: the largest difference over df 1 ... 1000
 // and the time of one quantile each way.

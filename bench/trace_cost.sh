@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # What recording the sensor trace costs a benchmark, in the real quarbel: each benchmark run
 # with the trace on and with --no-trace, alternating, round after round, no cooldown; prints
 # the medians and the ratio on / off (target >= 0.99).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A plain stream triad, the yardstick for the memoryStream workload: the same three
 // arrays of 16,000,000 floats with the same initial values, one thread, compiled at -O3.
 // Usage: quarbel_triad_reference [seconds]; prints "bandwidth_gbs=<decimal GB/s> passes=<n>".

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # How far Quarbel's numbers can be trusted on this machine, measured with the real quarbel:
 #   survey N   N runs of an unchanged machine: per benchmark the run-to-run coefficient of
 #              variation (CV), the within-run uncertainty the slices show, and the run-to-run

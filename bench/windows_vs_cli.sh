@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # What the benchmark windows cost the measurement, in the real programs under Xvfb:
 #   1. cineTile and rawCPUDecode scores with their animation window open in quarbel-gui
 #      against the command line's, alternating, median of the per-round ratios   (target >= 0.98)

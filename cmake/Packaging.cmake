@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What `cmake --install` adds beyond the programs and desktop files, and the Debian
 # package that `cpack -G DEB` builds from the same install tree:
 #   share/man/man1               quarbel.1.gz, quarbel-gui.1.gz

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Warnings as errors and the optional sanitizers, applied to every Quarbel target
 # through quarbel_configure_target().
 set(QUARBEL_SANITIZE_FLAGS "")

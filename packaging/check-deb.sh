@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Builds the Debian package, installs it, runs both programs from the installed paths, and
 # removes it again, leaving the machine as it was found. Needs root (or sudo) and Debian 12
 # with the build packages of scripts/dev.sh.

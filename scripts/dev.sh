@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Quarbel's one entry point for building on Debian 12: installs the missing packages,
 # configures, builds, then runs what was asked.
 #   scripts/dev.sh suite      build and run the full suite headless

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # The window in German and pseudo-translated (every translated text 40 % longer, in brackets;
 # a plain English text is one left untranslated), at 1200x820 and 1366x768:
 #   <language>-<size>-run.png      after a quick run of two benchmarks, summary and result shown

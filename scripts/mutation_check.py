@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Mutation check: how many deliberate faults the test suite catches.
 
 Each mutant replaces one exact snippet in one source file (scripts/mutants.json). The check

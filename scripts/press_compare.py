@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: Apache-2.0
 """Presses the run summary's Compare with… button of the running quarbel-gui through AT-SPI, then
 chooses the menu's ENTRY-th entry with the keyboard (1: an earlier run; 2, 3, ...: the shipped
 references by name), as a keyboard user would.

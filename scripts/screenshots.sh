@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Screenshots of the real quarbel-gui window under Xvfb, with the real workloads:
 #   idle.png        the window at start
 #   cpu.png         CPU Multi-Core running on its inline stage

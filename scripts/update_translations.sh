@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Refreshes translations/*.ts from the window's sources: new texts arrive unfinished, texts
 # that are gone are dropped. The build compiles the .ts files; this only collects the texts.
 #   scripts/update_translations.sh

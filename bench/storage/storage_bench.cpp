@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Runs one storage workload with explicit sizes and prints its rates as plain numbers
 // (MB/s = 2^20 bytes per second, or IOPS), so that a script can set them beside fio's.
 //   quarbel_storage_bench sequential <block MiB> <block count>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Run by CPack once the install tree is staged: adds /etc/default/quarbel, the settings
 # that quarbel-benchmark.service reads, beside the /usr tree. It is a conffile of the
 # package, so local changes survive upgrades. A plain `cmake --install` never gets it.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Checks the bash completions of quarbel and quarbel-gui: sources them, completes a few
 # command lines and compares COMPREPLY.
 #   packaging/tests/completion.sh [QUARBEL]

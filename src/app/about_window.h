@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The about window: name, version, what the program does and the licence of its font.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "app/animation_window_controller.h"
 
 #include "app/scene_window.h"

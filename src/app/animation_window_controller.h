@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Owns one benchmark window, a workload animation or the visual benchmark's scene, and
 // decides what its closing means: closed by the program (completed first) it reports
 // nothing; closed by the user before the visual benchmark finished, it reports the run

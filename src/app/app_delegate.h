@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How the program ends: Ctrl+Q from any of its windows, or closing the main window.
 // Either way a running benchmark is stopped first and the program waits for it, so
 // that its scratch files are removed, and no other window keeps the program alive.

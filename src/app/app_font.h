@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Inter as the application font, so the windows look the same on every machine.
 #pragma once
 

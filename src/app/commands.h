@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The menu commands of the main window: "Quarbel" (about, quit), "Run" (the store's run
 // operations, the run history and the devices) and "Help". The run commands are enabled exactly when they can
 // act.

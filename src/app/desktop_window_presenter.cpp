@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "app/desktop_window_presenter.h"
 
 #include "app/animation_window_controller.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The desktop program's windows for the run controller: the workload animation windows and
 // the visual benchmark's scene window, one at a time.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "app/devices_dialog.h"
 
 #include "app/shared_window.h"

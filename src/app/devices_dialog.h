@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Devices: which GPU, OpenCL device and storage folder the benchmarks use, chosen in the window
 // and remembered for the next start. Choices apply from the next run on.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "app/display_check.h"
 
 #include <xcb/xcb.h>

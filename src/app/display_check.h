@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whether the desktop program will find a display for its windows. Qt ends the process
 // with an abort and a hint to reinstall when it finds none; checking first lets the
 // program say what is missing and leave with an ordinary exit code.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "app/first_paint_probe.h"
 
 #include <QCoreApplication>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // For the start-up benchmarks: when QUARBEL_FIRST_PAINT_TRACE is set, prints
 // "<label> <wall-clock seconds>" on standard error the first time a watched window paints,
 // and quits once every watched window has painted when its value is "quit". A launcher that

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The help window: a scrolling column with the heading "Quarbel Help" and ten short
 // sections that explain the program.
 #pragma once

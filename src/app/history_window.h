@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The run history window: the runs kept on this machine, newest first, each named by the
 // benchmarks it held. The selected run is compared, benchmark by benchmark and with the
 // verdicts of `quarbel compare`, with an earlier run (by default the newest complete one

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "app/launch_arguments.h"
 
 #include "session/run_arguments.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The command line of the desktop program:
 //   quarbel-gui [--run all|ID[,ID...]] [--accuracy] [--quick] [--json FILE] [--quit-when-done]
 //               [--history]

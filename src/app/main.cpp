@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // quarbel-gui: the desktop program of the benchmark suite.
 #include "app/about_window.h"
 #include "app/app_delegate.h"

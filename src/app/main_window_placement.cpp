@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "app/main_window_placement.h"
 
 #include <QEvent>

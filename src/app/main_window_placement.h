@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Where the main window opens: the frame saved by the last launch when it still fits a
 // connected screen, else centred. The frame is written back shortly after every move
 // or resize and at once when the window closes.

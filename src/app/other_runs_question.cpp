@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "app/other_runs_question.h"
 
 #include "app/shared_window.h"

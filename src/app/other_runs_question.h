@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The question a run asked for in the window meets when another Quarbel run goes on: wait for
 // it, run anyway, or cancel.
 #pragma once

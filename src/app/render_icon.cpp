@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Build step: renders the application's SVG icon as a square PNG.
 //   quarbel_render_icon ICON.svg SIZE OUT.png
 #include <QDir>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "app/run_history_recorder.h"
 
 #include "results/json_report.h"

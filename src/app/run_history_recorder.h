@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Keeps every run started from the window in the run history, stopped runs included,
 // as the same JSON report the command line writes.
 #pragma once

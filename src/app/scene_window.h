@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The visual benchmark's window: a Vulkan surface on the GPU workloads' own instance and
 // device (so the device choice, QUARBEL_GPU included, is the same as offscreen), redrawn
 // continuously and paced by the display, each frame measured by the scene coordinator.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A window that exists once for the program's life: the first request creates and
 // shows it, later requests show and raise the same window. Closing (also with Esc or
 // Ctrl+W) only hides it, and it never keeps the program alive.

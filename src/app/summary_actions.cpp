@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "app/summary_actions.h"
 
 #include "app/history_window.h"

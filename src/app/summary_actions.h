@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The run summary's Compare with… and Share… buttons: both act on the run the history kept
 // last, so they wait until it is kept and stand disabled, saying why, until then.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The window's texts in the user's language: Quarbel's own translation for the first of the
 // user's languages that has one, and Qt's for its standard dialogs. Reports, CSV and metrics
 // never pass through here and stay the same in every language.

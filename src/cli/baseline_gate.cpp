@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "cli/baseline_gate.h"
 
 #include "model/catalogue.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // `quarbel run ... --baseline REPORT`: the run compared with a baseline report as it ends,
 // and with --fail-on-slower a CI gate: the benchmarks judged slower or not judged are run
 // again up to --confirm times, and only what stays slower (or still cannot be judged) fails.

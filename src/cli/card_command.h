@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // `quarbel card`: turns a saved JSON report into result cards, so that a run on a
 // server without a display can be shared later.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // `quarbel devices`: the Vulkan devices, OpenCL devices and file systems a run can use, with
 // the ones it would use now marked; and the checks of `run --gpu`, `--opencl-device` and
 // `--storage-dir`.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // `quarbel export RUN... --format csv|md|html|json|openmetrics [--out FILE]`.
 #pragma once
 

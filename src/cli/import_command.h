@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // `quarbel import FILE...`: reports from other machines added to this machine's history.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "cli/info_command.h"
 
 #include "results/manifest_json.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // `quarbel info`: the machine's six system rows, its current temperatures and the manifest
 // of the set-up that decides whether two runs are comparable.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // quarbel: the headless command line of the benchmark suite.
 #include "cli/baseline_gate.h"
 #include "cli/card_command.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // `quarbel reference [--json]`: the reference results that ship with Quarbel.
 #pragma once
 

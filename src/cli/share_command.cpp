@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "cli/share_command.h"
 
 #include "results/json_report.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // `quarbel share RUN [--out FILE]`: one HTML page that anybody can open in a browser, with the
 // run's tables, charts, sensor traces and system, and its report inside for `quarbel import`.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Accuracy Mode: several passes of one benchmark combined into the median pass,
 // with the pass scores, their spread and a confidence word in the detail.
 #pragma once

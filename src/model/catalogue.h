@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The fixed list of benchmarks and categories: everything a user reads about a
 // benchmark before and while it runs. Plain data; safe to use from any thread.
 #pragma once

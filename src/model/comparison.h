@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Comparing two runs benchmark by benchmark. Where both results carry their slice rates, the
 // verdict comes from statistics: a Welch t-test on the log rates, the runs' run-to-run noise
 // added, at a significance level of 0.05, and a change smaller than the noise threshold is

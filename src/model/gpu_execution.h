@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How a GPU benchmark ran on its device: where the data its kernels touch on every pass
 // lived, what was copied outside the timed span, the workgroup size it chose and how busy
 // it kept the device. Plain values, carried by the outcome into every output.

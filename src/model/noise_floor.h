@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The run-to-run floor of a benchmark's interval: the variation between separate runs that the
 // slices of one run cannot see. Built in from a quiet development machine until this machine
 // has run the benchmark often enough to show its own, then learned from those runs.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The number texts every workload uses, so that all benchmarks round the same way.
 // Locale-independent: the decimal separator is always a point.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What every benchmark reports, the rows the run controller keeps, and the scores
 // derived from them. Plain values: copy them freely and hand them between threads.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every progress report of one pass, kept so that the pass's rate can be sliced afterwards.
 // Not thread-safe: the caller serialises add() with its readers.
 #pragma once

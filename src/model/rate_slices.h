@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The uncertainty of a measured rate, from the run itself: a pass's progress reports are
 // grouped into consecutive slices of whole work units (batch means), and the spread of
 // the slices' rates gives the standard error of the pass's rate.

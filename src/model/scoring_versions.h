@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which Quarbel versions score a benchmark the same way. A benchmark whose work or scoring
 // changes records the version the change shipped in; runs from versions on the same side of
 // that change compare on it, runs from either side of it do not.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the sensors said while one benchmark ran, and how much energy it took: plain values,
 // recorded by the run controller, kept in the report and drawn under each result.
 #pragma once

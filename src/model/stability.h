@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sustained stability: whether a workload kept its pace to the end of its budget. A
 // machine that throttles shows it as a last fifth slower than the first.
 #pragma once

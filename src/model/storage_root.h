@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Where the storage benchmarks make their scratch folder, and so which disk they measure.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Student's t distribution: the confidence intervals of scores and the tests that compare
 // two runs both need it, with the few degrees of freedom that a handful of slices or
 // passes give.

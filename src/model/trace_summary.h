@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One line on what a benchmark's sensor trace shows: why it may have run slower than it
 // could, or "steady".
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Records exchanged between the run controller and the visual GPU benchmark.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the run controller hands every workload: a cancellation token, an optional
 // time budget and a progress sink. Workloads run on a background thread, check the
 // token between units of work, and never throw.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A comparison with a baseline as a CI job reads it: which benchmarks are slower than allowed,
 // which could not be judged, the exit status that says which, and the same as JUnit XML.
 // A gate can be fed several comparisons in turn (a run, then reruns of what it flagged):

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "results/gpu_execution_json.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The "gpu" member of a GPU benchmark's result in the JSON report.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A cache of what the history folder's reports say, so that listing ten thousand runs does
 // not parse ten thousand JSON files. The reports stay the record: the index holds one line
 // per file, keyed by its name, size and modification time, and a file whose key changed is

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The JSON form of a run report, written after a run and read back by `quarbel card`.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "results/json_report.h"
 #include "results/regular_file.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The run-to-run floors this machine has shown, learned from the runs its history keeps.
 #pragma once
 

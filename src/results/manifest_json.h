@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The "manifest" member of a report: the facts that decide whether two runs are comparable.
 #pragma once
 

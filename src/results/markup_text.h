@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Text made safe inside HTML and XML: element content and double-quoted attribute values.
 #pragma once
 

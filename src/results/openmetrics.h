@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A run's results in the Prometheus text exposition format, for node_exporter's textfile
 // collector: one gauge family per quantity, measurements in base units named in the metric
 // (bytes_per_second, frames_per_second, ...), so that a fleet is queried like any exporter.

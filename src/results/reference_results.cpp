@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "results/reference_results.h"
 
 #include <nlohmann/json.hpp>

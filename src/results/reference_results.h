@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The reference results that ship with Quarbel: full-suite reports of known machines, which
 // `quarbel reference` lists and a run can be compared with, on the command line and in the
 // window's Run History.

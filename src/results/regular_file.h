@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reading a file that should hold a report or an index: opened once, without waiting on a
 // named pipe or a device, read only when it is a regular file, and never beyond a size.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "results/report_file.h"
 
 #include "results/regular_file.h"

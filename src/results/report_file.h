@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Where `quarbel run --json` writes its report, checked before the run starts so that a
 // report that cannot be written is refused at once rather than lost after the run.
 #pragma once

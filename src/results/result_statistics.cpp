@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "results/result_statistics.h"
 
 #include "model/number_format.h"

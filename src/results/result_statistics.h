@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a result carries besides its outcome to be trusted: the score's 95 % interval and the
 // slices it comes from, the passes it combines, and how much the rest of the machine
 // disturbed it. Written into the JSON report and read back by both report readers.

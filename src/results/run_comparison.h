@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // `quarbel history` and `quarbel compare`: past runs listed, and two runs compared
 // benchmark by benchmark with a verdict that knows the benchmarks' noise.
 #pragma once

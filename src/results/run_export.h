@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Runs exported for other tools and people: CSV and Markdown tables with the raw values
 // (slice rates, energy and what the sensors saw included) and the reports themselves as one JSON document.
 // The HTML page, whose charts need QtGui, is made by the cards (ui/cards/html_export.h).

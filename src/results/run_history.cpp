@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "results/run_history.h"
 
 #include "results/manifest_json.h"

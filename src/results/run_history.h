@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The run history: every finished run's JSON report, kept on this machine under the
 // XDG data directory, for `quarbel history`, `quarbel compare` and the window's history.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One record of a finished (or stopped) run that every output reads: the terminal
 // table, the JSON file and the result cards. Numbers are turned
 // into text here and nowhere else.

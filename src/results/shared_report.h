@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A run shared as one HTML page carries its JSON report, byte for byte, base64-encoded in a
 // hidden element with the report's SHA-256, so that the page can be imported again unchanged
 // and a page whose report was edited is recognised.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "results/store_report.h"
 
 #include "sensors/system_snapshot.h"

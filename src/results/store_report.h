@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The report of the store's current (or last) run, as the command line, the JSON file,
 // the cards and the history read it.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "results/trace_json.h"
 
 #include "sensors/trace_recorder.h"

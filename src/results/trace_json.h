@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The sensor trace and the energy of a result in the JSON report. A trace column is kept as
 // its lowest and highest value and one hexadecimal byte per point (a step between the two,
 // "ff" for a missing sample), so that a full suite's traces stay a small part of its report.

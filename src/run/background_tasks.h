@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Runs work on its own thread and hands the result back on the receiver's thread.
 // The destructor joins every thread still running, so a result is never delivered to
 // a receiver that is gone: cancel long work before destroying this.

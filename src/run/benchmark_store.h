@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // BenchmarkStore: the single owner of run state. It lives on the main thread; views
 // and the command line read its properties, listen to their change signals and call
 // its operations. Workloads run one pass at a time on a background thread and hand

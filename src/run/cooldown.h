@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Bringing the machine back to idle before each benchmark, so that a result does not depend
 // on how hot the one before it left the CPU: a wait until the package temperature is back near
 // the idle one measured as the run started (with a cap), a fixed gap, or none.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How the passes of one benchmark become its result's interval, and when a benchmark run
 // pass after pass (Accuracy Mode, or until its interval is narrow enough) has had enough.
 #pragma once

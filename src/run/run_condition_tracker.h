@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What made the current run less trustworthy, gathered as it goes: the machine as the run
 // started, throttling seen by the thermal monitor, a benchmark that slowed down as it ran;
 // and the badges the window shows for them.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Marks a benchmark run as in progress on this machine for as long as it lasts, so that a
 // second Quarbel process that starts a run meanwhile can say that the two skew each other
 // (they share the cores, the memory bus and, worst of all, the disk).

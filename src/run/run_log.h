@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The run's log as the window shows it: the newest lines, each stamped with the local time.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The seam through which the run controller opens windows. The desktop application
 // implements it; the headless command line has none, and then no window opens and
 // the visual benchmark runs offscreen.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "run/workload_dispatch.h"
 
 #include "workloads/cpu/cpu_workloads.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One table from benchmark to workload function.
 #pragma once
 

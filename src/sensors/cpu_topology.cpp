@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "sensors/cpu_topology.h"
 
 #include "sensors/sysfs_text.h"

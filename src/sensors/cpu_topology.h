@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The processor's layout: packages, physical cores, hardware threads, NUMA nodes and, on
 // hybrid processors, the kinds of cores. Read through hwloc, limited to the CPUs this
 // process may run on; when hwloc fails, counted from sysconf and /sys/devices/system/cpu.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "sensors/cpuinfo_brand.h"
 
 #include "sensors/sysfs_text.h"

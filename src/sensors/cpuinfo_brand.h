@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The processor's brand text from the contents of /proc/cpuinfo.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // CPU and GPU temperatures from the kernel's hwmon sensors (and, where hwmon has no
 // chip of a kind, from thermal zones).
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How much the rest of the machine disturbed one benchmark: CPU time stolen by the
 // hypervisor and CPU time used by other processes, from /proc/stat and our own process's
 // ticks at the benchmark's start and end. Cheap enough to read on the main thread.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The hwmon chips as lm-sensors' libsensors sees them: its chip names, the labels, ignore
 // and compute lines of /etc/sensors3.conf and /etc/sensors.d applied.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "sensors/machine_condition.h"
 
 #include "sensors/hwmon_reader.h"

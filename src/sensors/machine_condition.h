@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the machine was doing around a run, read from /sys and /proc: the facts that make a
 // result less trustworthy without making it wrong (a power-saving governor, a battery, other
 // busy programs, throttling). They are shown beside results, never used to refuse a run.

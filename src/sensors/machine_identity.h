@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which machine a report comes from, so that reports gathered from a fleet can be told
 // apart: the host's name, a stable identifier that does not give away /etc/machine-id, the
 // kernel and the storage device the storage benchmarks write to.

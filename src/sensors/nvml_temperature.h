@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // NVIDIA GPU temperatures through NVML, loaded at run time with dlopen so that the
 // program neither builds nor links against the NVIDIA driver.
 #pragma once

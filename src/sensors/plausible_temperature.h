@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The one rule every temperature source shares: a value outside this window is a
 // broken or unconnected sensor, never a real die temperature.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "sensors/power_sensors.h"
 
 #include "sensors/plausible_temperature.h"

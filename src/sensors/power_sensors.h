@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The machine's power and clock sensors, read at one moment: RAPL package energy (powercap),
 // the GPU's power (NVML or amdgpu's hwmon), the battery, per-core clocks (cpufreq) and the
 // CPUs' thermal throttle counters. Each reader finds its files once and says why when it

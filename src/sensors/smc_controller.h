@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Temperatures from a System Management Controller: key encoding, value decoding and
 // the best-of-a-key-list rule, written against a small transport so that the logic is
 // portable and testable. A platform transport (the IOKit user client of AppleSMC on

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "sensors/sysfs_text.h"
 
 #include <cerrno>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reading the small text files of /proc and /sys. Plain POSIX calls: these files are
 // read every few seconds while workloads run, so the helpers avoid streams and locale.
 #pragma once

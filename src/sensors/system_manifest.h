@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What decides whether two runs are comparable beyond the hardware: the kernel and how it was
 // started, CPU mitigations and microcode, SMT, transparent huge pages, the frequency governor,
 // the GPU and OpenCL drivers, this build of Quarbel, the scratch file system and the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Facts about the machine for the system panel, the result cards and the command line:
 // the processor's name, its topology and six labelled rows.
 //

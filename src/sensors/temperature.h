@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // CPU and GPU temperatures: the raw reading and the snapshot the run controller keeps.
 #pragma once
 

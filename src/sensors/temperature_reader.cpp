@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "sensors/hwmon_reader.h"
 #include "sensors/nvml_temperature.h"
 #include "sensors/temperature.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "sensors/trace_recorder.h"
 
 #include "sensors/temperature.h"

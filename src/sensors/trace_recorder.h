@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Records the sensor trace and the energy of one benchmark pass: a thread samples every
 // sensor at a fixed rate from start() to finish(), and the samples become the trace's columns,
 // the energy of each power domain and the reasons for the domains that have no sensor.

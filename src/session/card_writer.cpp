@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "session/card_writer.h"
 
 #include "session/run_session.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The result cards of a finished run written into a directory, for `quarbel run --cards`,
 // `quarbel card` and `quarbel-gui --run`, and the application object that drawing them needs.
 #pragma once

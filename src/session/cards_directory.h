@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The directory that `quarbel run --cards` and `quarbel card --out` write result cards
 // into, checked before anything runs so that cards that cannot be written are refused at
 // once rather than lost after the run.

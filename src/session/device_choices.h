@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The devices a run uses when the user picks them (`run --gpu`, `--opencl-device`,
 // `--storage-dir`, the window's Devices dialog), checked against what is there.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whether what the command line prints actually arrives: a full disk, a closed pipe or a
 // hung-up terminal make writes fail, and the user must hear of it.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The live line of the benchmark now running: title, elapsed against target, a bar
 // and the rate of work units when the workload reports them.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Checks of the `quarbel run` arguments, made before anything runs.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "session/run_session.h"
 
 #include "model/number_format.h"

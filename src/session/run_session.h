@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Drives one `quarbel run` through the BenchmarkStore on the main thread: prints the
 // log and live progress while it runs, then the table, summary, JSON report and cards.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Turns SIGINT, SIGTERM and SIGHUP into a Qt signal on the main thread, through a
 // self-pipe, so that a stop request runs ordinary code rather than a signal handler.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The window's saved settings kept in memory, for tests.
 #pragma once
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """quarbel-gui as a screen reader meets it: through AT-SPI, on a private Xvfb, session bus and
 accessibility bus. Selects CPU Single-Core and presses Run the way a screen reader user does
 (AT-SPI actions), then checks what a screen reader would say: the benchmark's name, its state

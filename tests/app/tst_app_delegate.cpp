@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Ctrl+Q and quitting: which keys quit, and that quitting stops a run first.
 #include "app/app_delegate.h"
 #include "app/help_window.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The benchmark windows for real: the visual benchmark's Vulkan scene on Xvfb with the
 // system's Vulkan driver, and the workload animation windows around their benchmarks.
 #include "app/animation_window_controller.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The menu commands and the shared help window.
 #include "app/about_window.h"
 #include "app/commands.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // quarbel-gui as a user meets it, on a private Xvfb, driven from the keyboard with xdotool.
 #include "../cli/process.h"
 #include "support/temp_dir.h"

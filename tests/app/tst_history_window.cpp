@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The run history window over runs the window itself kept: which runs it compares by
 // default, how it names them, a past run opened read-only and its cards and report saved;
 // and the summary's buttons that compare the kept run and share it.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The desktop program's command line.
 #include "app/display_check.h"
 #include "app/launch_arguments.h"

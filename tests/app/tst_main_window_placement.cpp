@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Where the main window opens, and how often its frame is written.
 #include "app/main_window_placement.h"
 #include "memory_settings.h"

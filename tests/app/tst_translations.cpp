@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The window in other languages: the pseudo-translation that shows a text too long for its
 // place or left untranslated, and the window's controls still fitting when every text is
 // 40 % longer, at the sizes of a small laptop and of a typical first start; and the German

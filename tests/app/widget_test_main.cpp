@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // GoogleTest entry point for tests of windows: a QApplication on Qt's offscreen platform.
 #include <QApplication>
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # The --metrics file of a real run, checked by promtool and scraped through the real
 # prometheus-node-exporter's textfile collector on 127.0.0.1, as a fleet would read it.
 # Usage: metrics_scrape.sh QUARBEL_BINARY. Exits 77 (skipped) without promtool or the exporter.

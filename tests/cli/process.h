@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Runs the quarbel binary as a child process and collects what it printed.
 #pragma once
 

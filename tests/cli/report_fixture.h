@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Small reports written by hand, for the history, compare and gate tests.
 #pragma once
 

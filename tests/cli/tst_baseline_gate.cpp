@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // `quarbel run --baseline`: the gate CI jobs rely on, against real quick runs. Serial: a
 // run made noisy by tests running beside it could not be judged.
 #include "process.h"

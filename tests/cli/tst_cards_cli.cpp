@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Result cards from the command line: `quarbel run --cards DIR` and `quarbel card
 // REPORT.json --out DIR`, with the report read back as it was written.
 #include "process.h"

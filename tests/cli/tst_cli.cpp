@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The quarbel binary as a user meets it: arguments, exit codes, output and the report.
 #include "process.h"
 #include "support/temp_dir.h"

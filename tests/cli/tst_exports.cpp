@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Exports and many-run comparisons through the real quarbel, from a real quick run.
 #include "process.h"
 #include "sensors/fake_tree.h"

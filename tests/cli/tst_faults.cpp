@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // quarbel under hostile conditions: broken output, signals, odd report paths, full or
 // limited resources. Each row runs the real binary with a private TMPDIR, which must be
 // empty afterwards, and is never allowed to die of a signal.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "process.h"
 #include "report_fixture.h"
 #include "results/history_index.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A run among others: the shipped reference results, and a run handed over as one HTML page,
 // readable without Quarbel, imported back byte for byte, refused when its report was edited.
 #include "process.h"

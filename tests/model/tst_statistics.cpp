@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "model/comparison.h"
 #include "model/rate_slices.h"
 #include "model/student_t.h"

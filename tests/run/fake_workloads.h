@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Scriptable workloads and sensors for driving BenchmarkStore through whole runs.
 #pragma once
 

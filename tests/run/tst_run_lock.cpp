@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The mark a run leaves while it lasts: where it goes, what a finished or killed run leaves
 // behind (nothing that counts) and the warning a second run logs. Two real processes
 // meeting are tested on the command line (tst_cli).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The sensor trace and energy of a result: the readers on recorded sysfs trees, the trace
 // assembled from samples, its one-line summary, the report's compact form, and the cooldown.
 #include "model/trace_summary.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A stand-in for libnvidia-ml.so.1 with the few entry points the reader uses; the
 // tests steer it through fakeNvmlConfigure.
 #include <vector>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A throw-away directory tree standing in for /sys or /proc in the sensor tests.
 #pragma once
 

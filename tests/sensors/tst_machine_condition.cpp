@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "fake_tree.h"
 #include "sensors/machine_condition.h"
 

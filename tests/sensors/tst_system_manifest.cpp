@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "sensors/machine_identity.h"
 #include "sensors/system_manifest.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "sensors/system_snapshot.h"
 
 #include "sensors/fake_tree.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A run driven in-process, with fake workloads, through a real SIGINT.
 #include "fake_workloads.h"
 #include "results/json_report.h"

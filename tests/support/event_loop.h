@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Helpers for driving the Qt event loop from a test.
 #pragma once
 

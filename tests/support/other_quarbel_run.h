@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Another Quarbel process with a run in progress: a child that marks its run in a lock
 // directory, names its benchmark, and holds the mark until the object goes.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // GoogleTest entry point for tests that need a Qt event loop on the main thread.
 #include <QCoreApplication>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // GoogleTest entry point for widget tests: a QApplication on the main thread, on Qt's
 // offscreen platform unless another one is asked for (test discovery runs without the
 // test environment, and CI has no display).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A private Xvfb for tests of real windows: it picks a free display itself and is ended
 // with the object.
 #pragma once

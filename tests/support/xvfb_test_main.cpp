@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // GoogleTest entry point for tests of real windows: starts a private Xvfb and runs the tests
 // on Qt's xcb platform. Where no Xvfb can be started the tests run on the offscreen
 // platform, and those that need a display skip, saying why.

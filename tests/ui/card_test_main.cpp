@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // GoogleTest entry point for the result-card tests: a QGuiApplication on Qt's offscreen
 // platform, as the command line draws its cards (fonts need an application, not a display).
 #include <QGuiApplication>

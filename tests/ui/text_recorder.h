@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A paint device that keeps the texts painted on it, in order, with where they were
 // drawn, and the bounds of the shapes it was asked to fill; it draws nothing: what a card
 // says and where, read without looking at its pixels.

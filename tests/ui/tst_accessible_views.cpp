@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The main window as assistive technology reads it, through runs of fake workloads on the
 // offscreen platform. The events that carry its changes need a listening bridge: the AT-SPI
 // test of the desktop program hears those (tests/app/screen_reader_test.py).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The charts the window, the result cards and the HTML export share: what the sensor trace
 // chart names and where its texts land, run labels that stay apart, the HTML page's charts
 // as generated SVG, and the history window's trend charts.

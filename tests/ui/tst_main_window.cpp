@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The main window driven through whole runs of scriptable fake workloads, on Qt's
 // offscreen platform: what the controls allow, what the centre shows, what follows what.
 #include "run/benchmark_store.h"

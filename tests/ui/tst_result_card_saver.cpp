@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The window's Save Result Card buttons: when they act, the dialog they open, the file it
 // writes and the warning when it cannot.
 #include "run/benchmark_store.h"

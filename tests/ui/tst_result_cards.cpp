@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The result cards as a person reads them: their sizes and palette, what they say, the
 // names they are saved under and how a failed write leaves the file it would replace.
 #include "text_recorder.h"

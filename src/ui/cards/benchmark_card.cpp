@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The single-benchmark card: header, the benchmark's detail panel with score and
 // measurement tiles, the machine, a footer.
 #include "model/number_format.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a result card shows, captured whole when the card is made: later changes of the
 // run state do not reach a card already being rendered or saved.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The Inter faces built into the program, so that a card is set in the same font on
 // every machine, with or without Inter installed and with or without a display.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The building blocks both result cards are drawn from. Each draws inside the rectangle
 // it is given, in the card palette and font, and leaves the painter as it found it.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "ui/cards/html_export.h"
 
 #include "results/markup_text.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Runs as one self-contained HTML page: the charts drawn by the same painter as the window's,
 // recorded as inline SVG, and the results table with each result's sensor trace under it. No
 // scripts and nothing fetched. Lives with the cards because the charts need QtGui; the other

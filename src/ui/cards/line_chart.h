@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The small charts the window, the result cards and the HTML export share: a titled chart of
 // values left to right, painted into a rectangle of any QPainter (a widget, a QImage, a
 // QSvgGenerator), in colours and fonts handed in so that each place keeps its own look.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The two result cards drawn with QPainter onto a QImage at device pixel ratio 1, so the
 // PNG has exactly the card's size in pixels. Needs a QGuiApplication (the offscreen
 // platform will do) for the fonts; main thread.

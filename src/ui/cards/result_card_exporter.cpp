@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "ui/cards/result_card_exporter.h"
 
 #include "ui/cards/card_parts.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Naming, encoding and writing result cards: the one path from a card's content to a PNG
 // file, shared by the window's save buttons and the command line.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The fixed colours of the result cards, which the window's views share, so that a card
 // looks like the window it came from.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The one page a run is shared as, from `quarbel share` and from the window's Share button:
 // the export's tables, charts and traces, the machine's system rows and manifest, and the
 // report itself embedded for `quarbel import`.

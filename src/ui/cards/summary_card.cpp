@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The global card: the run's result, a table row for each of the thirteen benchmarks,
 // the ones skipped or failed with their reasons, and the machine.
 #include "model/number_format.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "ui/cards/trace_chart.h"
 
 #include <QFontMetricsF>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the sensors said while a benchmark ran, as one small chart: time along the bottom,
 // one line per sensor the machine has, each on its own scale, and a legend giving each
 // line's unit and range. Drawn under a result in the window, on its card and in the HTML

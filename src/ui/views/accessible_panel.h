@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A painted view as assistive technology sees it: a role, a name and a description that
 // say what the view shows, read from functions of the state it paints. The view's own
 // accessible name or description, where set, wins over the function's.

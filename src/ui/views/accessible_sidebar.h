@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The benchmark list as assistive technology sees it: a list with one item per painted
 // row, in the order the rows are painted. An item is named after its benchmark, describes
 // its state and score, and is selected with the store's selection; pressing it selects it.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The live stage as assistive technology sees it: named after the running benchmark and
 // described by its status line, with a progress bar child whose value is the run's
 // progress in percent. The progress is announced in steps of a tenth, so that a screen

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "ui/views/accessible_text.h"
 
 #include "model/number_format.h"
@@ -80,7 +81,7 @@ QString spokenStageStatus(const BenchmarkStore& store) {
     const auto running = store.runningID();
     if (!running) return {};
     if (!store.cooldownText().isEmpty()) return store.cooldownText();
-    const QString status = theme::qstring(liveStatusLine(*running, std::max(0.0, store.currentRunElapsed())));
+    const QString status = theme::uiText(liveStatusLine(*running, std::max(0.0, store.currentRunElapsed())));
     return store.passText().isEmpty() ? status : Speech::tr("%1, %2").arg(store.passText(), status);
 }
 

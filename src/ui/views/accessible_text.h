@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a screen reader says for each painted view: pure functions of the values the
 // views paint, so that the spoken words follow the screen's and can be checked without
 // an assistive technology.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "ui/views/comparison_view.h"
 
 #include "ui/views/theme.h"

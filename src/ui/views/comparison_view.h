@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Two runs side by side, benchmark by benchmark: both scores, the change from the first to
 // the second in percent, the noise band and a coloured verdict. Fed with ready-made texts;
 // knows nothing of where runs are kept.

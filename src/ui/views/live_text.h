@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The texts that describe a run while it goes: elapsed against target, and the live
 // rate in the workload's own unit, pure functions of the store's published values; and
 // the row that shows them under a progress bar.

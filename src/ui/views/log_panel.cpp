@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "ui/views/log_panel.h"
 
 #include "run/benchmark_store.h"

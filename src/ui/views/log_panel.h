@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The store's log: every line it keeps, newest at the bottom, in a read-only view that
 // scrolls and whose text can be selected and copied.
 #pragma once

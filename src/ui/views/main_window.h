@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The main window: sidebar of benchmarks, run header, stage or result, summary, score
 // gauge, system and log panels, all reading one BenchmarkStore and calling its operations.
 #pragma once

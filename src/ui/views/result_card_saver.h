@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The window's "Save Result Card" actions: a non-modal save dialog with the suggested
 // name, the PNG written atomically, then a brief note naming where it went, or a warning
 // when the card could not be saved.

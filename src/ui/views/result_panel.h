@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The selected benchmark's last result: score in Quarbel points with its 95 % interval,
 // its measurement lines, duration and whole detail (Accuracy Mode's pass scores, spread and
 // confidence included), and the card button, enabled while the selected benchmark has a

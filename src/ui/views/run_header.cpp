@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "ui/views/run_header.h"
 
 #include "model/number_format.h"

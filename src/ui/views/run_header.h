@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The run controls and the active benchmark: Run, All, Stop and the Accuracy Mode and
 // Quick switches, enabled exactly when they can act; the active title, elapsed against target,
 // a progress bar and the live rate; while the run waits for the machine to cool, the wait.

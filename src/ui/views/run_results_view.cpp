@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "ui/views/run_results_view.h"
 
 #include "ui/cards/result_card.h"

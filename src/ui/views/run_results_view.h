@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A past run's results, read only, as its report holds them: the run summary (or the word
 // that it was stopped) and a row per benchmark with status, score, both measurements and
 // duration; the reason under each benchmark that was skipped or failed.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The global score as a dial: an arc on a logarithmic scale that sweeps to a new value
 // when the score changes, with the score text and the completed count in its middle.
 #pragma once

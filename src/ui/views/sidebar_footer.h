@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The foot of the sidebar: how many of the thirteen benchmarks are done and the global score.
 #pragma once
 

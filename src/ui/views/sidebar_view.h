@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The benchmark list: one section per category in catalogue order, a row per benchmark
 // with its icon, title, subtitle, state mark and last score. Clicking a row selects it;
 // with the keyboard focus, Up / Down move the selection over the rows (not the headings)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the running benchmark is doing. The CPU, memory and storage benchmarks get an
 // inline stage: their explanation, the live status line (a new line every two seconds),
 // a growing progress bar and the live rate. The others run in a window of their own

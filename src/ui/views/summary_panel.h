@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The last run's summary, shown once a run has ended without being stopped: title, total
 // score, completed / skipped / failed of total, elapsed time and peak temperatures.
 #pragma once

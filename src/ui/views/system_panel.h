@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The machine: the system rows (processor, cores, memory, GPU, operating system) and
 // two temperature pills that follow the thermal monitor.
 #pragma once

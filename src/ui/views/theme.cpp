@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "ui/views/theme.h"
 
 #include "ui/cards/card_parts.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Colours, fonts and small painting helpers shared by the window's views and the result
 // cards, so that both show the same palette.
 #pragma once

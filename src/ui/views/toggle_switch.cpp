@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "ui/views/toggle_switch.h"
 
 #include "ui/views/theme.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A small painted on/off switch with a label, checkable like a check box.
 #pragma once
 

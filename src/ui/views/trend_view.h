@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Each benchmark's score over the runs of the history, oldest on the left: one small chart
 // per benchmark, with every score's 95 % interval as a whisker and the selected run marked.
 // Fed with ready-made series; knows nothing of where runs are kept.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The themed pictures of the benchmarks that run outside the main window: tiles being
 // rendered (tile renderer), a Bayer mosaic being demosaiced (RAW decodes), lanes of work
 // (GPU compute) and a horizon fly-over (visual benchmark). Time alone drives a picture, so

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "ui/views/workload_animation_view.h"
 
 #include "ui/views/live_text.h"

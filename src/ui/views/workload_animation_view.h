@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The content of a workload animation window: the benchmark's title and explanation, its
 // themed animation, elapsed against target time and the live rate. It reads only what the
 // store has already published on the main thread; the animation itself follows a clock of

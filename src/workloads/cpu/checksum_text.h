@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How checksums appear in the detail texts.
 #pragma once
 

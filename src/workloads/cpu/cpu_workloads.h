@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The CPU and memory benchmarks, in the shape the dispatch table calls them. Each runs
 // one whole benchmark on the calling thread (the run controller's background thread),
 // fans out over oneTBB's worker threads where the benchmark is multi-core, checks the

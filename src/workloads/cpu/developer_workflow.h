@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The developer workflow behind cpuCrypto: every worker mutates a private copy of a
 // 256 KiB block and re-hashes all of it with SHA-256, round after round.
 #pragma once

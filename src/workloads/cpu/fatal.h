@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Contract checks for conditions that only a programming error can break (negative
 // counts, counter overflow). They stop the process with a message instead of letting a
 // workload continue on corrupt state; conditions a user can cause never come here.

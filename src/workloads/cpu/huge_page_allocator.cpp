@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "workloads/cpu/huge_page_allocator.h"
 
 #include <cstdlib>

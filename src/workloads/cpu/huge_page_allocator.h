@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Large working sets on 2 MiB pages. A streaming kernel over arrays of 4 KiB pages spends a
 // part of its time on page walks that depends on the kernel's transparent huge page default
 // ("always" on some distributions, "madvise" on Debian and Ubuntu) and, under a hypervisor,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "workloads/cpu/memory_stream.h"
 
 #include "model/number_format.h"

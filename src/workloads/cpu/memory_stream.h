@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The memory stream behind memoryStream: a single-threaded triad c = a + scalar * b over
 // three large single-precision arrays.
 #pragma once

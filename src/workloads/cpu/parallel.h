@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The parallel-for every multi-core workload uses, and the processor count that sizes it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Built with -ffp-contract=off: the state update is a multiply followed by a separately
 // rounded add, and the checksums depend on that rounding.
 #include "workloads/cpu/fatal.h"

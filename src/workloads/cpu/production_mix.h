@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The CPU production mix behind "Single-Core" and "Multi-Core": a fixed synthetic kernel
 // of integer mixing, four-lane trigonometry and clamped integration, run in rounds.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The RAW CPU decode behind rawCPUDecode: a synthetic 16-bit Bayer-style frame decoded
 // row-parallel (sparse demosaic, colour transform, gamma), frame after frame.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Built with -ffp-contract=off, so the triad is a multiply then a separately rounded add
 // whatever the target's FMA support, and with the vectoriser's dynamic cost model so
 // that it vectorises (with a scalar tail) at -O2 as well.

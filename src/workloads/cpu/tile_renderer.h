@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The CPU tile renderer behind cineTile: a ray-marched procedural scene (sphere, rippled
 // ground, periodic lattice) rendered row-parallel, four samples per pixel.
 #pragma once

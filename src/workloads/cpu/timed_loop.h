@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The measuring loop shared by the CPU workloads: repeat a unit of work until the time
 // budget is spent or the run is cancelled, reporting progress after each unit.
 #pragma once

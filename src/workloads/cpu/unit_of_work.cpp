@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "workloads/cpu/unit_of_work.h"
 
 #include <atomic>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The step every unit of work of every CPU workload starts with, on whichever thread
 // runs it. repeatUntilBudget() takes it on the workload's own thread before each unit and
 // parallelFor() on every thread before each index, so a kernel that uses either one

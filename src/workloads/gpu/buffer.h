@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Device buffers in the two storage modes the workloads use.
 #pragma once
 

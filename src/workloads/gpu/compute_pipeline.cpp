@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "workloads/gpu/compute_pipeline.h"
 
 #include "workloads/gpu/shader_compiler.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A compute pipeline over storage buffers with inline (push-constant) arguments, and the
 // dispatch geometry that covers a one-dimensional grid of items.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every GPU compute device Quarbel could use, as `quarbel devices` lists them and `run --gpu`
 // and `--opencl-device` choose among them: Vulkan devices by the index the GPU benchmarks use,
 // OpenCL devices by one index over all platforms.

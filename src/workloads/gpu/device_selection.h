@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which Vulkan device is "the system default device": the rule alone, without Vulkan calls,
 // so that it can be checked against any list of devices.
 #pragma once

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Turns one text file into a C++ header holding it as a raw string literal:
 #   cmake -DINPUT=<file> -DOUTPUT=<header> -DSYMBOL=<name> -P embed_text.cmake
 file(READ "${INPUT}" content)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "workloads/gpu/embedded_shaders.h"
 
 #include "workloads/gpu/shaders/raw_decode_comp.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The GLSL sources built into the program (the files under shaders/).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Frames in flight: a ring of command buffers, each with the fence of its last submission.
 // The host records the next frame while the device still renders the one before, and waits
 // only when it comes back round to a slot whose frame the device has not finished yet.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One opened Vulkan device: a queue, a command pool with one reusable command buffer and the
 // device limits the workloads size their dispatches by. Internal to the GPU workloads and the
 // scene window, which presents through the same instance and device.

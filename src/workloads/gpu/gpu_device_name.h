@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The GPU the workloads would run on, for the system description, and what the user should
 // hear about how it was chosen.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Times the commands of one submission on the device itself, with a timestamp before the
 // first and after the last, so that a benchmark can tell how busy it kept the GPU.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The GPU benchmarks as the run controller calls them. Each runs synchronously on the calling
 // (background) thread, creates and releases everything it uses, reads the context's budget,
 // cancellation and progress sink, and never throws: failures are failed or skipped outcomes.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "workloads/gpu/group_size_calibration.h"
 
 #include "model/workload_context.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The workgroup size a kernel runs fastest with on this device, found by trying a few before
 // timing. The execution width alone (32 on many GPUs) leaves a discrete GPU's schedulers
 // short of work; the best size differs by device and kernel, so it is measured.

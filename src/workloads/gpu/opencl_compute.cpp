@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "workloads/gpu/opencl_compute.h"
 
 #include "workloads/gpu/device_selection.h"

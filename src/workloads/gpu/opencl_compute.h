@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The OpenCL compute benchmark's plain C entry points and the outcome the run controller
 // makes of their result. Everything goes through the system's OpenCL ICD loader; a machine
 // without a platform or device gets status -1, never a crash.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The pieces of the OpenCL benchmark that are checked on their own.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The synthetic RAW frame and the layout the decode kernel reads it in.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Full-screen rendering: an offscreen colour target with its render pass, and a graphics
 // pipeline that draws a four-vertex strip with inline fragment arguments.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "workloads/gpu/scene_coordinator.h"
 
 #include "model/number_format.h"

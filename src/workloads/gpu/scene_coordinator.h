@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The visible fly-through's measuring side: what each displayed frame draws, the frame
 // statistics, the live updates four times a second and the outcome when the requested time
 // is up. It renders through a SceneFrameTarget (the scene window's swapchain, or a fake in

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "workloads/gpu/scene_pipeline.h"
 
 #include "workloads/gpu/embedded_shaders.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The fly-through scene's pipeline, shared by the offscreen benchmark and the scene window.
 #pragma once
 

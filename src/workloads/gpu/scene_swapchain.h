@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The scene drawn for a window. Each frame is rendered into an image of a fixed size in
 // pixels, the measured drawable, whatever the window's size or the display's scale; it is
 // then copied, scaled to fit with its aspect kept, onto a swapchain on the window's surface

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The fragment arguments of the fly-through scene.
 #pragma once
 

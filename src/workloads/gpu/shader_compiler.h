@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // GLSL text to SPIR-V at run time, and a look into the result for its entry points.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How many dispatches one submission to a GPU queue carries, shared by the Vulkan and the
 // OpenCL loops.
 #pragma once

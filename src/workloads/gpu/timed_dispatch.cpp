@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "workloads/gpu/timed_dispatch.h"
 
 #include "workloads/gpu/gpu_timer.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The timed loop of the compute workloads: dispatches recorded in batches, one submission in
 // flight, the clock and the stop request checked after each submission.
 #pragma once

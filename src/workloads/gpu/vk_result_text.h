@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The name of a VkResult, the "localized description" of a Vulkan failure in outcome details.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The Vulkan instance and device discovery that the context, the device name and the device
 // inventory share. Internal to the GPU workloads.
 #pragma once

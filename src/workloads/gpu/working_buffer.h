@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The data a kernel reads or writes on every pass, kept in the memory that suits the device:
 // on a unified device the memory the CPU writes; on a discrete GPU its own memory, filled
 // once before timing and read back once after it, so that no pass reads across the host bus.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Small POSIX file helpers shared by the storage tests: an owning descriptor, whole-buffer
 // writes and filling reads that survive partial transfers and EINTR.
 #pragma once

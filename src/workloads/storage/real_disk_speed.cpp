@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Real disk speed: whole-file sequential passes with the page cache bypassed, from one
 // page-aligned buffer, until about two seconds of transfer time per phase.
 #include "workloads/storage/real_disk_speed.h"

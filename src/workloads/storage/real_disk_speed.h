@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The pieces of the real disk speed test, apart so that each can be checked on its own:
 // the file size chosen from free space, the write and read phases, and the outcome.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "workloads/storage/scratch_directory.h"
 
 #include "model/storage_root.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The private scratch directory every storage test works in, the guard that removes it on
 // every way out of the test, and the removal that both share with the reclaiming of
 // directories an interrupted run left behind.

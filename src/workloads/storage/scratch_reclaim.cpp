@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reclaiming the scratch directories of runs that ended without removing them (a kill, a
 // crash, a power cut), and telling the user how much space that gave back.
 #include "model/number_format.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Random 4K test: rounds of random one-page reads and writes inside a prepared file,
 // through the page cache, counted as operations per second of time spent in the phases.
 #include "workloads/storage/storage_workloads.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sequential file test: a large file written in big blocks, synced, and read back through
 // the page cache. The write figure is a durable-write rate (open, writes, fsync and close
 // are all timed); the read figure may come largely from memory, which is intended.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Where the storage benchmarks can write: the mounted file systems with their free space, for
 // `quarbel devices`, and the check of a folder chosen with `run --storage-dir`.
 #pragma once

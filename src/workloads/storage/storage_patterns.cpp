@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "workloads/storage/storage_patterns.h"
 
 #include "model/number_format.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The deterministic data and offsets the storage tests write and visit, and the text of
 // their transfer rates.
 #pragma once

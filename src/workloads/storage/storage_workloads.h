@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The three storage benchmarks: sequential file throughput through the page cache,
 // uncached sequential throughput of the volume, and random 4 KiB access. Each works in a
 // fresh private scratch directory under the temporary root ($TMPDIR when set and not

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "workloads/cpu/checksum_text.h"
 #include "workloads/cpu/parallel.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Built with -ffp-contract=off, like the kernel: the reference below must round the
 // product before the add, or it could not catch a fused kernel.
 #include "workloads/cpu/cpu_workloads.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "workloads/cpu/raw_decode.h"
 
 #include "workload_test_support.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every CPU workload must run its units from a clean AVX register state, whatever state
 // the thread that started it left behind: here the starting thread and every progress
 // report deliberately leave the upper YMM halves in use.

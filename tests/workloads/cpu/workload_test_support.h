@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A context for driving a workload to an exact number of units: it records every
 // progress report and cancels the run once the wanted number of units has been reported.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Mesa's software Vulkan driver keeps a few allocations in its globals for as long as the
 // library is loaded. The loader unloads the driver when the last instance goes, which
 // leaves those allocations unreachable, and LeakSanitizer then reports them with no module

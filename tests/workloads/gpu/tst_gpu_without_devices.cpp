@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Runs with the Vulkan and OpenCL loaders pointed at nothing (see main), as on a machine
 // without drivers.
 #include "workloads/gpu/gpu_device_name.h"

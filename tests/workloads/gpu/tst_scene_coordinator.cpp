@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The visible scene's measuring arithmetic, driven through a fake drawable and a scripted clock.
 #include "workloads/gpu/scene_coordinator.h"
 

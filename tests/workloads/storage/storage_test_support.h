@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Helpers for the storage tests: a private temporary root per test (TMPDIR points at it),
 // small tmpfs mounts for out-of-space and read-only cases, and a progress sink that can
 // stop the workload at a chosen point.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The scratch directory: its form and lock, its removal from any thread, and the
 // reclaiming of directories that interrupted runs left behind.
 #include "storage_test_support.h"

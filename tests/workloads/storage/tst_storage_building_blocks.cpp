@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "storage_test_support.h"
 #include "workloads/storage/real_disk_speed.h"
 #include "workloads/storage/storage_patterns.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The three storage workloads end to end on real files in a private temporary root.
 #include "storage_test_support.h"
 #include "workloads/storage/posix_io.h"

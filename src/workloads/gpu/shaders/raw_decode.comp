@@ -1,4 +1,5 @@
 #version 450
+// SPDX-License-Identifier: Apache-2.0
 // Demosaics a 16-bit Bayer-style frame with its four edge-clamped neighbours and writes
 // opaque 8-bit ARGB pixels (0xAARRGGBB).
 

@@ -1,4 +1,5 @@
 #version 450
+// SPDX-License-Identifier: Apache-2.0
 // Sustained vector arithmetic: each invocation owns one vec4 of the buffer and updates it
 // in place, so every dispatch starts from the previous dispatch's results.
 

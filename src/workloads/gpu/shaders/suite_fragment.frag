@@ -1,4 +1,5 @@
 #version 450
+// SPDX-License-Identifier: Apache-2.0
 // Procedural fly-through: sky, terrain with a grid, a glowing arch, a cube outline,
 // moving sparks and a vignette.
 

@@ -1,4 +1,5 @@
 #version 450
+// SPDX-License-Identifier: Apache-2.0
 // Four corners drawn as a triangle strip cover the whole target.
 
 layout(location = 0) out vec2 uv;
