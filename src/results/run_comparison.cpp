@@ -4,22 +4,16 @@
 #include "results/run_comparison.h"
 
 #include "model/catalogue.h"
+#include "model/number_format.h"
 #include "model/outcome.h"
 #include "model/scoring_versions.h"
 #include "results/run_report.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 
 namespace quarbel {
 namespace {
-
-std::string format(const char* pattern, double value) {
-    char text[64];
-    std::snprintf(text, sizeof text, pattern, value);
-    return text;
-}
 
 std::optional<BenchmarkCategory> categoryOfTitle(const std::string& title) {
     for (const BenchmarkID id : kAllBenchmarks)
@@ -33,9 +27,9 @@ std::string noisyReason(const SavedResult& result, const char* run) {
     std::string text = std::string("noisy machine in ") + run;
     if (const auto& i = result.statistics.interference) {
         if (i->otherCpuPercent >= i->stealPercent)
-            text += " (other work took " + format("%.0f", i->otherCpuPercent) + " % of the CPU)";
+            text += " (other work took " + format(i->otherCpuPercent, 0) + " % of the CPU)";
         else
-            text += " (the host took " + format("%.0f", i->stealPercent) + " % of the CPU as steal)";
+            text += " (the host took " + format(i->stealPercent, 0) + " % of the CPU as steal)";
     }
     return text;
 }
@@ -51,7 +45,7 @@ std::string notJudgedReason(const SavedResult& a, const SavedResult& b) {
     if (invalid(a) || invalid(b)) {
         const char* where = !invalid(a) ? "B" : invalid(b) ? "either run" : "A";
         return std::string("no valid score in ") + where + " (a report that says ok with a score of " +
-               format("%g", invalid(b) ? b.score : a.score) + ")";
+               formatGeneral(invalid(b) ? b.score : a.score) + ")";
     }
     if (a.statistics.noisy && b.statistics.noisy) return noisyReason(a, "A") + "; " + noisyReason(b, "B");
     if (a.statistics.noisy) return noisyReason(a, "A");

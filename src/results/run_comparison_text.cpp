@@ -3,22 +3,16 @@
 // laid out as aligned text tables and as JSON for scripts.
 #include "results/run_comparison.h"
 
+#include "model/number_format.h"
 #include "model/outcome.h"
 #include "results/run_report.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <cstdio>
 
 namespace quarbel {
 namespace {
-
-std::string format(const char* pattern, double value) {
-    char text[64];
-    std::snprintf(text, sizeof text, pattern, value);
-    return text;
-}
 
 std::string padded(const std::string& text, std::size_t width) {
     return text.size() >= width ? text : text + std::string(width - text.size(), ' ');
@@ -56,9 +50,9 @@ std::string efficiencyLine(const ComparisonRow& row) {
     if (!e.compared) return line + ": not judged: " + e.notJudged + "\n";
     const ComparedScore& c = *e.compared;
     line += ": " + pointsPerJouleText(*e.before) + " \u2192 " + pointsPerJouleText(*e.after) + " pts/J";
-    if (c.ratio) line += ", " + format("%+.1f %%", (*c.ratio - 1.0) * 100.0);
+    if (c.ratio) line += ", " + signedFormat((*c.ratio - 1.0) * 100.0, 1) + " %";
     if (c.ratioLow && c.ratioHigh)
-        line += " (B / A " + format("%.3f", *c.ratioLow) + " to " + format("%.3f", *c.ratioHigh) + ")";
+        line += " (B / A " + format(*c.ratioLow, 3) + " to " + format(*c.ratioHigh, 3) + ")";
     return line + ", " + std::string(efficiencyVerdictText(c.verdict)) + "\n";
 }
 
@@ -102,14 +96,14 @@ std::string comparisonText(const SavedRun& before, const SavedRun& after, const 
         const ComparedScore& c = row.compared;
         std::string interval = "-";
         if (c.ratioLow && c.ratioHigh)
-            interval = format("%.3f", *c.ratioLow) + " to " + format("%.3f", *c.ratioHigh);
+            interval = format(*c.ratioLow, 3) + " to " + format(*c.ratioHigh, 3);
         else if (c.ratio)
             interval =
-                "band " + format("%.1f %%", c.bandPercent) + (c.bandFromSpread ? " (Accuracy Mode)" : "");
+                "band " + format(c.bandPercent, 1) + " %" + (c.bandFromSpread ? " (Accuracy Mode)" : "");
         cells.push_back({row.title, score(row.before, row.uncertaintyBefore),
                          score(row.after, row.uncertaintyAfter),
-                         c.ratio ? format("%.3f", *c.ratio) : std::string("-"), interval,
-                         c.ratio ? format("%+.1f %%", (*c.ratio - 1.0) * 100.0) : std::string("-"),
+                         c.ratio ? format(*c.ratio, 3) : std::string("-"), interval,
+                         c.ratio ? signedFormat((*c.ratio - 1.0) * 100.0, 1) + " %" : std::string("-"),
                          row.notJudged.empty() ? std::string(verdictText(c.verdict))
                          : row.ranInNeither    ? row.notJudged
                                                : std::string("could not judge")});
@@ -128,8 +122,7 @@ std::string comparisonText(const SavedRun& before, const SavedRun& after, const 
         text += "Could not judge: " + unjudgedText(unjudged) + ".\n";
     if (!comparison.rows.empty())
         text += "Verdicts: a Welch test on the log of the slice rates, significance 0.05, changes under " +
-                format("%.1f %%", noiseThresholdPercent(std::nullopt)) +
-                " never called, however significant.\n";
+                format(noiseThresholdPercent(std::nullopt), 1) + " % never called, however significant.\n";
     for (const auto& warning : comparison.warnings)
         text += "Warning: " + warning + "\n";
     text += setupDifferencesText(comparison.setupDifferences);
@@ -239,7 +232,7 @@ std::string manyRunsText(const std::vector<SavedRun>& runs, const std::vector<Ru
                 const auto compared = std::find_if(rows.begin(), rows.end(),
                                                    [&](const ComparisonRow& r) { return r.title == title; });
                 if (compared != rows.end() && compared->compared.ratio)
-                    cell += "  " + format("%.3f", *compared->compared.ratio) + " " +
+                    cell += "  " + format(*compared->compared.ratio, 3) + " " +
                             std::string(verdictText(compared->compared.verdict));
             }
             row.push_back(cell);
@@ -250,7 +243,7 @@ std::string manyRunsText(const std::vector<SavedRun>& runs, const std::vector<Ru
     text +=
         "Each later run against A: its score, B / A and the verdict (a Welch test on the log of the slice "
         "rates, significance 0.05, changes under " +
-        format("%.1f %%", noiseThresholdPercent(std::nullopt)) + " never called).\n";
+        format(noiseThresholdPercent(std::nullopt), 1) + " % never called).\n";
     std::vector<std::string> warnings;
     for (std::size_t i = 0; i < comparisons.size(); ++i)
         for (const auto& warning : comparisons[i].warnings) {
