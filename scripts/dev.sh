@@ -25,7 +25,7 @@ PACKAGES=(
   qt6-tools-dev qt6-l10n-tools
   xvfb xauth xdotool desktop-file-utils appstream
   python3-pyatspi at-spi2-core dbus
-  dpkg-dev groff-base lintian
+  dpkg-dev groff-base lintian locales
 )
 
 install_missing_packages() {
@@ -39,6 +39,16 @@ install_missing_packages() {
   [[ $(id -u) -ne 0 ]] && sudo=(sudo)
   "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get update -qq
   "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"
+}
+
+# The number-format tests switch the C locale to German to prove that no text the program
+# writes follows it; Debian's minimal images carry no locale but C.
+provide_german_locale() {
+  locale -a 2>/dev/null | grep -qi '^de_DE\.utf-\?8$' && return 0
+  local sudo=()
+  [[ $(id -u) -ne 0 ]] && sudo=(sudo)
+  "${sudo[@]}" sed -i 's/^# *\(de_DE.UTF-8 UTF-8\)/\1/' /etc/locale.gen
+  "${sudo[@]}" locale-gen >/dev/null
 }
 
 # The metrics test reads its file with Prometheus's own tools. Only their programs are taken
@@ -72,6 +82,7 @@ configure_and_build() {
 }
 
 install_missing_packages
+provide_german_locale
 case "$ACTION" in
   build)
     configure_and_build "$ROOT/build/dev" -DCMAKE_BUILD_TYPE=RelWithDebInfo
