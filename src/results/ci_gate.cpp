@@ -2,10 +2,10 @@
 #include "results/ci_gate.h"
 
 #include "model/catalogue.h"
+#include "model/number_format.h"
 #include "results/markup_text.h"
 
 #include <algorithm>
-#include <cstdio>
 
 namespace quarbel {
 namespace {
@@ -15,18 +15,12 @@ bool slowerThanAllowed(const ComparisonRow& row, double allowed) {
     return !row.compared.ratio || (1.0 - *row.compared.ratio) * 100.0 > allowed;
 }
 
-std::string fixed(const char* pattern, double value) {
-    char text[64];
-    std::snprintf(text, sizeof text, pattern, value);
-    return text;
-}
-
 std::string changeText(const ComparisonRow& row) {
     const ComparedScore& c = row.compared;
     if (!c.ratio) return "no score in B";
-    std::string text = fixed("%+.1f %%", (*c.ratio - 1.0) * 100.0) + " (B / A " + fixed("%.3f", *c.ratio);
+    std::string text = signedFormat((*c.ratio - 1.0) * 100.0, 1) + " %" + " (B / A " + format(*c.ratio, 3);
     if (c.ratioLow && c.ratioHigh)
-        text += ", 95 % interval " + fixed("%.3f", *c.ratioLow) + " to " + fixed("%.3f", *c.ratioHigh);
+        text += ", 95 % interval " + format(*c.ratioLow, 3) + " to " + format(*c.ratioHigh, 3);
     return text + ")";
 }
 
@@ -95,8 +89,8 @@ std::string CiGate::junitXml(const std::string& suiteName) const {
         } else if (slowerThanAllowed(row, allowed_)) {
             ++failures;
             cases += "      <failure type=\"slower\" message=\"" +
-                     escapedMarkup("slower than allowed (" + fixed("%.1f", allowed_) +
-                                   " %): " + changeText(row) + attempts) +
+                     escapedMarkup("slower than allowed (" + format(allowed_, 1) + " %): " + changeText(row) +
+                                   attempts) +
                      "\"/>\n";
         }
         cases += "      <system-out>" +

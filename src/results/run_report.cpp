@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <ctime>
 
 namespace quarbel {
@@ -51,10 +50,7 @@ std::vector<ReportEntry> reportEntries(const BenchmarkRows& rows, std::span<cons
 }
 
 std::string stabilityText(double percent) {
-    char text[48];
-    std::snprintf(text, sizeof text, "%.1f %%%s", percent,
-                  percent < kThrottlingStabilityPercent ? " (throttling)" : "");
-    return text;
+    return format(percent, 1) + " %" + (percent < kThrottlingStabilityPercent ? " (throttling)" : "");
 }
 
 std::string isoTimestamp(SystemTimePoint time) {
