@@ -1,72 +1,31 @@
 // SPDX-License-Identifier: Apache-2.0
+// The window itself: its layout, which run is selected and compared with which, and its status
+// line. How a run is named, what its tables hold and how it is saved again live beside it
+// (history_run_text, history_tables, history_saving).
 #include "app/history_window.h"
 
-#include "model/outcome.h"
+#include "app/history_saving.h"
 #include "results/json_report.h"
 #include "results/reference_results.h"
 #include "results/regular_file.h"
-#include "results/report_file.h"
-#include "results/run_comparison.h"
-#include "ui/cards/result_card_exporter.h"
-#include "ui/views/theme.h"
 
 #include <QButtonGroup>
 #include <QComboBox>
-#include <QCoreApplication>
-#include <QDateTime>
-#include <QDir>
 #include <QFileDialog>
-#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QListView>
 #include <QListWidget>
-#include <QLocale>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QStackedWidget>
 #include <QStandardItemModel>
 #include <QVBoxLayout>
 
-#include <algorithm>
-#include <cmath>
-#include <fstream>
-#include <sstream>
-
 namespace quarbel::app {
 namespace {
 
-namespace Exporter = cards::ResultCardExporter;
-
 QString q(const std::string& text) { return QString::fromStdString(text); }
-
-// "2026-11-23T14:15:02Z" -> "23.11.26 15:15" for a German user: local time, in the user's
-// format. A stamp that does not parse is shown as written.
-QString startedText(const SavedRun& run) {
-    const QDateTime started = QDateTime::fromString(q(run.startedAt), Qt::ISODate);
-    return started.isValid() ? QLocale().toString(started.toLocalTime(), QLocale::ShortFormat)
-                             : q(run.startedAt);
-}
-
-// A benchmark's title as a report keeps it, in the user's language.
-QString titleText(const std::string& title) { return ui::theme::uiText(title); }
-
-QString label(char letter, const SavedRun& run) {
-    QString text = QStringLiteral("%1: %2 \u00B7 %3 \u00B7 %4")
-                       .arg(QChar(letter), startedText(run), benchmarksText(run), outcomeText(run));
-    if (!run.version.empty()) text += QStringLiteral(" \u00B7 Quarbel ") + q(run.version);
-    return text;
-}
-
-// The umask, read without changing it (changing it would race with other threads).
-mode_t newFileMode() {
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);)
-        if (line.starts_with("Umask:"))
-            return static_cast<mode_t>(0666 & ~std::stoul(line.substr(6), nullptr, 8));
-    return 0644;
-}
 
 // The history's own labels and list; buttons, boxes and dialogs as in every Quarbel window.
 constexpr const char* kStyle = R"(
@@ -81,108 +40,6 @@ QListWidget::item:selected { background: #243042; }
 )";
 
 } // namespace
-
-QString changeText(const std::optional<double>& ratio) {
-    if (!ratio) return QStringLiteral("-");
-    const double percent = (*ratio - 1) * 100;
-    const QString digits = QString::number(std::abs(percent), 'f', 1);
-    if (digits == QStringLiteral("0.0")) return QStringLiteral("0.0 %");
-    return (percent > 0 ? QStringLiteral("+") : QStringLiteral("\u2212")) + digits + QStringLiteral(" %");
-}
-
-QString outcomeText(const SavedRun& run) {
-    const bool allSkipped =
-        !run.results.empty() && std::all_of(run.results.begin(), run.results.end(),
-                                            [](const SavedResult& r) { return r.status == "skipped"; });
-    QStringList parts{run.stopped
-                          ? QCoreApplication::translate("quarbel::app::HistoryView", "Stopped before its end")
-                      : allSkipped ? QCoreApplication::translate("quarbel::app::HistoryView", "Skipped")
-                                   : QCoreApplication::translate("quarbel::app::HistoryView", "%1 pts")
-                                         .arg(q(scoreText(run.runScore)))};
-    if (run.quick) parts << QCoreApplication::translate("quarbel::app::HistoryView", "quick");
-    if (run.mode == "accuracy")
-        parts << QCoreApplication::translate("quarbel::app::HistoryView", "Accuracy Mode");
-    return parts.join(QStringLiteral(" \u00B7 "));
-}
-
-QString benchmarksText(const SavedRun& run) {
-    if (run.results.size() == kBenchmarkCount)
-        return QCoreApplication::translate("quarbel::app::HistoryView", "Full suite");
-    if (run.results.empty())
-        return QCoreApplication::translate("quarbel::app::HistoryView", "No benchmark finished");
-    QStringList titles;
-    for (const SavedResult& result : run.results)
-        titles << titleText(result.title);
-    // Four or more: the first two and how many more, so that a row stays a few lines high.
-    if (titles.size() > 3)
-        return QCoreApplication::translate("quarbel::app::HistoryView", "%1 and %2 more")
-            .arg(titles.mid(0, 2).join(QStringLiteral(", ")))
-            .arg(titles.size() - 2);
-    return titles.join(QStringLiteral(", "));
-}
-
-std::vector<ui::TrendSeries> trendSeries(const std::vector<SavedRun>& runs, std::size_t selected,
-                                         std::size_t most) {
-    std::vector<ui::TrendSeries> series;
-    if (selected >= runs.size()) return series;
-    const SavedRun& chosen = runs[selected];
-    for (const SavedResult& result : chosen.results) {
-        if (result.status != "ok") continue;
-        const auto id = benchmarkFromRawValue(result.id);
-        ui::TrendSeries trend{
-            titleText(result.title), id ? ui::theme::accent(category(*id)) : ui::theme::secondary(), {}};
-        // Runs are kept newest first; the chart reads oldest first.
-        std::vector<std::pair<std::size_t, const SavedResult*>> found;
-        std::size_t selectedAt = 0;
-        for (std::size_t i = 0; i < runs.size(); ++i) {
-            const SavedRun& run = runs[i];
-            if (run.stopped || run.quick != chosen.quick) continue;
-            for (const SavedResult& r : run.results)
-                if (r.title == result.title && r.status == "ok") {
-                    if (i == selected) selectedAt = found.size();
-                    found.emplace_back(i, &r);
-                    break;
-                }
-        }
-        // The newest `most` points, or, for an older run, `most` points around it; only the
-        // points drawn have their intervals worked out.
-        const std::size_t first = selectedAt < most ? 0 : selectedAt - most / 2;
-        found.erase(found.begin() + std::ptrdiff_t(std::min(found.size(), first + most)), found.end());
-        found.erase(found.begin(), found.begin() + std::ptrdiff_t(first));
-        for (auto point = found.rbegin(); point != found.rend(); ++point) {
-            const SavedResult& r = *point->second;
-            const auto& u = r.statistics.uncertainty;
-            trend.points.push_back({r.score, u ? r.score * u->ci95Percent() / 100 : 0,
-                                    point->first == selected, r.statistics.noisy});
-        }
-        series.push_back(std::move(trend));
-    }
-    return series;
-}
-
-ui::ComparisonTable comparisonTable(const SavedRun& before, const SavedRun& after) {
-    const RunComparison comparison = compareRuns(before, after);
-    ui::ComparisonTable table;
-    table.beforeLabel = label('A', before);
-    table.afterLabel = label('B', after);
-    for (const auto& row : comparison.rows) {
-        const auto score = [](double value) { return value > 0 ? q(scoreText(value)) : QStringLiteral("-"); };
-        // Judged by statistics: half the width of the ratio's 95 % interval; else the fixed band.
-        const ComparedScore& c = row.compared;
-        const double uncertainty = c.ratio && c.ratioLow && c.ratioHigh
-                                       ? (*c.ratioHigh - *c.ratioLow) / 2 / *c.ratio * 100
-                                       : c.bandPercent;
-        const QString uncertaintyText =
-            c.ratio ? QStringLiteral("\u00B1%1 %").arg(uncertainty, 0, 'f', 1) : QStringLiteral("-");
-        table.rows.push_back({titleText(row.title), score(row.before), score(row.after), changeText(c.ratio),
-                              uncertaintyText, c.verdict});
-    }
-    for (const auto& warning : comparison.warnings)
-        table.warnings << q(warning);
-    table.emptyText =
-        QCoreApplication::translate("quarbel::app::HistoryView", "The two runs have no benchmark in common.");
-    return table;
-}
 
 HistoryView::HistoryView(std::string directory, QWidget* parent)
     : QWidget(parent), directory_(std::move(directory)), status_(new QLabel(this)),
@@ -452,97 +309,38 @@ void HistoryView::updateStatus() {
     status_->setText(status);
 }
 
-void HistoryView::showProblem(const QString& what, const QString& reason) {
-    auto* box = new QMessageBox(QMessageBox::Warning, QStringLiteral("Quarbel"), what, QMessageBox::Ok, this);
-    box->setObjectName(QStringLiteral("historySaveError"));
-    box->setInformativeText(reason);
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    box->setWindowModality(Qt::WindowModal);
-    applyDarkPalette(*box);
-    box->show();
+bool HistoryView::finishSave(const HistorySave& save) {
+    if (!save.ok()) {
+        showSaveProblem(this, save.failed, save.reason);
+        return false;
+    }
+    lastSave_ = save.done;
+    updateStatus();
+    return true;
 }
 
 bool HistoryView::saveCards(const QString& directory) {
     const auto& report = results_->report();
-    if (!report) return false;
-    const QString what = tr("Could not save the result cards");
-    const QFileInfo folder(directory);
-    if (!folder.isDir()) {
-        showProblem(what, tr("%1 is not a folder.").arg(directory));
-        return false;
-    }
-    // A failed save takes back the cards it added, so the folder is as it was.
-    const QDir dir(directory);
-    const QStringList before = dir.entryList(QDir::Files | QDir::Hidden);
-    const Exporter::CardsWritten written = Exporter::writeReportCards(*report, directory);
-    if (written.problem) {
-        for (const QString& path : written.paths)
-            if (!before.contains(QFileInfo(path).fileName())) QFile::remove(path);
-        showProblem(what, *written.problem);
-        return false;
-    }
+    if (!report || !finishSave(saveRunCards(*report, directory))) return false;
     cardsFolder_ = directory;
-    // Two sentences rather than a numerus form, so that English reads well without a translation.
-    lastSave_ = written.paths.size() == 1
-                    ? tr("Saved 1 result card in %1.").arg(directory)
-                    : tr("Saved %1 result cards in %2.").arg(written.paths.size()).arg(directory);
-    updateStatus();
     return true;
 }
 
 bool HistoryView::saveReport(const QString& path) {
-    if (!results_->report()) return false;
-    const QString what = tr("Could not save the report");
-    QFileInfo target(path);
-    // The file a link leads to is replaced, the link stays; only a plain file is replaced.
-    if (target.exists() && !target.isFile()) {
-        showProblem(what, tr("%1 is not a regular file.").arg(path));
-        return false;
-    }
-    const QString resolved = target.exists() ? target.canonicalFilePath() : target.absoluteFilePath();
-    const ReportWrite write = writeReportFile({false, resolved.toStdString(), newFileMode()}, selectedText_);
-    if (!write.problem.empty()) {
-        QString reason = q(write.problem);
-        if (!write.keptAt.empty())
-            reason += QLatin1Char('\n') + tr("A complete copy is kept at %1.").arg(q(write.keptAt));
-        showProblem(what, reason);
-        return false;
-    }
-    lastSave_ = tr("Saved the report as %1.").arg(resolved);
-    updateStatus();
-    return true;
+    return results_->report() && finishSave(saveRunReport(selectedText_, path));
 }
 
 void HistoryView::chooseCardsFolder() {
-    auto* dialog = new QFileDialog(this, tr("Save Result Cards"));
-    dialog->setObjectName(QStringLiteral("historyCardsDialog"));
-    dialog->setFileMode(QFileDialog::Directory);
-    dialog->setOption(QFileDialog::ShowDirsOnly);
-    applyDarkPalette(*dialog);
-    dialog->setDirectory(cardsFolder_.isEmpty() ? QDir::homePath() : cardsFolder_);
-    dialog->setWindowModality(Qt::NonModal);
+    QFileDialog* dialog = cardsFolderDialog(this, cardsFolder_);
     connect(dialog, &QFileDialog::fileSelected, this, [this](const QString& folder) { saveCards(folder); });
-    connect(dialog, &QDialog::finished, dialog, &QObject::deleteLater);
     dialog->show();
 }
 
 void HistoryView::chooseReportFile() {
     if (selected_ < 0) return;
-    const SavedRun& run = history_.runs[std::size_t(selected_)];
-    QString stamp = q(run.startedAt);
-    stamp.remove(':').replace('T', '-').remove('Z');
-    auto* dialog = new QFileDialog(this, tr("Save JSON Report"));
-    dialog->setObjectName(QStringLiteral("historyReportDialog"));
-    dialog->setAcceptMode(QFileDialog::AcceptSave);
-    dialog->setFileMode(QFileDialog::AnyFile);
-    dialog->setMimeTypeFilters({QStringLiteral("application/json")});
-    dialog->setDefaultSuffix(QStringLiteral("json"));
-    dialog->setDirectory(cardsFolder_.isEmpty() ? QDir::homePath() : cardsFolder_);
-    dialog->selectFile(QStringLiteral("Quarbel-Report-%1.json").arg(stamp));
-    applyDarkPalette(*dialog);
-    dialog->setWindowModality(Qt::NonModal);
+    QFileDialog* dialog =
+        reportFileDialog(this, cardsFolder_, history_.runs[std::size_t(selected_)].startedAt);
     connect(dialog, &QFileDialog::fileSelected, this, [this](const QString& path) { saveReport(path); });
-    connect(dialog, &QDialog::finished, dialog, &QObject::deleteLater);
     dialog->show();
 }
 

@@ -6,6 +6,8 @@
 // its result cards and JSON report can be saved again.
 #pragma once
 
+#include "app/history_run_text.h"
+#include "app/history_tables.h"
 #include "app/shared_window.h"
 #include "results/run_history.h"
 #include "results/run_report.h"
@@ -26,25 +28,7 @@ class QStackedWidget;
 
 namespace quarbel::app {
 
-// The table of `before` against `after`, as the window shows it.
-ui::ComparisonTable comparisonTable(const SavedRun& before, const SavedRun& after);
-
-// The change from `before` to `after` of a score ratio in percent: "+4.2 %", "−12.0 %",
-// "0.0 %"; "-" without a ratio.
-QString changeText(const std::optional<double>& ratio);
-
-// The trend of each benchmark of `runs[selected]`: its ok scores over the complete runs of the
-// same length (quick or full: their scores do not compare), oldest first, the newest `most`
-// of them or, when the selected run is older, `most` around it; the selected run marked.
-std::vector<ui::TrendSeries> trendSeries(const std::vector<SavedRun>& runs, std::size_t selected,
-                                         std::size_t most = 40);
-
-// What a run held: "Full suite", or its benchmarks' titles ("CPU Single-Core, Memory Stream").
-QString benchmarksText(const SavedRun& run);
-
-// How it ended: "332865 pts · quick · Accuracy Mode", "Stopped before its end · quick", or
-// "Skipped" when no benchmark could run on the machine.
-QString outcomeText(const SavedRun& run);
+struct HistorySave;
 
 class HistoryView : public QWidget {
     Q_OBJECT
@@ -87,7 +71,7 @@ class HistoryView : public QWidget {
     void chooseReportFile();
     void showPage(int page);
     void showTrend();
-    void showProblem(const QString& what, const QString& reason);
+    bool finishSave(const HistorySave& save);
     void updateStatus();
 
     std::string directory_;

@@ -10,6 +10,8 @@
 #include <QTest>
 #include <QTimer>
 
+#include <functional>
+
 #include <gtest/gtest.h>
 
 using namespace quarbel;
@@ -29,6 +31,16 @@ class KeyCounter : public QObject {
         return false;
     }
 };
+
+// Runs the event loop until the program quits, after `trigger`; false when it outlives 10 s.
+bool quitsAfter(const std::function<void()>& trigger) {
+    QTimer::singleShot(0, trigger);
+    QTimer guard; // ends the event loop if the program does not quit
+    guard.setSingleShot(true);
+    QObject::connect(&guard, &QTimer::timeout, [] { QCoreApplication::exit(1); });
+    guard.start(10'000);
+    return QApplication::exec() == 0;
+}
 
 } // namespace
 
@@ -83,12 +95,7 @@ TEST(QuarbelAppDelegate, ControlQInTheHelpWindowStopsTheRunClosesEveryWindowAndQ
 
     int aboutToQuit = 0;
     const auto connection = QObject::connect(qApp, &QCoreApplication::aboutToQuit, [&] { ++aboutToQuit; });
-    QTimer::singleShot(0, [&] { QTest::keyClick(help.window(), Qt::Key_Q, Qt::ControlModifier); });
-    QTimer guard; // ends the event loop if Ctrl+Q does not
-    guard.setSingleShot(true);
-    QObject::connect(&guard, &QTimer::timeout, [] { QCoreApplication::exit(1); });
-    guard.start(10'000);
-    EXPECT_EQ(QApplication::exec(), 0);
+    EXPECT_TRUE(quitsAfter([&] { QTest::keyClick(help.window(), Qt::Key_Q, Qt::ControlModifier); }));
     QObject::disconnect(connection);
 
     EXPECT_EQ(aboutToQuit, 1);
@@ -111,11 +118,6 @@ TEST(QuarbelAppDelegate, ClosingTheMainWindowQuitsWhileHelpIsOpen) {
     QuarbelHelpWindowController help;
     help.showWindow();
 
-    QTimer::singleShot(0, &mainWindow, &QWidget::close);
-    QTimer guard;
-    guard.setSingleShot(true);
-    QObject::connect(&guard, &QTimer::timeout, [] { QCoreApplication::exit(1); });
-    guard.start(10'000);
-    EXPECT_EQ(QApplication::exec(), 0);
+    EXPECT_TRUE(quitsAfter([&] { mainWindow.close(); }));
     EXPECT_FALSE(help.window()->isVisible());
 }

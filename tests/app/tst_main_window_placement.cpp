@@ -28,55 +28,44 @@ TEST(MainWindowPlacement, RestoresOnlyAUsableSavedFrameElseCentresAndFitsTheScre
         const char* name;
         QVariant hasSavedFrame;
         QVariant frame;
-        QSize startSize;
         QRect expected; // position and content size after configure
         QList<QRect> screens = kScreens;
         QSize minimum{840, 560};
+        QSize startSize{1000, 700};
     };
     const QRect centred(460, 190, 1000, 700); // 1000 x 700 centred on the first screen
     const QList<QRect> laptop{QRect(0, 0, 1366, 768)};
     const QList<QRect> laptopWithPanel{QRect(0, 28, 1366, 740)};
     const QList<QRect> tiny{QRect(0, 0, 800, 600)};
     const Case cases[] = {
-        {"first launch", {}, {}, {1000, 700}, centred},
-        {"valid frame", true, "100 120 900 640", {1000, 700}, {100, 120, 900, 640}},
-        {"frame on the second screen", true, "2000 50 1100 800", {1000, 700}, {2000, 50, 1100, 800}},
-        {"frame partly off the left edge", true, "-500 100 900 640", {1000, 700}, {0, 100, 900, 640}},
+        {"first launch", {}, {}, centred},
+        {"valid frame", true, "100 120 900 640", {100, 120, 900, 640}},
+        {"frame on the second screen", true, "2000 50 1100 800", {2000, 50, 1100, 800}},
+        {"frame partly off the left edge", true, "-500 100 900 640", {0, 100, 900, 640}},
         {"frame that fits a smaller screen but crosses its right edge",
          true,
          "600 100 1200 700",
-         {1000, 700},
          {166, 68, 1200, 700},
          laptop},
-        {"frame narrower than 840", true, "10 20 839 700", {1000, 700}, centred},
-        {"frame lower than 560", true, "10 20 1000 559", {1000, 700}, centred},
-        {"frame off every screen", true, "3300 0 1000 700", {1000, 700}, centred},
-        {"frame not marked saved", false, "100 120 900 640", {1000, 700}, centred},
-        {"three numbers", true, "100 120 900", {1000, 700}, centred},
-        {"commas", true, "100,120,900,640", {1000, 700}, centred},
-        {"two blanks", true, "100  120 900 640", {1000, 700}, centred},
-        {"words", true, "left top wide high", {1000, 700}, centred},
-        {"not a string", true, QRect(100, 120, 900, 640), {1000, 700}, centred},
-        {"small window grows to the minimum", {}, {}, {600, 400}, {540, 260, 840, 560}},
-        {"default taller than the screen", {}, {}, {1200, 820}, {83, 0, 1200, 768}, laptop},
-        {"default beside a panel", {}, {}, {1200, 820}, {83, 28, 1200, 740}, laptopWithPanel},
-        {"frame taller than its screen", true, "100 200 900 1200", {1000, 700}, {100, 0, 900, 1080}},
-        {"frame larger than the screen it overlaps most",
-         true,
-         "2000 100 1400 1100",
-         {1000, 700},
-         {1920, 0, 1280, 1024}},
-        {"frame from a larger screen",
-         true,
-         "0 0 1900 1000",
-         {1000, 700},
-         {0, 28, 1366, 740},
-         laptopWithPanel},
-        {"screen smaller than the minimum", {}, {}, {1200, 820}, {0, 0, 800, 600}, tiny, {800, 560}},
+        {"frame narrower than 840", true, "10 20 839 700", centred},
+        {"frame lower than 560", true, "10 20 1000 559", centred},
+        {"frame off every screen", true, "3300 0 1000 700", centred},
+        {"frame not marked saved", false, "100 120 900 640", centred},
+        {"three numbers", true, "100 120 900", centred},
+        {"commas", true, "100,120,900,640", centred},
+        {"two blanks", true, "100  120 900 640", centred},
+        {"words", true, "left top wide high", centred},
+        {"not a string", true, QRect(100, 120, 900, 640), centred},
+        {"small window grows to the minimum", {}, {}, {540, 260, 840, 560}, kScreens, {840, 560}, {600, 400}},
+        {"default taller than the screen", {}, {}, {83, 0, 1200, 768}, laptop, {840, 560}, {1200, 820}},
+        {"default beside a panel", {}, {}, {83, 28, 1200, 740}, laptopWithPanel, {840, 560}, {1200, 820}},
+        {"frame taller than its screen", true, "100 200 900 1200", {100, 0, 900, 1080}},
+        {"frame larger than the screen it overlaps most", true, "2000 100 1400 1100", {1920, 0, 1280, 1024}},
+        {"frame from a larger screen", true, "0 0 1900 1000", {0, 28, 1366, 740}, laptopWithPanel},
+        {"screen smaller than the minimum", {}, {}, {0, 0, 800, 600}, tiny, {800, 560}, {1200, 820}},
         {"frame on a screen smaller than the minimum",
          true,
          "0 0 900 640",
-         {1000, 700},
          {0, 0, 800, 600},
          tiny,
          {800, 560}},

@@ -43,10 +43,19 @@ namespace {
 
 struct Window {
     FakeWorkloads workloads;
-    BenchmarkStore store{workloads.services()};
+    BenchmarkStore store;
     MainWindow window{store};
 
-    Window() { window.show(); }
+    // `adjust` changes the store's services before the store is made.
+    explicit Window(const std::function<void(StoreServices&)>& adjust = {}, QSize size = {})
+        : store([&] {
+              StoreServices services = workloads.services();
+              if (adjust) adjust(services);
+              return services;
+          }()) {
+        if (size.isValid()) window.resize(size);
+        window.show();
+    }
 
     // Run, All, Stop enabled; Accuracy switch checked.
     std::array<bool, 4> controls() const {
@@ -108,19 +117,6 @@ TEST(MainWindow, ASuiteMovesTheSelectionAndEndsWithItsSummary) {
     EXPECT_TRUE(w.window.resultPanel()->isVisible());
 }
 
-TEST(MainWindow, TheLiveStatusLineAdvancesEveryTwoSeconds) {
-    Window w;
-    w.workloads.set(BenchmarkID::memoryStream, FakeBehaviour::gated);
-    w.store.run({BenchmarkID::memoryStream}, false);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return w.store.runningID().has_value(); }, 5000));
-    const QString first = w.window.stage()->statusLine();
-    EXPECT_EQ(first.toStdString(), runningStageLines(BenchmarkID::memoryStream)[0]);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return w.window.stage()->statusLine() != first; }, 3500));
-    EXPECT_EQ(w.window.stage()->statusLine().toStdString(), runningStageLines(BenchmarkID::memoryStream)[1]);
-    w.workloads.release();
-    ASSERT_TRUE(w.waitIdle());
-}
-
 // The stage repaints only what moved on each tick; what is on the screen after a few ticks
 // must still be what a whole repaint draws, for the inline stage and for a poster.
 TEST(MainWindow, TheStageOnScreenMatchesAWholeRepaintAfterPartialOnes) {
@@ -176,30 +172,25 @@ QString paintedText(QWidget& widget, std::vector<std::string>* faults = nullptr)
 // Every outcome's whole text is on the panel, wrapped inside it, at any window width;
 // a benchmark without a score shows none (no "0.00") and cannot be saved as a card.
 TEST(RunHeader, SaysInAmberWhenAnotherQuarbelRunGoesOnBesideThisOne) {
-    FakeWorkloads fakes;
-    fakes.set(BenchmarkID::memoryStream, FakeBehaviour::untilCancelled);
-    StoreServices services = fakes.services();
     test::TempDir locks;
-    services.runLockDirectory = locks.path().string();
-    BenchmarkStore store(services);
-    MainWindow window(store);
-    window.resize(1200, 820);
-    window.show();
-    test::OtherQuarbelRun other(services.runLockDirectory, "SSD Sequential"); // on a storage benchmark
+    Window w([&](StoreServices& services) { services.runLockDirectory = locks.path().string(); },
+             {1200, 820});
+    w.workloads.set(BenchmarkID::memoryStream, FakeBehaviour::untilCancelled);
+    test::OtherQuarbelRun other(locks.path().string(), "SSD Sequential"); // on a storage benchmark
     ASSERT_TRUE(other.marked());
-    store.run({BenchmarkID::memoryStream}, false);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return fakes.running() == 1; }, 5000));
+    w.store.run({BenchmarkID::memoryStream}, false);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return w.workloads.running() == 1; }, 5000));
     QTest::qWait(50);
-    const QString header = paintedText(*window.header());
+    const QString header = paintedText(*w.window.header());
     EXPECT_TRUE(
         header.contains(QStringLiteral("Another Quarbel run is going on beside this one (pid %1, on SSD "
                                        "Sequential)")
                             .arg(other.pid())))
         << header.toStdString();
-    EXPECT_EQ(store.logLines().filter(QStringLiteral("Another Quarbel run")).size(), 1) << "logged once";
-    store.stop();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !store.busy(); }, 5000));
-    EXPECT_TRUE(store.concurrentRuns().isEmpty());
+    EXPECT_EQ(w.store.logLines().filter(QStringLiteral("Another Quarbel run")).size(), 1) << "logged once";
+    w.store.stop();
+    ASSERT_TRUE(w.waitIdle());
+    EXPECT_TRUE(w.store.concurrentRuns().isEmpty());
 }
 
 TEST(RunHeader, NamesTheWaitForTheMachineToCoolAndTheBenchmarkAfterIt) {
@@ -220,23 +211,21 @@ TEST(RunHeader, NamesTheWaitForTheMachineToCoolAndTheBenchmarkAfterIt) {
 }
 
 TEST(ResultPanel, ANoisyResultIsMarkedAndSaysWhatDisturbedIt) {
-    FakeWorkloads fakes;
-    StoreServices services = fakes.services();
     // Every reading: other processes took 80 % of the machine's CPU time since the last.
     auto readings = std::make_shared<std::uint64_t>(0);
-    services.readCpuTicks = [readings] {
-        const std::uint64_t n = ++*readings;
-        return std::optional<CpuTickSample>(CpuTickSample{900 * n, 0, 1000 * n, 100 * n});
-    };
-    BenchmarkStore store(services);
-    MainWindow window(store);
-    window.resize(960, 820);
-    window.show();
-    store.run({BenchmarkID::memoryStream}, false);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !store.busy(); }, 5000));
-    store.setSelectedID(BenchmarkID::memoryStream);
+    Window w(
+        [&](StoreServices& services) {
+            services.readCpuTicks = [readings] {
+                const std::uint64_t n = ++*readings;
+                return std::optional<CpuTickSample>(CpuTickSample{900 * n, 0, 1000 * n, 100 * n});
+            };
+        },
+        {960, 820});
+    w.store.run({BenchmarkID::memoryStream}, false);
+    ASSERT_TRUE(w.waitIdle());
+    w.store.setSelectedID(BenchmarkID::memoryStream);
     QTest::qWait(20);
-    const QString panel = paintedText(*window.resultPanel());
+    const QString panel = paintedText(*w.window.resultPanel());
     EXPECT_TRUE(
         panel.contains(QStringLiteral("Noisy machine: other work took 80 % of the CPU while it ran.")))
         << panel.toStdString();
@@ -244,25 +233,27 @@ TEST(ResultPanel, ANoisyResultIsMarkedAndSaysWhatDisturbedIt) {
 }
 
 TEST(ResultPanel, ShowsWholeDetailsAndTellsHowToEnableASkippedDevice) {
-    FakeWorkloads fakes;
-    fakes.queueScores(BenchmarkID::cineTile, {1010, 980, 1000});
-    fakes.set(BenchmarkID::cpuCrypto, FakeBehaviour::failing);
-    StoreServices services = fakes.services();
-    services.runWorkload = [&](BenchmarkID id, const WorkloadContext& context) {
-        switch (id) {
-        case BenchmarkID::metalCompute: return skippedOutcome("Metal is not available on this machine.");
-        case BenchmarkID::openCLCompute:
-            return skippedOutcome("OpenCL is unavailable or no compatible device was found. The loader "
-                                  "lists no platform: no ICD is registered under /etc/OpenCL/vendors, and "
-                                  "OCL_ICD_VENDORS names no other folder with one in it.");
-        default: return fakes.run(id, context);
-        }
-    };
-    BenchmarkStore store(services);
-    MainWindow window(store);
-    window.resize(960, 820);
-    window.show();
-
+    Window w(
+        [](StoreServices& services) {
+            services.runWorkload = [fake = services.runWorkload](BenchmarkID id,
+                                                                 const WorkloadContext& context) {
+                switch (id) {
+                case BenchmarkID::metalCompute:
+                    return skippedOutcome("Metal is not available on this machine.");
+                case BenchmarkID::openCLCompute:
+                    return skippedOutcome(
+                        "OpenCL is unavailable or no compatible device was found. The loader "
+                        "lists no platform: no ICD is registered under /etc/OpenCL/vendors, "
+                        "and OCL_ICD_VENDORS names no other folder with one in it.");
+                default: return fake(id, context);
+                }
+            };
+        },
+        {960, 820});
+    w.workloads.queueScores(BenchmarkID::cineTile, {1010, 980, 1000});
+    w.workloads.set(BenchmarkID::cpuCrypto, FakeBehaviour::failing);
+    BenchmarkStore& store = w.store;
+    MainWindow& window = w.window;
     struct Case {
         BenchmarkID id;
         bool accuracy;
@@ -459,7 +450,8 @@ TEST(Stage, OnlyCpuMemoryAndStorageBenchmarksRunInline) {
                            BenchmarkID::ssdRandom}));
 }
 
-TEST(StageView, NamesThePassOfAnAccuracyRun) {
+// The stage names the pass of an accuracy run, and its status line moves on every two seconds.
+TEST(StageView, NamesThePassOfAnAccuracyRunAndAdvancesItsStatusLine) {
     Window w;
     w.workloads.set(BenchmarkID::memoryStream, FakeBehaviour::untilCancelled);
     w.store.setAccuracyMode(true);
@@ -468,6 +460,11 @@ TEST(StageView, NamesThePassOfAnAccuracyRun) {
     QTest::qWait(50);
     EXPECT_EQ(w.store.passText(), "pass 1 of 3");
     EXPECT_TRUE(paintedText(*w.window.stage()).contains(QStringLiteral("PASS 1 OF 3")));
+    const auto lines = runningStageLines(BenchmarkID::memoryStream);
+    const QString first = w.window.stage()->statusLine();
+    EXPECT_EQ(first.toStdString(), lines[0]);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return w.window.stage()->statusLine() != first; }, 3500));
+    EXPECT_EQ(w.window.stage()->statusLine().toStdString(), lines[1]);
     w.store.stop();
     ASSERT_TRUE(w.waitIdle());
     EXPECT_TRUE(w.store.passText().isEmpty());
