@@ -29,39 +29,41 @@ TEST(Accuracy, MedianOfThreeKeepsPassOrderInTheDetail) {
     EXPECT_FALSE(accuracySpreadPercent({}).has_value());
 }
 
-TEST(Accuracy, EvenCountTakesTheUpperMiddle) {
-    const std::vector<BenchmarkOutcome> passes{pass(200, 1, "upper"), pass(100, 1, "lower")};
-    const auto result = accuracyOutcome(passes);
-    EXPECT_EQ(result.score, 200);
-    EXPECT_NE(result.detail.find("upper Accuracy Mode: median of 2 passes; pass scores 200.00, 100.00 pts; "
-                                 "spread 50.0%; confidence Unstable."),
-              std::string::npos)
-        << result.detail;
-}
-
-TEST(Accuracy, EqualScoresKeepPassOrderInTheStableSort) {
-    const std::vector<BenchmarkOutcome> passes{pass(50, 1, "first"), pass(50, 1, "second"),
-                                               pass(50, 1, "third")};
-    const auto result = accuracyOutcome(passes);
-    EXPECT_EQ(result.detail.substr(0, 6), "second");
-    EXPECT_NE(result.detail.find("spread 0.0%; confidence High."), std::string::npos);
-}
-
-TEST(Accuracy, AllSkippedHasNoSpreadAndKeepsTheMedianStatus) {
-    const std::vector<BenchmarkOutcome> passes{skippedOutcome("No device."), skippedOutcome("No device."),
-                                               skippedOutcome("No device.")};
-    const auto result = accuracyOutcome(passes);
-    EXPECT_EQ(result.status, OutcomeStatus::skipped);
-    EXPECT_EQ(result.detail,
-              "No device. Accuracy Mode: median of 3 passes; pass scores 0.00, 0.00, 0.00 pts; "
-              "spread 0.0%; confidence High.");
-}
-
-TEST(Accuracy, OneFailedPassPullsTheMedianDown) {
-    std::vector<BenchmarkOutcome> passes{pass(1000, 1), failedOutcome("Disk full."), pass(1100, 1)};
-    const auto result = accuracyOutcome(passes);
-    EXPECT_EQ(result.score, 1000);
-    EXPECT_NE(result.detail.find("spread 110.0%"), std::string::npos);
+TEST(Accuracy, TheMedianPassSpeaksForAllAndTheSpreadSaysHowFarTheyAgree) {
+    const BenchmarkOutcome skipped = skippedOutcome("No device.");
+    const struct {
+        const char* name;
+        std::vector<BenchmarkOutcome> passes;
+        double score;
+        std::string detail;
+    } cases[] = {
+        {"an even count takes the upper middle",
+         {pass(200, 1, "upper"), pass(100, 1, "lower")},
+         200,
+         "upper Accuracy Mode: median of 2 passes; pass scores 200.00, 100.00 pts; spread 50.0%; confidence "
+         "Unstable."},
+        {"equal scores keep pass order",
+         {pass(50, 1, "first"), pass(50, 1, "second"), pass(50, 1, "third")},
+         50,
+         "second Accuracy Mode: median of 3 passes; pass scores 50.00, 50.00, 50.00 pts; spread 0.0%; "
+         "confidence High."},
+        {"all skipped: no spread, the median's status",
+         {skipped, skipped, skipped},
+         0,
+         "No device. Accuracy Mode: median of 3 passes; pass scores 0.00, 0.00, 0.00 pts; spread 0.0%; "
+         "confidence High."},
+        {"a failed pass pulls the median down",
+         {pass(1000, 1), failedOutcome("Disk full."), pass(1100, 1)},
+         1000,
+         "Work done. Accuracy Mode: median of 3 passes; pass scores 1000.0, 0.00, 1100.0 pts; spread 110.0%; "
+         "confidence Unstable."},
+    };
+    for (const auto& c : cases) {
+        const auto result = accuracyOutcome(c.passes);
+        EXPECT_EQ(result.score, c.score) << c.name;
+        EXPECT_EQ(result.status, c.passes.front().status) << c.name;
+        EXPECT_EQ(result.detail, c.detail) << c.name;
+    }
 }
 
 TEST(Accuracy, ConfidenceThresholdsAreInclusive) {

@@ -40,19 +40,15 @@ TEST(CardValue, TrimsTheUnitOnly) {
     EXPECT_EQ(cardValue({"Read", " 7 ", ""}), " 7 ");
 }
 
-TEST(Scores, NothingDoneScoresZero) {
-    BenchmarkRows rows;
-    const std::vector<BenchmarkID> ids(kAllBenchmarks.begin(), kAllBenchmarks.end());
-    EXPECT_EQ(globalScore(rows), 0);
-    EXPECT_EQ(completedCount(rows), 0);
-    EXPECT_EQ(runScore(rows, ids), 0);
-}
-
-TEST(Scores, OneBenchmarkRunScoresItselfButAThirteenthGlobally) {
+TEST(Scores, OneBenchmarkRunScoresItselfButAThirteenthGloballyAndNothingScoresZero) {
     const auto rows = rowsWith({{BenchmarkID::cineTile, {TestRunState::done, okOutcome(500)}}});
     const std::vector<BenchmarkID> ids{BenchmarkID::cineTile};
     EXPECT_DOUBLE_EQ(runScore(rows, ids), 500);
     EXPECT_EQ(scoreText(globalScore(rows)), "38.46");
+    EXPECT_EQ(globalScore({}), 0);
+    EXPECT_EQ(completedCount({}), 0);
+    EXPECT_EQ(runScore({}, ids), 0);
+    EXPECT_EQ(runScore(rows, {}), 0);
 }
 
 TEST(Scores, GeometricMeanLiftsSmallScoresAndSkipsNonPositiveOnes) {
@@ -69,15 +65,10 @@ TEST(Scores, GeometricMeanLiftsSmallScoresAndSkipsNonPositiveOnes) {
     rows[BenchmarkID::cpuCrypto] = {TestRunState::done, okOutcome(0.5)};
     EXPECT_NEAR(globalScore(rows), std::cbrt(100.0 * 400.0 * 1.0) * 3 / 13, 1e-9);
     EXPECT_EQ(completedCount(rows), 4);
-}
-
-TEST(Scores, RunScoreDividesByTheRunsOwnSize) {
-    const auto rows = rowsWith({{BenchmarkID::cpuInteger, {TestRunState::done, okOutcome(100)}},
-                                {BenchmarkID::cpuFloating, {TestRunState::done, okOutcome(400)}}});
+    // A run's own score divides by the run's own size.
     const std::vector<BenchmarkID> ids{BenchmarkID::cpuInteger, BenchmarkID::cpuFloating,
                                        BenchmarkID::cpuCrypto, BenchmarkID::memoryStream};
-    EXPECT_NEAR(runScore(rows, ids), 200.0 * 2 / 4, 1e-9);
-    EXPECT_EQ(runScore(rows, {}), 0);
+    EXPECT_NEAR(runScore(rows, ids), std::cbrt(100.0 * 400.0 * 1.0) * 3 / 4, 1e-9);
 }
 
 TEST(RunSummary, StoppedBenchmarkCountsInTotalOnly) {

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "workloads/cpu/developer_workflow.h"
 
-#include "workload_test_support.h"
-
 #include <gtest/gtest.h>
 
 #include <openssl/evp.h>
@@ -12,7 +10,6 @@
 
 using namespace quarbel;
 using namespace quarbel::cpu;
-using quarbel::testing::StopAfterReports;
 
 namespace {
 
@@ -61,34 +58,4 @@ TEST(WorkflowKernel, BatchIsTheXorOfItsWorkers) {
                                   referenceWorker(2, 2, seed) ^ referenceWorker(3, 2, seed);
     EXPECT_EQ(runCryptoBatch(4, 2, seed), expected);
     EXPECT_EQ(runCryptoBatch(0, 2, seed), 0);
-}
-
-TEST(DeveloperWorkflow, OneWorkerCancelledInTheFirstBatchHashesEighteenBlocks) {
-    StopAfterReports stop(1);
-    const BenchmarkOutcome outcome = runCPUDeveloper(1, stop.context());
-    ASSERT_EQ(stop.reports.size(), 1u);
-    EXPECT_EQ(stop.reports[0].unitsDone, 4'718'592);
-    EXPECT_EQ(stop.reports[0].unit.name, "bytes");
-
-    EXPECT_EQ(outcome.status, OutcomeStatus::ok);
-    const double throughput = 4'718'592.0 / outcome.duration / 1'048'576.0;
-    EXPECT_NEAR(outcome.score, throughput * 2.4, throughput * 2.4 * 1e-9);
-    EXPECT_EQ(outcome.primary.label, "Workflow");
-    EXPECT_EQ(outcome.primary.unit, "MB/s");
-    expectLiveRateReadsAsPrimary(stop.reports[0], outcome);
-    EXPECT_EQ(*outcome.secondary, (MeasurementLine{"Threads", "1", ""}));
-    const std::uint8_t batch = runCryptoBatch(1, 18, makeWorkflowSeed());
-    EXPECT_EQ(outcome.detail,
-              "Production workload: 256 KB blocks, text/binary mutation, and sustained SHA-256 "
-              "hashing. Digest " +
-                  std::to_string(batch) + ".");
-}
-
-TEST(DeveloperWorkflow, AnEvenBatchCountEndsTheDetailWithDigestZero) {
-    StopAfterReports stop(2);
-    const BenchmarkOutcome outcome = runCPUDeveloper(2, stop.context());
-    ASSERT_EQ(stop.reports.size(), 2u);
-    EXPECT_EQ(stop.reports[1].unitsDone, 2 * 2 * 18 * 262'144);
-    EXPECT_EQ(outcome.secondary->value, "2");
-    EXPECT_TRUE(outcome.detail.ends_with(" Digest 0.")) << outcome.detail;
 }

@@ -2,8 +2,6 @@
 #include "workloads/cpu/huge_page_allocator.h"
 #include "workloads/cpu/memory_stream.h"
 
-#include "workload_test_support.h"
-
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -12,7 +10,6 @@
 
 using namespace quarbel;
 using namespace quarbel::cpu;
-using quarbel::testing::StopAfterReports;
 
 TEST(StreamScalar, CyclesThroughElevenValues) {
     EXPECT_EQ(streamScalar(0), 1.01f);
@@ -49,31 +46,6 @@ TEST(StreamTriad, WritesEveryElementFromItsOwnInputs) {
     streamTriad(a, b, c, 0.5f);
     for (std::size_t i = 0; i < c.size(); ++i)
         EXPECT_EQ(c[i], static_cast<float>(2 * i));
-}
-
-TEST(MemoryStream, CancelledInTheFirstPassReportsThatPass) {
-    StopAfterReports stop(1);
-    const BenchmarkOutcome outcome = runMemoryStream(stop.context(), 1000);
-    ASSERT_EQ(stop.reports.size(), 1u);
-    EXPECT_EQ(stop.reports[0].unitsDone, 1);
-    EXPECT_EQ(stop.reports[0].unit.name, "passes");
-
-    EXPECT_EQ(outcome.status, OutcomeStatus::ok);
-    // Two reads and a write of 1000 floats, in decimal GB/s.
-    const double bandwidth = 12'000.0 / outcome.duration / 1e9;
-    EXPECT_NEAR(outcome.score, bandwidth * 470, bandwidth * 470 * 1e-9);
-    EXPECT_EQ(outcome.primary.label, "Bandwidth");
-    EXPECT_EQ(outcome.primary.unit, "GB/s");
-    expectLiveRateReadsAsPrimary(stop.reports[0], outcome);
-    EXPECT_EQ(*outcome.secondary, (MeasurementLine{"Working Set", "183", "MB"}));
-    EXPECT_EQ(outcome.detail, "Sustained stream triad with 1 passes over a large working set.");
-}
-
-TEST(MemoryStream, CountsEveryPassInTheDetail) {
-    StopAfterReports stop(12);
-    const BenchmarkOutcome outcome = runMemoryStream(stop.context(), 64);
-    EXPECT_EQ(stop.reports.back().unitsDone, 12);
-    EXPECT_EQ(outcome.detail, "Sustained stream triad with 12 passes over a large working set.");
 }
 
 // Large arrays start on a 2 MiB boundary, so that whole huge pages can back them; small ones

@@ -2,10 +2,7 @@
 // Built with -ffp-contract=off, like the kernel: the reference below must round the
 // product before the add, or it could not catch a fused kernel.
 #include "workloads/cpu/cpu_workloads.h"
-#include "workloads/cpu/parallel.h"
 #include "workloads/cpu/production_mix.h"
-
-#include "workload_test_support.h"
 
 #include <gtest/gtest.h>
 
@@ -20,11 +17,9 @@
 #include <array>
 #include <bit>
 #include <cmath>
-#include <cstdio>
 
 using namespace quarbel;
 using namespace quarbel::cpu;
-using quarbel::testing::StopAfterReports;
 
 namespace {
 
@@ -91,12 +86,6 @@ std::uint64_t referenceKernel(std::int64_t worker, std::int64_t rounds) {
     return acc ^ bits(v[0]) ^ (bits(v[1]) << 17);
 }
 
-std::string hexPrefix(std::uint64_t value) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%llx", static_cast<unsigned long long>(value));
-    return std::string(text).substr(0, 8);
-}
-
 } // namespace
 
 TEST(ProductionKernel, ZeroRoundsReturnTheInitialLaneBits) {
@@ -119,62 +108,4 @@ TEST(ProductionKernel, BatchIsTheXorOfItsWorkersAndRepeatsExactly) {
     EXPECT_EQ(runCPUMixedBatch(3, 2), expected);
     EXPECT_NE(runCPUKernel(0, 2), runCPUKernel(1, 2));
     EXPECT_EQ(runCPUMixedBatch(0, 2), 0u);
-}
-
-TEST(ProductionProfile, CancelledInTheFirstBatchReportsThatBatch) {
-    StopAfterReports stop(1);
-    const BenchmarkOutcome outcome =
-        runCPUWorkloadProfile(2, BenchmarkID::cpuFloating, "Multi-Core", stop.context());
-    ASSERT_EQ(stop.reports.size(), 1u);
-    EXPECT_EQ(stop.reports[0].unitsDone, 2 * 26);
-    EXPECT_EQ(stop.reports[0].unit.name, "rounds");
-
-    EXPECT_EQ(outcome.status, OutcomeStatus::ok);
-    EXPECT_EQ(outcome.primary.label, "Multi-Core");
-    EXPECT_EQ(outcome.primary.unit, "units/s");
-    expectLiveRateReadsAsPrimary(stop.reports[0], outcome);
-    ASSERT_TRUE(outcome.secondary.has_value());
-    EXPECT_EQ(*outcome.secondary, (MeasurementLine{"Threads", "2", ""}));
-    const double rate = 52.0 / outcome.duration;
-    EXPECT_NEAR(outcome.score, rate * 720, rate * 720 * 1e-9);
-    EXPECT_EQ(outcome.detail, "Mixed production workload: text/binary transforms, image math, simulation, "
-                              "lightweight ML, and SIMD mixing. Checksum " +
-                                  hexPrefix(runCPUMixedBatch(2, 26)) + ".");
-}
-
-TEST(ProductionProfile, OneWorkerScoresWith980AndAnEvenBatchCountCancelsTheChecksum) {
-    StopAfterReports stop(2);
-    const BenchmarkOutcome outcome =
-        runCPUWorkloadProfile(1, BenchmarkID::cpuInteger, "Single-Core", stop.context());
-    ASSERT_EQ(stop.reports.size(), 2u);
-    EXPECT_EQ(stop.reports[1].unitsDone, 52);
-    const double rate = 52.0 / outcome.duration;
-    EXPECT_NEAR(outcome.score, rate * 980, rate * 980 * 1e-9);
-    EXPECT_EQ(outcome.secondary->value, "1");
-    EXPECT_TRUE(outcome.detail.ends_with(" Checksum 0.")) << outcome.detail;
-}
-
-TEST(ProductionProfile, ABudgetOfZeroStillMeasuresOneBatch) {
-    StopAfterReports never(1000, 0.0);
-    const BenchmarkOutcome outcome =
-        runCPUWorkloadProfile(1, BenchmarkID::cpuInteger, "Single-Core", never.context());
-    EXPECT_EQ(never.reports.size(), 1u);
-    EXPECT_GT(outcome.duration, 0.0);
-    EXPECT_NE(outcome.primary.value, "0.00");
-}
-
-TEST(ProductionProfile, DispatchedEntriesPickTheirWorkerCountAndName) {
-    StopAfterReports single(1);
-    const BenchmarkOutcome singleOutcome = runSingleCoreProfile(single.context());
-    EXPECT_EQ(singleOutcome.primary.label, "Single-Core");
-    EXPECT_EQ(singleOutcome.secondary->value, "1");
-
-    StopAfterReports multi(1);
-    const BenchmarkOutcome multiOutcome = runMultiCoreProfile(multi.context());
-    const std::int64_t workers = multiCoreWorkerCount();
-    EXPECT_EQ(multiOutcome.primary.label, "Multi-Core");
-    EXPECT_EQ(multiOutcome.secondary->value, std::to_string(workers));
-    const double rate = static_cast<double>(workers * 26) / multiOutcome.duration;
-    const double factor = workers == 1 ? 980 : 720;
-    EXPECT_NEAR(multiOutcome.score, rate * factor, rate * factor * 1e-9);
 }

@@ -1,16 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "workloads/cpu/tile_renderer.h"
 
-#include "workload_test_support.h"
-
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <vector>
 
 using namespace quarbel;
 using namespace quarbel::cpu;
-using quarbel::testing::StopAfterReports;
 
 namespace {
 
@@ -24,12 +20,6 @@ std::vector<std::uint32_t> renderSerially(int width, int height) {
     for (int y = 0; y < height; ++y)
         renderTileRow(image, y);
     return pixels;
-}
-
-std::string hexPrefix(std::uint32_t value) {
-    char text[16];
-    std::snprintf(text, sizeof text, "%x", value);
-    return text;
 }
 
 } // namespace
@@ -84,29 +74,4 @@ TEST(TileRenderer, FrameChecksumSamplesEvery997thPixel) {
         h = sampled + h * 1664525u + 1013904223u;
     EXPECT_EQ(tileFrameChecksum(pixels), h);
     EXPECT_EQ(tileFrameChecksum({}), 0u);
-}
-
-TEST(CineTile, CancelledInTheFirstFrameReportsThatFrame) {
-    StopAfterReports stop(1);
-    const BenchmarkOutcome outcome = runCineTile(stop.context(), kSmallWidth, kSmallHeight);
-    ASSERT_EQ(stop.reports.size(), 1u);
-    EXPECT_EQ(stop.reports[0].unitsDone, 1);
-    EXPECT_EQ(stop.reports[0].unit.name, "frames");
-
-    EXPECT_EQ(outcome.status, OutcomeStatus::ok);
-    const double rate = kSmallWidth * kSmallHeight * 4 / outcome.duration / 1e6;
-    EXPECT_NEAR(outcome.score, rate * 2650, rate * 2650 * 1e-9);
-    EXPECT_EQ(outcome.primary.label, "Renderer");
-    EXPECT_EQ(outcome.primary.unit, "MPix/s");
-    expectLiveRateReadsAsPrimary(stop.reports[0], outcome);
-    EXPECT_EQ(*outcome.secondary, (MeasurementLine{"Frames", "1", ""}));
-    const std::uint32_t checksum = tileFrameChecksum(renderSerially(kSmallWidth, kSmallHeight));
-    EXPECT_EQ(outcome.detail, "Sustained CPU tile render at 48x27, checksum " + hexPrefix(checksum) + ".");
-}
-
-TEST(CineTile, IdenticalFramesCancelTheRunChecksumAfterAnEvenCount) {
-    StopAfterReports stop(2);
-    const BenchmarkOutcome outcome = runCineTile(stop.context(), kSmallWidth, kSmallHeight);
-    EXPECT_EQ(outcome.secondary->value, "2");
-    EXPECT_EQ(outcome.detail, "Sustained CPU tile render at 48x27, checksum 0.");
 }

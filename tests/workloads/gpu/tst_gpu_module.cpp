@@ -225,7 +225,7 @@ TEST(GroupSizeCalibration, TriesTheAllowedSizesAndKeepsTheFastest) {
     EXPECT_EQ(chosen.kernel.message.rfind("t.comp:2: error:", 0), 0u) << chosen.kernel.message;
 }
 
-TEST(ShaderCompiler, CompilesGlslAndFindsTheStagesEntryPoint) {
+TEST(ShaderCompiler, CompilesGlslFindsTheStagesEntryPointAndTagsErrorsWithTheSourceName) {
     const CompiledShader shader = compileGlsl("#version 450\nlayout(local_size_x = 1) in;\nvoid main() {}\n",
                                               ShaderStage::compute, "t.comp");
     ASSERT_TRUE(shader.ok()) << shader.error;
@@ -233,16 +233,14 @@ TEST(ShaderCompiler, CompilesGlslAndFindsTheStagesEntryPoint) {
     EXPECT_FALSE(hasEntryPoint(shader.spirv, ShaderStage::fragment, kEntryPointName));
     EXPECT_FALSE(hasEntryPoint(shader.spirv, ShaderStage::compute, "suite_compute"));
     EXPECT_FALSE(hasEntryPoint(std::vector<std::uint32_t>{0x07230203u, 0, 0}, ShaderStage::compute, "main"));
-}
 
-TEST(ShaderCompiler, ReportsTheCompilersMessageTaggedWithTheSourceName) {
-    const CompiledShader shader = compileGlsl("#version 450\nvoid main() { undefinedThing = 1; }\n",
+    const CompiledShader broken = compileGlsl("#version 450\nvoid main() { undefinedThing = 1; }\n",
                                               ShaderStage::compute, "broken.comp");
-    EXPECT_FALSE(shader.ok());
-    EXPECT_TRUE(shader.spirv.empty());
-    EXPECT_NE(shader.error.find("broken.comp:2: error:"), std::string::npos) << shader.error;
-    EXPECT_NE(shader.error.find("undefinedThing"), std::string::npos) << shader.error;
-    EXPECT_NE(shader.error.back(), '\n');
+    EXPECT_FALSE(broken.ok());
+    EXPECT_TRUE(broken.spirv.empty());
+    EXPECT_EQ(broken.error.rfind("broken.comp:2: error:", 0), 0u) << broken.error;
+    EXPECT_NE(broken.error.find("undefinedThing"), std::string::npos) << broken.error;
+    EXPECT_NE(broken.error.back(), '\n');
 }
 
 TEST(DefaultDevice, NamesTheDeviceAndFollowsTheOverride) {

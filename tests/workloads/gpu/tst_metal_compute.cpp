@@ -173,16 +173,3 @@ TEST(MetalCompute, ZeroBudgetStillCompletesOneDispatchOverEveryRowOfTheGrid) {
     EXPECT_EQ(outcome.secondary->value, "1");
     EXPECT_NEAR(*numberAfter(outcome.detail, "checksum"), referenceChecksum(kManyElements, 1, 1), 1e-3);
 }
-
-TEST(MetalCompute, KernelThatDoesNotCompileFailsWithTheCompilersMessage) {
-    WorkloadContext context;
-    context.budgetSeconds = 0.0;
-    const BenchmarkOutcome outcome =
-        runMetalCompute(context, {64, 1, "#version 450\nvoid main() { values[0] = vec4(1); }\n"});
-    EXPECT_EQ(outcome.status, OutcomeStatus::failed);
-    EXPECT_EQ(outcome.primary, (MeasurementLine{"Status", "Failed", ""}));
-    EXPECT_FALSE(outcome.secondary.has_value());
-    EXPECT_EQ(outcome.duration, 0.0);
-    EXPECT_EQ(outcome.detail.rfind("Metal compute failed: suite_compute.comp:2: error:", 0), 0u)
-        << outcome.detail;
-}

@@ -25,19 +25,29 @@ TEST(MetalVisualOffscreen, RatesTheFramesItRenderedAndThePixelsTheyShaded) {
         "Metal fly-through at 64x36, with procedural sky, terrain islands, arches, and animated lighting.");
 }
 
-TEST(MetalVisualOffscreen, EitherStageFailingToCompileIsAPipelineFailure) {
+TEST(EveryVulkanWorkload, AKernelThatDoesNotCompileFailsWithTheCompilersMessage) {
     WorkloadContext context;
     context.budgetSeconds = 0.0;
-    const BenchmarkOutcome fragment = runMetalVisual(
-        context,
-        {16, 9, std::nullopt, "#version 450\nlayout(location = 0) out vec4 c;\nvoid main() { c = nope; }\n"});
-    EXPECT_EQ(fragment.status, OutcomeStatus::failed);
-    EXPECT_EQ(fragment.primary, (MeasurementLine{"Status", "Failed", ""}));
-    EXPECT_EQ(fragment.detail.rfind("Metal pipeline failed: suite_fragment.frag:3: error:", 0), 0u)
-        << fragment.detail;
-
-    const BenchmarkOutcome vertex =
-        runMetalVisual(context, {16, 9, "#version 450\nvoid main() {\n", std::nullopt});
-    EXPECT_EQ(vertex.status, OutcomeStatus::failed);
-    EXPECT_EQ(vertex.detail.rfind("Metal pipeline failed: suite_vertex.vert:", 0), 0u) << vertex.detail;
+    const struct {
+        BenchmarkOutcome outcome;
+        const char* detail; // its start
+    } cases[] = {
+        {runMetalCompute(context, {64, 1, "#version 450\nvoid main() { values[0] = vec4(1); }\n"}),
+         "Metal compute failed: suite_compute.comp:2: error:"},
+        {runRawMetalDecode(context, {8, 8, "#version 450\nvoid main() { oops }\n"}),
+         "RAW Metal failed: raw_decode.comp:2: error:"},
+        {runMetalVisual(context,
+                        {16, 9, std::nullopt,
+                         "#version 450\nlayout(location = 0) out vec4 c;\nvoid main() { c = nope; }\n"}),
+         "Metal pipeline failed: suite_fragment.frag:3: error:"},
+        {runMetalVisual(context, {16, 9, "#version 450\nvoid main() {\n", std::nullopt}),
+         "Metal pipeline failed: suite_vertex.vert:"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(c.outcome.status, OutcomeStatus::failed) << c.detail;
+        EXPECT_EQ(c.outcome.primary, (MeasurementLine{"Status", "Failed", ""}));
+        EXPECT_FALSE(c.outcome.secondary.has_value());
+        EXPECT_EQ(c.outcome.duration, 0.0);
+        EXPECT_EQ(c.outcome.detail.rfind(c.detail, 0), 0u) << c.outcome.detail;
+    }
 }

@@ -56,35 +56,39 @@ cl_int findWithFakes(cl_device_id& device, cl_platform_id& platform) {
 
 } // namespace
 
-TEST(OpenCLDeviceDiscovery, AGpuOnAnyPlatformBeatsACpuOnAnEarlierOne) {
-    cl_device_id device = nullptr;
-    cl_platform_id platform = nullptr;
-    gFakePlatformError = CL_SUCCESS;
-    gFakePlatforms = {{0, 2}, {0, 0}, {3, 1}, {1, 0}};
-    ASSERT_EQ(findWithFakes(device, platform), CL_SUCCESS);
-    EXPECT_EQ(platform, platformHandle(2));
-    EXPECT_EQ(device, deviceHandle(2, CL_DEVICE_TYPE_GPU, 0));
-
-    gFakePlatforms = {{0, 0}, {0, 2}, {0, 1}};
-    ASSERT_EQ(findWithFakes(device, platform), CL_SUCCESS);
-    EXPECT_EQ(platform, platformHandle(1));
-    EXPECT_EQ(device, deviceHandle(1, CL_DEVICE_TYPE_CPU, 0));
-}
-
-TEST(OpenCLDeviceDiscovery, ReportsMissingPlatformsAndDevicesAndLoaderErrors) {
-    cl_device_id device = nullptr;
-    cl_platform_id platform = nullptr;
-    gFakePlatformError = CL_SUCCESS;
-    gFakePlatforms = {};
-    EXPECT_EQ(findWithFakes(device, platform), -1);
-    gFakePlatforms = {{0, 0}, {0, 0}};
-    EXPECT_EQ(findWithFakes(device, platform), -2);
-    // Only the first 8 platforms are examined.
-    gFakePlatforms = std::vector<FakePlatform>(8);
-    gFakePlatforms.push_back({1, 1});
-    EXPECT_EQ(findWithFakes(device, platform), -2);
-    gFakePlatformError = -1001; // CL_PLATFORM_NOT_FOUND_KHR, as ocl-icd says without vendors
-    EXPECT_EQ(findWithFakes(device, platform), -1001);
+TEST(OpenCLDeviceDiscovery, AGpuOnAnyOfTheFirstEightPlatformsBeatsACpuAndErrorsSayWhatWasMissing) {
+    const struct {
+        const char* name;
+        std::vector<FakePlatform> platforms;
+        cl_int platformError, result;
+        std::size_t platform = 0;
+        cl_device_type type = CL_DEVICE_TYPE_GPU;
+    } cases[] = {
+        {"a GPU on a later platform", {{0, 2}, {0, 0}, {3, 1}, {1, 0}}, CL_SUCCESS, CL_SUCCESS, 2},
+        {"else the first CPU", {{0, 0}, {0, 2}, {0, 1}}, CL_SUCCESS, CL_SUCCESS, 1, CL_DEVICE_TYPE_CPU},
+        {"no platform", {}, CL_SUCCESS, -1},
+        {"no device", {{0, 0}, {0, 0}}, CL_SUCCESS, -2},
+        {"only the first 8 platforms count",
+         [] {
+             std::vector<FakePlatform> nine(8);
+             nine.push_back({1, 1});
+             return nine;
+         }(),
+         CL_SUCCESS, -2},
+        // CL_PLATFORM_NOT_FOUND_KHR, as ocl-icd says without vendors.
+        {"the loader's error", {{1, 1}}, -1001, -1001},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        gFakePlatforms = c.platforms;
+        gFakePlatformError = c.platformError;
+        cl_device_id device = nullptr;
+        cl_platform_id platform = nullptr;
+        ASSERT_EQ(findWithFakes(device, platform), c.result);
+        if (c.result != CL_SUCCESS) continue;
+        EXPECT_EQ(platform, platformHandle(c.platform));
+        EXPECT_EQ(device, deviceHandle(c.platform, c.type, 0));
+    }
     gFakePlatformError = CL_SUCCESS;
 }
 

@@ -183,12 +183,8 @@ TEST(SceneCoordinator, CountsTheTimeOfTheFramesStillInFlightAndGivesNoOutcomeWhe
 }
 
 TEST(SceneCoordinator, ScoresTheWorkedExample) {
-    // 1,200 frames of 6 passes in 20.05 s at 1920 x 1080.
+    // 1,200 frames of 6 passes in 20.05 s at 1920 x 1080: 59.85 FPS, 744.63 MPix/s.
     const BenchmarkOutcome outcome = visibleSceneOutcome(1200, 6, 1920, 1080, 20.05, 50, 70);
-    const double average = 1200 / 20.05;
-    const double megapixels = 1200.0 * 6 * 1920 * 1080 / 20.05 / 1e6;
-    EXPECT_NEAR(average, 59.85, 0.005);
-    EXPECT_NEAR(megapixels, 744.63, 0.005);
     EXPECT_NEAR(outcome.score, 15233.9, 0.05);
     EXPECT_EQ(outcome.status, OutcomeStatus::ok);
     EXPECT_EQ(outcome.primary, (MeasurementLine{"Scene", "59.9", "FPS"}));

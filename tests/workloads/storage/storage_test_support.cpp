@@ -12,9 +12,16 @@
 #include <sys/file.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace quarbel::storage::testing {
+namespace {
+
+// The system call number of cachestat, the same on every architecture.
+constexpr long kCachestat = 451;
+
+} // namespace
 
 std::vector<std::string> scratchEntries(const std::string& directory) {
     std::vector<std::string> names;
@@ -140,6 +147,33 @@ bool fileSystemAcceptsDirectIO(const std::string& directory) {
 std::string onlyScratchDirectory(const std::string& root) {
     const auto entries = scratchEntries(root);
     return entries.size() == 1 ? root + "/" + entries.front() : std::string();
+}
+
+std::optional<std::uint64_t> unsyncedPages(const std::string& path) {
+    struct {
+        std::uint64_t offset = 0, length = 0; // to the end of the file
+    } range;
+    struct {
+        std::uint64_t cached, dirty, writeback, evicted, recentlyEvicted;
+    } state{};
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return std::nullopt;
+    const long result = ::syscall(kCachestat, fd, &range, &state, 0);
+    ::close(fd);
+    if (result != 0) return std::nullopt;
+    return state.dirty + state.writeback;
+}
+
+bool syncIsVisible(const std::string& directory) {
+    const std::string probe = directory + "/sync-probe";
+    writeFile(probe, 65'536);
+    const auto before = unsyncedPages(probe);
+    const int fd = ::open(probe.c_str(), O_WRONLY | O_CLOEXEC);
+    const bool synced = fd >= 0 && ::fsync(fd) == 0;
+    if (fd >= 0) ::close(fd);
+    const auto after = unsyncedPages(probe);
+    ::unlink(probe.c_str());
+    return synced && before.value_or(0) > 0 && after == 0u;
 }
 
 double megabytesPerSecondOf(const std::string& value, const std::string& unit) {

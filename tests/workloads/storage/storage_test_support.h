@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -106,6 +107,14 @@ bool fileSystemAcceptsDirectIO(const std::string& directory);
 
 // The single scratch directory currently in `root`, or "" when there is not exactly one.
 std::string onlyScratchDirectory(const std::string& root);
+
+// Pages of `path` in the page cache that are not yet on the disk (dirty or being written
+// back); none where the kernel cannot say (cachestat came with Linux 6.5).
+std::optional<std::uint64_t> unsyncedPages(const std::string& path);
+
+// Whether a write to a file in `directory` shows as unsynced pages until an fsync, so that
+// unsyncedPages can tell a synced file from one that is not (not so on tmpfs).
+bool syncIsVisible(const std::string& directory);
 
 // A measurement value in MB/s from its text and unit ("1.50" "GB/s" -> 1536).
 double megabytesPerSecondOf(const std::string& value, const std::string& unit);

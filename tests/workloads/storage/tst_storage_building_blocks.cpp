@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "storage_test_support.h"
+#include "workloads/storage/posix_io.h"
 #include "workloads/storage/real_disk_speed.h"
 #include "workloads/storage/storage_patterns.h"
 #include "workloads/storage/storage_workloads.h"
@@ -9,6 +10,7 @@
 #include <array>
 #include <cstdint>
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <unistd.h>
@@ -170,4 +172,14 @@ TEST(RealDiskSpeed, PhasesReportTheFailingOperationWithTheSystemText) {
     ASSERT_TRUE(write.error);
     EXPECT_EQ(write.error->description, "open for write failed: File exists");
     EXPECT_EQ(std::filesystem::file_size(victim), 4u);
+}
+
+TEST(FileDescriptor, ReportsAFailedCloseAndReleasesTheDescriptorEitherWay) {
+    const int fd = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    ASSERT_GE(fd, 0);
+    FileDescriptor wrapped(fd);
+    ASSERT_EQ(::close(fd), 0); // behind the wrapper's back: its own close must fail
+    EXPECT_EQ(wrapped.close(), EBADF);
+    EXPECT_FALSE(wrapped.isOpen());
+    EXPECT_EQ(wrapped.close(), 0) << "nothing is left to close";
 }

@@ -14,6 +14,8 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <optional>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -96,24 +98,16 @@ TEST_F(StorageWorkloadTest, SequentialWritesThePatternThenReadsTheWholeFileBack)
     EXPECT_TRUE(firstBlockOnDisk == expected) << "the file does not hold the pattern block";
 }
 
-TEST_F(StorageWorkloadTest, SequentialStopWhileWritingIsReportedAsCancelled) {
-    sink_.onReport = [&](const ProgressReport&) { token_.cancel(); };
-    const BenchmarkOutcome outcome = runSSDSequential(context_, {kMiB, 8});
-    EXPECT_EQ(outcome, failedOutcome("SSD sequential test was cancelled."));
-    EXPECT_EQ(sink_.units, (std::vector<std::int64_t>{kMiB, kMiB}))
-        << "no block may be written after the stop";
-}
-
-TEST_F(StorageWorkloadTest, SequentialStopWhileReadingKeepsTheChunksAlreadyRead) {
+TEST_F(StorageWorkloadTest, SequentialWriteTimeIncludesTheFlushToTheDisk) {
+    if (!syncIsVisible(root())) GTEST_SKIP() << "the file system here does not show unsynced pages";
+    std::vector<std::optional<std::uint64_t>> unsynced;
     sink_.onReport = [&](const ProgressReport& progress) {
-        if (progress.unitsDone > 4 * kMiB) token_.cancel(); // first chunk of the read phase
+        if (progress.phase == kWritePhase)
+            unsynced.push_back(unsyncedPages(onlyScratchDirectory(root()) + "/sequential-media.bin"));
     };
-    const BenchmarkOutcome outcome = runSSDSequential(context_, {kMiB, 4});
-    ASSERT_EQ(outcome.status, OutcomeStatus::ok) << outcome.detail;
-    expectRateUnit(outcome.primary, "Read");
-    ASSERT_FALSE(sink_.units.empty());
-    EXPECT_EQ(sink_.units.back(), 5 * kMiB);
-    EXPECT_EQ(sink_.units.size(), 6u);
+    ASSERT_EQ(runSSDSequential(context_, {kMiB, 4}).status, OutcomeStatus::ok);
+    ASSERT_EQ(unsynced.size(), 5u);
+    EXPECT_EQ(unsynced[4], 0u) << "the write time was taken before the data reached the disk";
 }
 
 // ---- Real disk speed ----
@@ -152,21 +146,6 @@ TEST_F(StorageWorkloadTest, RealSpeedStopsAfterOnePassOnceTheTimeTargetIsMet) {
     EXPECT_TRUE(outcome.detail.ends_with(" 2 MB test file, 1x write pass, 1x read pass.")) << outcome.detail;
 }
 
-TEST_F(StorageWorkloadTest, RealSpeedStopWhileWritingFinishesThePassThenReportsCancelled) {
-    SSDRealSpeedParameters parameters;
-    parameters.fileSize = 3 * kMiB;
-    parameters.blockSize = kMiB;
-    parameters.passTargetSeconds = 1e9;
-    sink_.onReport = [&](const ProgressReport&) { token_.cancel(); };
-
-    const BenchmarkOutcome outcome = runSSDRealSpeed(context_, parameters);
-
-    EXPECT_EQ(outcome, failedOutcome("SSD real speed test was cancelled."));
-    // The last report comes after the flush, which the pass's time includes.
-    EXPECT_EQ(sink_.units, (std::vector<std::int64_t>{kMiB, 2 * kMiB, 3 * kMiB, 3 * kMiB}))
-        << "one whole pass, no more";
-}
-
 // ---- Random 4K ----
 
 TEST_F(StorageWorkloadTest, RandomRunsWholeRoundsInsideAFileThatNeverGrows) {
@@ -198,19 +177,64 @@ TEST_F(StorageWorkloadTest, RandomRunsWholeRoundsInsideAFileThatNeverGrows) {
     EXPECT_EQ(fileSizes, (std::vector<std::uintmax_t>{2 * kMiB, 2 * kMiB}));
 }
 
-TEST_F(StorageWorkloadTest, RandomStopEndsAfterTheRoundInProgressWithAnOkOutcome) {
-    SSDRandomParameters parameters;
-    parameters.preparationChunkSize = kMiB;
-    parameters.preparationCount = 1;
-    parameters.readsPerRound = 64;
-    parameters.writesPerRound = 32;
-    parameters.timeBudgetSeconds = 20; // far beyond one round: only the stop ends it early
-    sink_.onReport = [&](const ProgressReport&) { token_.cancel(); };
-
-    const BenchmarkOutcome outcome = runSSDRandom(context_, parameters);
-
-    EXPECT_EQ(outcome.status, OutcomeStatus::ok) << outcome.detail;
-    EXPECT_EQ(sink_.units, (std::vector<std::int64_t>{64, 96}));
+TEST_F(StorageWorkloadTest, AStopEndsEachWorkloadAtItsNextSafePoint) {
+    SSDRealSpeedParameters realSpeed;
+    realSpeed.fileSize = 3 * kMiB;
+    realSpeed.blockSize = kMiB;
+    realSpeed.passTargetSeconds = 1e9;
+    SSDRandomParameters random;
+    random.preparationChunkSize = kMiB;
+    random.preparationCount = 1;
+    random.readsPerRound = 64;
+    random.writesPerRound = 32;
+    random.timeBudgetSeconds = 20; // far beyond one round: only the stop ends it early
+    const struct {
+        const char* name;
+        std::function<BenchmarkOutcome(const WorkloadContext&)> run;
+        std::int64_t stopAbove;          // units done that the stop follows
+        const char* cancelled;           // the failure's text; none: an ok outcome of the work done
+        std::vector<std::int64_t> units; // every report
+    } cases[] = {
+        // A stop while writing is reported once the partial file was synced and closed.
+        {"sequential, writing",
+         [](auto& c) {
+             return runSSDSequential(c, {kMiB, 8});
+         },
+         0,
+         "SSD sequential test was cancelled.",
+         {kMiB, kMiB}},
+        // A stop while reading keeps the rate of the chunks already read.
+        {"sequential, reading",
+         [](auto& c) {
+             return runSSDSequential(c, {kMiB, 4});
+         },
+         4 * kMiB,
+         nullptr,
+         {kMiB, 2 * kMiB, 3 * kMiB, 4 * kMiB, 4 * kMiB, 5 * kMiB}},
+        // The pass in progress ends, its flush included.
+        {"real speed",
+         [&](auto& c) { return runSSDRealSpeed(c, realSpeed); },
+         0,
+         "SSD real speed test was cancelled.",
+         {kMiB, 2 * kMiB, 3 * kMiB, 3 * kMiB}},
+        // The round in progress ends.
+        {"random", [&](auto& c) { return runSSDRandom(c, random); }, 0, nullptr, {64, 96}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        CancellationToken token;
+        RecordingSink sink;
+        sink.onReport = [&](const ProgressReport& progress) {
+            if (progress.unitsDone > c.stopAbove) token.cancel();
+        };
+        const BenchmarkOutcome outcome = c.run(contextWith(token, sink));
+        if (c.cancelled) {
+            EXPECT_EQ(outcome, failedOutcome(c.cancelled));
+        } else {
+            EXPECT_EQ(outcome.status, OutcomeStatus::ok) << outcome.detail;
+        }
+        EXPECT_EQ(sink.units, c.units);
+    }
 }
 
 // ---- Every workload: stale directories first, clean failures ----
@@ -330,20 +354,15 @@ TEST_F(StorageWorkloadTest, FileSizeLimitFailsEachWorkloadCleanly) {
 }
 
 TEST_F(StorageWorkloadTest, FullVolumeFailsWithNoSpaceAndRemovesTheScratchDirectory) {
-    // Full-size defaults on a 4 MiB volume: each test runs out of space while writing.
     const std::string small = root() + "/small-volume";
-    TmpfsMount mount(small, 4 * kMiB, false);
+    TmpfsMount mount(small, kMiB, false);
     if (!mount.mounted()) GTEST_SKIP() << mount.skipReason();
     ScopedTemporaryRoot pointAtSmall(small);
-    const std::string noSpace = std::strerror(ENOSPC);
-
-    EXPECT_EQ(runSSDSequential(context_), failedOutcome("SSD sequential test failed: " + noSpace));
-    EXPECT_TRUE(scratchEntries(small).empty());
-    EXPECT_EQ(runSSDRealSpeed(context_),
-              failedOutcome("SSD real speed test failed: write failed: " + noSpace));
-    EXPECT_TRUE(scratchEntries(small).empty());
-    EXPECT_EQ(runSSDRandom(context_), failedOutcome("Random SSD test failed: " + noSpace));
-    EXPECT_TRUE(scratchEntries(small).empty());
+    for (const SmallRun& workload : kEveryWorkload) {
+        EXPECT_EQ(workload.run(context_),
+                  failedOutcome(workload.writePrefix + std::string(std::strerror(ENOSPC))));
+        EXPECT_TRUE(scratchEntries(small).empty());
+    }
     EXPECT_EQ(std::filesystem::space(small).available, std::filesystem::space(small).capacity)
         << "the volume must be empty again";
 }
