@@ -2,15 +2,11 @@
 // Ctrl+Q and quitting: which keys quit, and that quitting stops a run first.
 #include "app/app_delegate.h"
 #include "app/help_window.h"
-#include "fake_workloads.h"
-#include "support/event_loop.h"
+#include "support/window_fixture.h"
 
 #include <QApplication>
 #include <QKeyEvent>
 #include <QTest>
-#include <QTimer>
-
-#include <functional>
 
 #include <gtest/gtest.h>
 
@@ -31,16 +27,6 @@ class KeyCounter : public QObject {
         return false;
     }
 };
-
-// Runs the event loop until the program quits, after `trigger`; false when it outlives 10 s.
-bool quitsAfter(const std::function<void()>& trigger) {
-    QTimer::singleShot(0, trigger);
-    QTimer guard; // ends the event loop if the program does not quit
-    guard.setSingleShot(true);
-    QObject::connect(&guard, &QTimer::timeout, [] { QCoreApplication::exit(1); });
-    guard.start(10'000);
-    return QApplication::exec() == 0;
-}
 
 } // namespace
 

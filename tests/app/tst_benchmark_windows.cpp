@@ -5,12 +5,10 @@
 #include "app/app_delegate.h"
 #include "app/desktop_window_presenter.h"
 #include "app/scene_window.h"
-#include "fake_workloads.h"
-#include "support/event_loop.h"
+#include "support/window_fixture.h"
 
 #include <QApplication>
 #include <QGuiApplication>
-#include <QTimer>
 #include <QWindow>
 
 #include <gtest/gtest.h>
@@ -40,19 +38,6 @@ QStringList messages(const BenchmarkStore& store) {
     return result;
 }
 
-bool idle(const BenchmarkStore& store) { return !store.busy(); }
-
-struct SceneCallbacks {
-    int liveUpdates = 0;
-    std::vector<BenchmarkOutcome> outcomes;
-    std::function<void(const VisualBenchmarkLiveStats&)> live() {
-        return [this](const VisualBenchmarkLiveStats&) { ++liveUpdates; };
-    }
-    std::function<void(const BenchmarkOutcome&)> completion() {
-        return [this](const BenchmarkOutcome& outcome) { outcomes.push_back(outcome); };
-    }
-};
-
 } // namespace
 
 TEST(SceneWindow, AOneSecondRequestIsMeasuredInAWindowOfItsOwn) {
@@ -61,8 +46,11 @@ TEST(SceneWindow, AOneSecondRequestIsMeasuredInAWindowOfItsOwn) {
     QWidget mainWindow;
     mainWindow.show();
     presenter.setMainWindow(&mainWindow);
-    SceneCallbacks callbacks;
-    presenter.showVisualBenchmark({"ONE", 1.0, 0}, callbacks.live(), callbacks.completion());
+    int liveUpdates = 0;
+    std::vector<BenchmarkOutcome> outcomes;
+    presenter.showVisualBenchmark(
+        {"ONE", 1.0, 0}, [&](const VisualBenchmarkLiveStats&) { ++liveUpdates; },
+        [&](const BenchmarkOutcome& outcome) { outcomes.push_back(outcome); });
     MetalBenchmarkSceneWindow* window = presenter.controller()->sceneWindow();
     ASSERT_NE(window, nullptr);
     EXPECT_EQ(window->title(), "Quarbel - GPU Visual Tour");
@@ -76,15 +64,15 @@ TEST(SceneWindow, AOneSecondRequestIsMeasuredInAWindowOfItsOwn) {
     EXPECT_EQ(window->minimumSize(), window->size());
     EXPECT_EQ(window->maximumSize(), window->size());
 
-    ASSERT_TRUE(processEventsUntil([&] { return !callbacks.outcomes.empty(); }, 60'000)) << window->problem();
-    const BenchmarkOutcome& outcome = callbacks.outcomes.front();
+    ASSERT_TRUE(processEventsUntil([&] { return !outcomes.empty(); }, 60'000)) << window->problem();
+    const BenchmarkOutcome& outcome = outcomes.front();
     ASSERT_EQ(outcome.status, OutcomeStatus::ok) << outcome.detail;
     std::smatch frames;
     ASSERT_TRUE(std::regex_search(outcome.detail, frames, std::regex("with ([0-9]+) visible frames and 1x")))
         << outcome.detail;
     const int frameCount = std::stoi(frames[1].str());
     EXPECT_GT(frameCount, 0);
-    EXPECT_GE(callbacks.liveUpdates, 3);
+    EXPECT_GE(liveUpdates, 3);
     EXPECT_GE(outcome.duration, 1.0);
     // The pixels of the measured drawable, taken back out of the score: megapixels x 8 + FPS x 155.
     const double fps = frameCount / outcome.duration;
@@ -93,26 +81,7 @@ TEST(SceneWindow, AOneSecondRequestIsMeasuredInAWindowOfItsOwn) {
 
     presenter.closeWindow();
     processEventsFor(100);
-    EXPECT_EQ(callbacks.outcomes.size(), 1u) << "a close after the outcome reports nothing";
-}
-
-TEST(SceneWindow, StopDuringTheSceneEndsTheRunWithoutASummary) {
-    FakeWorkloads fakes;
-    DesktopWindowPresenter presenter;
-    REQUIRE_SCENE_WINDOW(presenter);
-    BenchmarkStore store(fakes.services(), &presenter);
-    presenter.observe(store);
-    store.run({BenchmarkID::metalVisual, BenchmarkID::cpuInteger}, false);
-    ASSERT_TRUE(processEventsUntil([&] { return store.visualLiveStats().has_value(); }, 30'000));
-    store.stop();
-    ASSERT_TRUE(processEventsUntil([&] { return idle(store); }));
-    EXPECT_EQ(presenter.controller(), nullptr);
-    EXPECT_EQ(store.rows()[BenchmarkID::metalVisual].state, TestRunState::idle);
-    EXPECT_EQ(fakes.calls(BenchmarkID::cpuInteger), 0);
-    EXPECT_FALSE(store.runSummary());
-    const QStringList log = messages(store);
-    EXPECT_EQ(log.mid(log.size() - 2), (QStringList{"Run stopped", "Ready"}));
-    EXPECT_EQ(log.filter("GPU Visual Tour").size(), 0) << "the stop outcome is discarded";
+    EXPECT_EQ(outcomes.size(), 1u) << "a close after the outcome reports nothing";
 }
 
 // A scene closed by the user, or whose pipeline fails (after a bounded wait), fails the visual
@@ -144,7 +113,7 @@ TEST(SceneWindow, AFailedSceneFailsTheBenchmarkOnceAndTheRunGoesOn) {
             processEventsFor(300);
             presenter.controller()->sceneWindow()->close(); // as the user does
         }
-        ASSERT_TRUE(processEventsUntil([&] { return idle(store); }, 30'000));
+        ASSERT_TRUE(processEventsUntil([&] { return !store.busy(); }, 30'000));
         const auto& row = store.rows()[BenchmarkID::metalVisual];
         EXPECT_EQ(row.state, TestRunState::failed);
         EXPECT_EQ(row.outcome->detail.rfind(c.detail, 0), 0u) << row.outcome->detail;
@@ -207,13 +176,17 @@ TEST(AnimationWindows, OneOpensAroundEachOfTheFiveBenchmarksAndClosesAfterIt) {
         }
         changed.notify_all();
     }
-    ASSERT_TRUE(processEventsUntil([&] { return idle(store); }));
+    ASSERT_TRUE(processEventsUntil([&] { return !store.busy(); }));
     EXPECT_EQ(openWindows(), QStringList{});
 }
 
-TEST(BenchmarkWindows, ClosingTheMainWindowStopsTheRunAtOnceWhateverBenchmarkWindowIsOpen) {
-    for (BenchmarkID id : {BenchmarkID::cineTile, BenchmarkID::metalVisual}) {
-        SCOPED_TRACE(title(id));
+// Closing the main window stops the run at once whatever benchmark window is open, as Stop
+// does during the scene: no outcome, no next benchmark, no summary.
+TEST(BenchmarkWindows, StopOrClosingTheMainWindowEndsTheRunAtOnceWhateverBenchmarkWindowIsOpen) {
+    const std::pair<BenchmarkID, bool> cases[] = {
+        {BenchmarkID::cineTile, true}, {BenchmarkID::metalVisual, true}, {BenchmarkID::metalVisual, false}};
+    for (const auto& [id, closing] : cases) {
+        SCOPED_TRACE(std::string(title(id)) + (closing ? ", closing the main window" : ", Stop"));
         FakeWorkloads fakes;
         fakes.set(BenchmarkID::cineTile, FakeBehaviour::untilCancelled);
         DesktopWindowPresenter presenter;
@@ -234,18 +207,26 @@ TEST(BenchmarkWindows, ClosingTheMainWindowStopsTheRunAtOnceWhateverBenchmarkWin
             30'000));
         ASSERT_NE(presenter.controller(), nullptr);
 
-        QTimer::singleShot(0, &mainWindow, &QWidget::close);
-        QTimer guard; // ends the event loop if closing the main window does not
-        guard.setSingleShot(true);
-        QObject::connect(&guard, &QTimer::timeout, [] { QCoreApplication::exit(1); });
-        guard.start(8'000);
-        EXPECT_EQ(QApplication::exec(), 0) << "the program outlived its main window";
+        if (closing) {
+            EXPECT_TRUE(quitsAfter([&] { mainWindow.close(); }, 8'000))
+                << "the program outlived its main window";
+        } else {
+            store.stop();
+            ASSERT_TRUE(processEventsUntil([&] { return !store.busy(); }));
+        }
         processEventsFor(50);
 
         EXPECT_FALSE(store.busy());
         EXPECT_EQ(presenter.controller(), nullptr);
         EXPECT_EQ(store.rows()[id].state, TestRunState::idle) << "stopped, not failed by its window's close";
         EXPECT_EQ(fakes.calls(BenchmarkID::cpuInteger), 0);
-        EXPECT_EQ(messages(store).filter("Run stopped").size(), 1);
+        EXPECT_FALSE(store.runSummary());
+        const QStringList log = messages(store);
+        EXPECT_EQ(log.filter("Run stopped").size(), 1);
+        EXPECT_EQ(log.filter(QString::fromUtf8(title(id).data())).size(), 0)
+            << "the stop outcome is discarded";
+        if (!closing) {
+            EXPECT_EQ(log.mid(log.size() - 2), (QStringList{"Run stopped", "Ready"}));
+        }
     }
 }

@@ -16,6 +16,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+
 using namespace quarbel;
 using namespace quarbel::app;
 using namespace quarbel::test;
@@ -28,19 +30,12 @@ TEST(MenuCommands, RunCommandsFollowTheStoreAndCallItsOperations) {
     int helpRequests = 0;
     auto* commands = new QuarbelCommands(*window.menuBar(), store, {{}, [&] { ++helpRequests; }, {}, {}});
 
-    struct Expected {
-        bool runSelected, runAll, stop, accuracyMode;
-    };
+    // Run Selected, Run All, Stop and Accuracy Mode enabled.
     const auto enabled = [&] {
-        return Expected{commands->runSelectedAction()->isEnabled(), commands->runAllAction()->isEnabled(),
-                        commands->stopAction()->isEnabled(), commands->accuracyModeAction()->isEnabled()};
+        return std::array{commands->runSelectedAction()->isEnabled(), commands->runAllAction()->isEnabled(),
+                          commands->stopAction()->isEnabled(), commands->accuracyModeAction()->isEnabled()};
     };
-    const auto same = [](Expected a, Expected b) {
-        return a.runSelected == b.runSelected && a.runAll == b.runAll && a.stop == b.stop &&
-               a.accuracyMode == b.accuracyMode;
-    };
-
-    EXPECT_TRUE(same(enabled(), {true, true, false, true})) << "idle";
+    EXPECT_EQ(enabled(), (std::array{true, true, false, true})) << "idle";
     commands->accuracyModeAction()->trigger();
     EXPECT_TRUE(store.accuracyMode());
     store.setAccuracyMode(false);
@@ -48,14 +43,14 @@ TEST(MenuCommands, RunCommandsFollowTheStoreAndCallItsOperations) {
 
     commands->runSelectedAction()->trigger();
     EXPECT_TRUE(store.busy());
-    EXPECT_TRUE(same(enabled(), {false, false, true, false})) << "running";
+    EXPECT_EQ(enabled(), (std::array{false, false, true, false})) << "running";
     EXPECT_FALSE(commands->devicesAction()->isEnabled()) << "devices change between runs only";
     ASSERT_TRUE(processEventsUntil([&] { return fakes.running() == 1; }));
     EXPECT_EQ(fakes.calls(BenchmarkID::metalVisual), 1) << "Run Selected runs the selected benchmark";
 
     commands->stopAction()->trigger();
     ASSERT_TRUE(processEventsUntil([&] { return !store.busy(); }));
-    EXPECT_TRUE(same(enabled(), {true, true, false, true})) << "stopped";
+    EXPECT_EQ(enabled(), (std::array{true, true, false, true})) << "stopped";
     EXPECT_TRUE(commands->devicesAction()->isEnabled());
 
     commands->helpAction()->trigger();

@@ -5,11 +5,9 @@
 #include "app/history_window.h"
 #include "app/run_history_recorder.h"
 #include "app/summary_actions.h"
-#include "fake_workloads.h"
 #include "results/shared_report.h"
-#include "run/benchmark_store.h"
 #include "sensors/fake_tree.h"
-#include "support/event_loop.h"
+#include "support/window_fixture.h"
 #include "ui/cards/result_card_exporter.h"
 #include "ui/views/summary_panel.h"
 
@@ -35,25 +33,8 @@ using quarbel::testing::FakeTree;
 namespace {
 
 // A store whose finished and stopped runs are kept in `directory`, as the window keeps them.
-struct KeptRuns {
+struct KeptRuns : test::FakeStore {
     explicit KeptRuns(const std::string& directory) : recorder(store, directory) {}
-
-    void run(std::vector<BenchmarkID> ids, double score = 100) {
-        for (BenchmarkID id : ids)
-            fakes.set(id, test::FakeBehaviour::instantOk, score);
-        store.run(ids, false);
-        ASSERT_TRUE(test::processEventsUntil([&] { return !store.busy(); }));
-    }
-    void stopped(BenchmarkID id) {
-        fakes.set(id, test::FakeBehaviour::untilCancelled);
-        store.run({id}, false);
-        ASSERT_TRUE(test::processEventsUntil([&] { return fakes.running() == 1; }));
-        store.stop();
-        ASSERT_TRUE(test::processEventsUntil([&] { return !store.busy(); }));
-    }
-
-    test::FakeWorkloads fakes;
-    BenchmarkStore store{fakes.services()};
     RunHistoryRecorder recorder;
 };
 
@@ -160,7 +141,7 @@ TEST(RunHistoryWindow, APastRunOpensReadOnlyAndSavesItsCardsAndReportOrSaysWhyNo
     KeptRuns runs(directory);
     runs.fakes.set(BenchmarkID::ssdRandom, test::FakeBehaviour::failing);
     runs.store.run({BenchmarkID::cpuCrypto, BenchmarkID::ssdRandom}, false);
-    ASSERT_TRUE(test::processEventsUntil([&] { return !runs.store.busy(); }));
+    ASSERT_TRUE(runs.waitIdle());
 
     HistoryView view(directory);
     view.reload();

@@ -2,11 +2,8 @@
 // The main window as assistive technology reads it, through runs of fake workloads on the
 // offscreen platform. The events that carry its changes need a listening bridge: the AT-SPI
 // test of the desktop program hears those (tests/app/screen_reader_test.py).
-#include "run/benchmark_store.h"
-#include "run/fake_workloads.h"
-#include "ui/views/accessibility.h"
+#include "support/window_fixture.h"
 #include "ui/views/comparison_view.h"
-#include "ui/views/main_window.h"
 #include "ui/views/result_panel.h"
 #include "ui/views/sidebar_view.h"
 #include "ui/views/stage_view.h"
@@ -21,32 +18,26 @@
 using namespace quarbel;
 using namespace quarbel::ui;
 using quarbel::test::FakeBehaviour;
-using quarbel::test::FakeWorkloads;
 
 // Readable failures.
 void PrintTo(const QString& text, std::ostream* out) { *out << '"' << text.toStdString() << '"'; }
 
 namespace {
 
-struct Window {
-    FakeWorkloads workloads;
-    BenchmarkStore store{workloads.services()};
-    bool installed = (installAccessibility(store), true); // before the views
-    MainWindow window{store};
-
-    Window() { window.show(); }
-    static QAccessibleInterface* view(QWidget* widget) {
-        return QAccessible::queryAccessibleInterface(widget);
-    }
-    QString said(QWidget* widget, QAccessible::Text text = QAccessible::Description) const {
-        return view(widget)->text(text);
-    }
+// The window with its accessibility interfaces.
+struct Window : test::Window {
+    Window() : test::Window({}, {}, true) {}
 };
+
+QAccessibleInterface* view(QWidget* widget) { return QAccessible::queryAccessibleInterface(widget); }
+QString said(QWidget* widget, QAccessible::Text text = QAccessible::Description) {
+    return view(widget)->text(text);
+}
 
 QString titleOf(BenchmarkID id) { return theme::qstring(title(id)); }
 
 QAccessibleInterface* itemOf(const Window& w, BenchmarkID id) {
-    QAccessibleInterface* list = Window::view(w.window.sidebar());
+    QAccessibleInterface* list = view(w.window.sidebar());
     for (int i = 0; i < list->childCount(); ++i)
         if (list->child(i)->text(QAccessible::Name) == titleOf(id)) return list->child(i);
     return nullptr;
@@ -57,7 +48,7 @@ QAccessibleInterface* itemOf(const Window& w, BenchmarkID id) {
 TEST(AccessibleViews, TheListHasAnItemPerPaintedRowThatPressingSelects) {
     Window w;
     SidebarView* sidebar = w.window.sidebar();
-    QAccessibleInterface* list = Window::view(sidebar);
+    QAccessibleInterface* list = view(sidebar);
     ASSERT_EQ(list->role(), QAccessible::List);
     ASSERT_EQ(list->childCount(), int(kBenchmarkCount));
     int lastTop = -1;
@@ -76,7 +67,7 @@ TEST(AccessibleViews, TheListHasAnItemPerPaintedRowThatPressingSelects) {
         item->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
         EXPECT_EQ(w.store.selectedID(), *id);
         EXPECT_TRUE(item->state().selected);
-        EXPECT_EQ(w.said(w.window.resultPanel(), QAccessible::Name), "Result of " + titleOf(*id));
+        EXPECT_EQ(said(w.window.resultPanel(), QAccessible::Name), "Result of " + titleOf(*id));
     }
     EXPECT_EQ(list->focusChild(), nullptr);
     w.window.activateWindow();
@@ -101,26 +92,26 @@ TEST(AccessibleViews, AnItemAndTheResultSayWhatBecameOfTheirBenchmark) {
     for (const auto& c : cases) {
         Window w;
         const BenchmarkID id = BenchmarkID::ssdRandom;
-        w.workloads.set(id, c.behaviour, 250);
+        w.fakes.set(id, c.behaviour, 250);
         w.store.setSelectedID(id);
         QAccessibleInterface* item = itemOf(w, id);
         ASSERT_NE(item, nullptr);
         EXPECT_EQ(item->text(QAccessible::Description), QStringLiteral("Not run"));
         w.store.runSelected();
-        ASSERT_TRUE(QTest::qWaitFor([&] { return !w.store.busy(); }, 5000));
+        ASSERT_TRUE(w.waitIdle());
         EXPECT_EQ(item->text(QAccessible::Description), c.item);
-        EXPECT_TRUE(w.said(w.window.resultPanel()).startsWith(c.result))
-            << w.said(w.window.resultPanel()).toStdString();
+        EXPECT_TRUE(said(w.window.resultPanel()).startsWith(c.result))
+            << said(w.window.resultPanel()).toStdString();
     }
 }
 
 TEST(AccessibleViews, TheStageNamesTheRunningBenchmarkAndItsProgressInPercent) {
     Window w;
-    w.workloads.set(BenchmarkID::cpuInteger, FakeBehaviour::gated);
+    w.fakes.set(BenchmarkID::cpuInteger, FakeBehaviour::gated);
     w.store.setSelectedID(BenchmarkID::cpuInteger);
     w.store.runSelected();
     ASSERT_TRUE(QTest::qWaitFor([&] { return w.store.currentRunProgress() >= 0.02; }, 5000));
-    QAccessibleInterface* stage = Window::view(w.window.stage());
+    QAccessibleInterface* stage = view(w.window.stage());
     EXPECT_EQ(stage->text(QAccessible::Name), titleOf(BenchmarkID::cpuInteger));
     EXPECT_EQ(stage->text(QAccessible::Description), w.window.stage()->statusLine());
     QAccessibleInterface* progress = stage->child(stage->childCount() - 1);
@@ -128,8 +119,8 @@ TEST(AccessibleViews, TheStageNamesTheRunningBenchmarkAndItsProgressInPercent) {
     const int percent = progress->valueInterface()->currentValue().toInt();
     EXPECT_EQ(percent, int(w.store.currentRunProgress() * 100));
     EXPECT_EQ(progress->text(QAccessible::Value), QStringLiteral("%1 %").arg(percent));
-    w.workloads.release();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !w.store.busy(); }, 5000));
+    w.fakes.release();
+    ASSERT_TRUE(w.waitIdle());
     EXPECT_EQ(stage->text(QAccessible::Name), QStringLiteral("Live stage"));
     EXPECT_TRUE(stage->text(QAccessible::Description).isEmpty());
 }
@@ -140,12 +131,12 @@ TEST(AccessibleViews, TheHistoryChartsSayWhatTheyDraw) {
     const QString empty = QStringLiteral("Nothing to draw.");
     trend.setSeries({{QStringLiteral("Memory Stream"), Qt::red, {{120}}}}, QStringLiteral("Quick runs."),
                     empty);
-    EXPECT_EQ(Window::view(&trend)->text(QAccessible::Description), empty) << "one run draws no trend";
+    EXPECT_EQ(view(&trend)->text(QAccessible::Description), empty) << "one run draws no trend";
     trend.setSeries({{QStringLiteral("Memory Stream"), Qt::red, {{120}}},
                      {QStringLiteral("SSD Random"), Qt::blue, {{80}, {95}, {90}}},
                      {QStringLiteral("CPU Workflow"), Qt::green, {}}},
                     QStringLiteral("Quick runs."), empty);
-    const QString said = Window::view(&trend)->text(QAccessible::Description);
+    const QString said = view(&trend)->text(QAccessible::Description);
     for (const QString& part : {QStringLiteral("Quick runs."), QStringLiteral("Memory Stream: one run"),
                                 QStringLiteral("SSD Random: 3 runs, from ") + theme::qstring(scoreText(80)) +
                                     " to " + theme::qstring(scoreText(90))})
@@ -159,7 +150,7 @@ TEST(AccessibleViews, TheHistoryChartsSayWhatTheyDraw) {
                            QStringLiteral("+12.5 %"), QStringLiteral("±3.0 %"), Verdict::faster}},
                          {},
                          {}});
-    EXPECT_EQ(Window::view(&comparison)->text(QAccessible::Description),
+    EXPECT_EQ(view(&comparison)->text(QAccessible::Description),
               QStringLiteral("A: first. B: second. SSD Random: 80.00 then 90.00, +12.5 % ±3.0 %, ") +
                   theme::qstring(verdictText(Verdict::faster)));
 }

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // The main window driven through whole runs of scriptable fake workloads, on Qt's
 // offscreen platform: what the controls allow, what the centre shows, what follows what.
-#include "run/benchmark_store.h"
-#include "run/fake_workloads.h"
 #include "run/run_lock.h"
 #include "support/other_quarbel_run.h"
 #include "support/temp_dir.h"
+#include "support/window_fixture.h"
 #include "text_recorder.h"
 #include "ui/cards/card_content.h"
 #include "ui/views/live_text.h"
@@ -37,51 +36,38 @@
 using namespace quarbel;
 using namespace quarbel::ui;
 using quarbel::test::FakeBehaviour;
-using quarbel::test::FakeWorkloads;
+using quarbel::test::Window;
 
 namespace {
 
-struct Window {
-    FakeWorkloads workloads;
-    BenchmarkStore store;
-    MainWindow window{store};
+// Run, All, Stop enabled; Accuracy switch checked.
+std::array<bool, 4> controls(const MainWindow& window) {
+    const RunHeader* h = window.header();
+    return {h->runButton()->isEnabled(), h->allButton()->isEnabled(), h->stopButton()->isEnabled(),
+            h->accuracySwitch()->isChecked()};
+}
 
-    // `adjust` changes the store's services before the store is made.
-    explicit Window(const std::function<void(StoreServices&)>& adjust = {}, QSize size = {})
-        : store([&] {
-              StoreServices services = workloads.services();
-              if (adjust) adjust(services);
-              return services;
-          }()) {
-        if (size.isValid()) window.resize(size);
-        window.show();
-    }
-
-    // Run, All, Stop enabled; Accuracy switch checked.
-    std::array<bool, 4> controls() const {
-        const RunHeader* h = window.header();
-        return {h->runButton()->isEnabled(), h->allButton()->isEnabled(), h->stopButton()->isEnabled(),
-                h->accuracySwitch()->isChecked()};
-    }
-    bool stageShown() const { return window.stage()->isVisible(); }
-    bool waitIdle() {
-        return QTest::qWaitFor([&] { return !store.busy(); }, 5000);
-    }
-};
+// What `widget` paints, its children included, as one line of text.
+QString paintedText(QWidget& widget, std::vector<std::string>* faults = nullptr) {
+    test::TextRecorder recorder(widget.size());
+    widget.render(&recorder);
+    if (faults) *faults = test::layoutFaults(recorder, widget.size());
+    return recorder.texts().join(QLatin1Char(' ')).simplified();
+}
 
 } // namespace
 
 TEST(MainWindow, ControlsActExactlyWhenTheyCanAcrossARun) {
     Window w;
-    w.workloads.set(BenchmarkID::cpuInteger, FakeBehaviour::gated);
-    EXPECT_EQ(w.controls(), (std::array{true, true, false, false}));
-    EXPECT_FALSE(w.stageShown());
+    w.fakes.set(BenchmarkID::cpuInteger, FakeBehaviour::gated);
+    EXPECT_EQ(controls(w.window), (std::array{true, true, false, false}));
+    EXPECT_FALSE(w.window.stage()->isVisible());
 
     w.store.setSelectedID(BenchmarkID::cpuInteger);
     QTest::mouseClick(w.window.header()->runButton(), Qt::LeftButton);
     ASSERT_TRUE(QTest::qWaitFor([&] { return w.store.runningID().has_value(); }, 5000));
-    EXPECT_EQ(w.controls(), (std::array{false, false, true, false}));
-    EXPECT_TRUE(w.stageShown()) << "a CPU benchmark shows its inline stage while it runs";
+    EXPECT_EQ(controls(w.window), (std::array{false, false, true, false}));
+    EXPECT_TRUE(w.window.stage()->isVisible()) << "a CPU benchmark shows its inline stage while it runs";
 
     // The switch may be flipped mid-run; it only applies to the next start.
     QTest::mouseClick(w.window.header()->accuracySwitch(), Qt::LeftButton);
@@ -89,15 +75,15 @@ TEST(MainWindow, ControlsActExactlyWhenTheyCanAcrossARun) {
 
     QTest::mouseClick(w.window.header()->stopButton(), Qt::LeftButton);
     ASSERT_TRUE(w.waitIdle());
-    EXPECT_EQ(w.controls(), (std::array{true, true, false, true}));
-    EXPECT_FALSE(w.stageShown());
+    EXPECT_EQ(controls(w.window), (std::array{true, true, false, true}));
+    EXPECT_FALSE(w.window.stage()->isVisible());
     EXPECT_FALSE(w.window.summaryPanel()->isVisible()) << "a stopped run has no summary";
 }
 
 TEST(MainWindow, ASuiteMovesTheSelectionAndEndsWithItsSummary) {
     Window w;
-    w.workloads.set(BenchmarkID::cpuCrypto, FakeBehaviour::failing);
-    w.workloads.set(BenchmarkID::openCLCompute, FakeBehaviour::skipping);
+    w.fakes.set(BenchmarkID::cpuCrypto, FakeBehaviour::failing);
+    w.fakes.set(BenchmarkID::openCLCompute, FakeBehaviour::skipping);
     std::vector<BenchmarkID> selections;
     QObject::connect(&w.store, &BenchmarkStore::selectedIDChanged,
                      [&] { selections.push_back(w.store.selectedID()); });
@@ -124,7 +110,7 @@ TEST(MainWindow, TheStageOnScreenMatchesAWholeRepaintAfterPartialOnes) {
          {BenchmarkID::cpuInteger, BenchmarkID::rawCPUDecode, BenchmarkID::metalCompute}) {
         SCOPED_TRACE(title(id));
         Window w;
-        w.workloads.set(id, FakeBehaviour::gated);
+        w.fakes.set(id, FakeBehaviour::gated);
         w.store.run({id}, false);
         ASSERT_TRUE(QTest::qWaitFor([&] { return w.store.runningID().has_value(); }, 5000));
         QSignalSpy ticks(&w.store, &BenchmarkStore::currentRunTickChanged);
@@ -141,15 +127,15 @@ TEST(MainWindow, TheStageOnScreenMatchesAWholeRepaintAfterPartialOnes) {
         const QImage whole = stage->grab().toImage().convertToFormat(QImage::Format_RGB32);
         ASSERT_EQ(onScreen.size(), whole.size());
         EXPECT_TRUE(onScreen == whole) << "a part that changed was left out of the tick's repaint";
-        w.workloads.release();
+        w.fakes.release();
         ASSERT_TRUE(w.waitIdle());
     }
 }
 
 TEST(MainWindow, EachBenchmarkOfASuiteDrawsItsOwnRateTrace) {
     Window w;
-    w.workloads.set(BenchmarkID::cpuInteger, FakeBehaviour::steady);
-    w.workloads.set(BenchmarkID::cpuFloating, FakeBehaviour::steady);
+    w.fakes.set(BenchmarkID::cpuInteger, FakeBehaviour::steady);
+    w.fakes.set(BenchmarkID::cpuFloating, FakeBehaviour::steady);
     w.store.run({BenchmarkID::cpuInteger, BenchmarkID::cpuFloating}, false);
     ASSERT_TRUE(QTest::qWaitFor([&] { return w.store.runningID() == BenchmarkID::cpuFloating; }, 5000));
     // The second benchmark's clock starts below where the first one's ended.
@@ -157,29 +143,15 @@ TEST(MainWindow, EachBenchmarkOfASuiteDrawsItsOwnRateTrace) {
     ASSERT_TRUE(w.waitIdle());
 }
 
-namespace {
-
-// What `widget` paints, its children included, as one line of text.
-QString paintedText(QWidget& widget, std::vector<std::string>* faults = nullptr) {
-    test::TextRecorder recorder(widget.size());
-    widget.render(&recorder);
-    if (faults) *faults = test::layoutFaults(recorder, widget.size());
-    return recorder.texts().join(QLatin1Char(' ')).simplified();
-}
-
-} // namespace
-
-// Every outcome's whole text is on the panel, wrapped inside it, at any window width;
-// a benchmark without a score shows none (no "0.00") and cannot be saved as a card.
 TEST(RunHeader, SaysInAmberWhenAnotherQuarbelRunGoesOnBesideThisOne) {
     test::TempDir locks;
     Window w([&](StoreServices& services) { services.runLockDirectory = locks.path().string(); },
              {1200, 820});
-    w.workloads.set(BenchmarkID::memoryStream, FakeBehaviour::untilCancelled);
+    w.fakes.set(BenchmarkID::memoryStream, FakeBehaviour::untilCancelled);
     test::OtherQuarbelRun other(locks.path().string(), "SSD Sequential"); // on a storage benchmark
     ASSERT_TRUE(other.marked());
     w.store.run({BenchmarkID::memoryStream}, false);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return w.workloads.running() == 1; }, 5000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return w.fakes.running() == 1; }, 5000));
     QTest::qWait(50);
     const QString header = paintedText(*w.window.header());
     EXPECT_TRUE(
@@ -232,26 +204,23 @@ TEST(ResultPanel, ANoisyResultIsMarkedAndSaysWhatDisturbedIt) {
     EXPECT_GE(panel.count(QStringLiteral("Noisy")), 2) << "the mark beside the score, and the detail";
 }
 
+// Every outcome's whole text is on the panel, wrapped inside it, as the run left it and
+// narrower; a benchmark without a score shows none (no "0.00") and cannot be saved as a card.
 TEST(ResultPanel, ShowsWholeDetailsAndTellsHowToEnableASkippedDevice) {
-    Window w(
-        [](StoreServices& services) {
-            services.runWorkload = [fake = services.runWorkload](BenchmarkID id,
-                                                                 const WorkloadContext& context) {
-                switch (id) {
-                case BenchmarkID::metalCompute:
-                    return skippedOutcome("Metal is not available on this machine.");
-                case BenchmarkID::openCLCompute:
-                    return skippedOutcome(
-                        "OpenCL is unavailable or no compatible device was found. The loader "
-                        "lists no platform: no ICD is registered under /etc/OpenCL/vendors, "
-                        "and OCL_ICD_VENDORS names no other folder with one in it.");
-                default: return fake(id, context);
-                }
-            };
-        },
-        {960, 820});
-    w.workloads.queueScores(BenchmarkID::cineTile, {1010, 980, 1000});
-    w.workloads.set(BenchmarkID::cpuCrypto, FakeBehaviour::failing);
+    Window w([](StoreServices& services) {
+        services.runWorkload = [fake = services.runWorkload](BenchmarkID id, const WorkloadContext& context) {
+            switch (id) {
+            case BenchmarkID::metalCompute: return skippedOutcome("Metal is not available on this machine.");
+            case BenchmarkID::openCLCompute:
+                return skippedOutcome("OpenCL is unavailable or no compatible device was found. The loader "
+                                      "lists no platform: no ICD is registered under /etc/OpenCL/vendors, "
+                                      "and OCL_ICD_VENDORS names no other folder with one in it.");
+            default: return fake(id, context);
+            }
+        };
+    });
+    w.fakes.queueScores(BenchmarkID::cineTile, {1010, 980, 1000});
+    w.fakes.set(BenchmarkID::cpuCrypto, FakeBehaviour::failing);
     BenchmarkStore& store = w.store;
     MainWindow& window = w.window;
     struct Case {
@@ -281,15 +250,16 @@ TEST(ResultPanel, ShowsWholeDetailsAndTellsHowToEnableASkippedDevice) {
     };
     for (const Case& c : cases) {
         store.setAccuracyMode(c.accuracy);
+        window.resize(1400, 820);
         store.run({c.id}, false);
-        ASSERT_TRUE(QTest::qWaitFor([&] { return !store.busy(); }, 5000));
+        ASSERT_TRUE(w.waitIdle());
         store.setSelectedID(c.id);
         EXPECT_EQ(window.resultPanel()->saveCardButton()->isEnabled(), c.saveable) << title(c.id);
         EXPECT_EQ(window.summaryPanel()->saveCardButton()->isEnabled(), c.saveable)
             << title(c.id) << ": a run with nothing completed has no card";
-        // First as the run left the window (the panel was hidden behind the stage while its
-        // text changed), then at a wide and a narrow width.
-        for (const int width : {0, 1400, 960}) {
+        // First as the run left the wide window (the panel was hidden behind the stage while
+        // its text changed), then narrow.
+        for (const int width : {0, 960}) {
             SCOPED_TRACE(std::string(title(c.id)) + " at " + std::to_string(width));
             if (width > 0) window.resize(width, 820);
             QTest::qWait(20); // the layout settles over a few turns of the event loop
@@ -385,8 +355,8 @@ TEST(SidebarView, ArrowKeysMoveOverTheRowsAndTabRingsTheSelection) {
 // The log view holds exactly the store's lines as they come and go, follows the newest
 // unless the reader scrolled back, and its text can be copied.
 TEST(LogPanel, HoldsEveryKeptLineFollowsTheNewestAndCopies) {
-    FakeWorkloads fakes;
-    BenchmarkStore store(fakes.services());
+    test::FakeStore fake;
+    BenchmarkStore& store = fake.store;
     LogPanel panel(store);
     panel.resize(600, 150);
     panel.show();
@@ -453,10 +423,10 @@ TEST(Stage, OnlyCpuMemoryAndStorageBenchmarksRunInline) {
 // The stage names the pass of an accuracy run, and its status line moves on every two seconds.
 TEST(StageView, NamesThePassOfAnAccuracyRunAndAdvancesItsStatusLine) {
     Window w;
-    w.workloads.set(BenchmarkID::memoryStream, FakeBehaviour::untilCancelled);
+    w.fakes.set(BenchmarkID::memoryStream, FakeBehaviour::untilCancelled);
     w.store.setAccuracyMode(true);
     w.store.run({BenchmarkID::memoryStream}, false);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return w.workloads.running() == 1; }, 5000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return w.fakes.running() == 1; }, 5000));
     QTest::qWait(50);
     EXPECT_EQ(w.store.passText(), "pass 1 of 3");
     EXPECT_TRUE(paintedText(*w.window.stage()).contains(QStringLiteral("PASS 1 OF 3")));

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The window's Save Result Card buttons: when they act, the dialog they open, the file it
 // writes and the warning when it cannot.
-#include "run/benchmark_store.h"
-#include "run/fake_workloads.h"
-#include "ui/views/main_window.h"
+#include "support/window_fixture.h"
 #include "ui/views/result_card_saver.h"
 #include "ui/views/result_panel.h"
 #include "ui/views/summary_panel.h"
@@ -20,21 +18,15 @@
 using namespace quarbel;
 using namespace quarbel::ui;
 using quarbel::test::FakeBehaviour;
-using quarbel::test::FakeWorkloads;
 
 namespace {
 
-struct Window {
-    FakeWorkloads workloads;
-    BenchmarkStore store{workloads.services()};
-    MainWindow window{store};
+struct Window : test::Window {
     ResultCardSaver* saver = new ResultCardSaver(store, window);
-
-    Window() { window.show(); }
 
     void runSelected() {
         store.runSelected();
-        ASSERT_TRUE(QTest::qWaitFor([&] { return !store.busy(); }, 5000));
+        ASSERT_TRUE(waitIdle());
     }
     // Clicks `button` and returns the dialog it opened.
     QFileDialog* openDialog(QPushButton* button) {
@@ -108,8 +100,8 @@ TEST(ResultCardSaver, SavesTheSelectedOutcomeAndTheSummaryThroughANonModalDialog
 // refused the card is not offered again; a benchmark without a score has no card to save.
 TEST(ResultCardSaver, CancelDoesNothingAFailedWriteWarnsAndNoCardWithoutAScore) {
     Window w;
-    w.workloads.set(BenchmarkID::openCLCompute, FakeBehaviour::skipping);
-    w.workloads.set(BenchmarkID::cpuCrypto, FakeBehaviour::failing);
+    w.fakes.set(BenchmarkID::openCLCompute, FakeBehaviour::skipping);
+    w.fakes.set(BenchmarkID::cpuCrypto, FakeBehaviour::failing);
     w.store.setSelectedID(BenchmarkID::cpuInteger);
     w.runSelected();
     QPushButton* button = w.window.resultPanel()->saveCardButton();
