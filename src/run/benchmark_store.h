@@ -14,10 +14,16 @@
 #include "model/stability.h"
 #include "model/visual.h"
 #include "model/workload_context.h"
+#include "run/concurrent_run_watch.h"
 #include "run/cooldown.h"
+#include "run/cooldown_pause.h"
+#include "run/run_clock.h"
 #include "run/run_condition_tracker.h"
 #include "run/run_lock.h"
 #include "run/run_log.h"
+#include "run/run_windows.h"
+#include "run/thermal_monitor.h"
+#include "run/workload_pass.h"
 #include "sensors/interference.h"
 #include "sensors/machine_condition.h"
 #include "sensors/temperature.h"
@@ -39,6 +45,7 @@ namespace quarbel {
 
 class BackgroundTasks;
 class WindowPresenter;
+struct RunState;
 
 using OptionalBenchmarkID = std::optional<BenchmarkID>;
 using OptionalRunSummary = std::optional<RunSummary>;
@@ -146,12 +153,12 @@ class BenchmarkStore : public QObject {
     BenchmarkID selectedID() const { return selectedID_; }
     OptionalBenchmarkID runningID() const { return runningID_; }
     QStringList logLines() const { return log_.lines(); }
-    OptionalVisualRequest visualBenchmarkRequest() const { return visualRequest_; }
-    OptionalVisualLiveStats visualLiveStats() const { return visualLiveStats_; }
-    QDateTime currentRunStartedAt() const { return currentRunStartedAt_; }
-    double currentRunTargetSeconds() const { return currentRunTargetSeconds_; }
-    QDateTime currentRunTick() const { return currentRunTick_; }
-    TemperatureSnapshot temperatureSnapshot() const { return temperatureSnapshot_; }
+    OptionalVisualRequest visualBenchmarkRequest() const { return windows_.request(); }
+    OptionalVisualLiveStats visualLiveStats() const { return windows_.liveStats(); }
+    QDateTime currentRunStartedAt() const { return clock_.startedAt(); }
+    double currentRunTargetSeconds() const { return clock_.targetSeconds(); }
+    QDateTime currentRunTick() const { return clock_.lastTick(); }
+    TemperatureSnapshot temperatureSnapshot() const { return thermal_.snapshot(); }
     OptionalRunSummary runSummary() const { return runSummary_; }
     bool accuracyMode() const { return accuracyMode_; }
     LiveProgress liveProgress() const { return liveProgress_; }
@@ -184,7 +191,7 @@ class BenchmarkStore : public QObject {
     double currentRunProgress() const; // 0 ... 1
     int completedCount() const;
     double totalScore() const;
-    double thermalMonitorInterval() const { return thermalMonitorInterval_; }
+    double thermalMonitorInterval() const { return thermal_.interval(); }
 
     // Scales every workload's specified time budget (1 normally, kQuickBudgetScale for quick
     // runs). Like Accuracy Mode, it takes effect at the next start; a run keeps its own.
@@ -204,7 +211,7 @@ class BenchmarkStore : public QObject {
     // How long the visual benchmark may go without a frame (no live statistics) before it
     // counts as failed and the run goes on. A scene whose device or pipeline is missing
     // never reports, so this bounds the wait.
-    void setVisualStallLimit(double seconds) { visualStallLimit_ = seconds; }
+    void setVisualStallLimit(double seconds) { windows_.setStallLimit(seconds); }
     static constexpr double kVisualStallLimit = 20.0;
 
     // The run-to-run floors that single-pass intervals add, learned from this machine's earlier
@@ -219,7 +226,7 @@ class BenchmarkStore : public QObject {
     // default for the run's length. Read when a run starts.
     void setCooldown(std::optional<CooldownSetting> setting) { cooldown_ = setting; }
     // "Cooling down: 62 °C → 45 °C" while the run waits before a benchmark, else empty.
-    QString cooldownText() const { return cooldownText_; }
+    QString cooldownText() const { return QString::fromStdString(cooldownPause_.text()); }
     bool traceEnabled() const { return traceEnabled_; }
 
   public Q_SLOTS:
@@ -260,56 +267,41 @@ class BenchmarkStore : public QObject {
     void logLineAppended(const QString& line);
 
   private:
-    struct RunTask;
-    class PassProgress;
     using PassCompletion = std::function<void(BenchmarkOutcome)>;
 
     void beginNextBenchmark();
-    void runBenchmark(BenchmarkID id, int passes);
+    void runBenchmark(BenchmarkID id);
     void runNextAccuracyPass();
-    void combinePasses();
     void benchmarkFinished(BenchmarkOutcome outcome);
     void finishRunTask();
     void runBenchmarkPass(BenchmarkID id, PassCompletion completion);
     bool startCooldown();
-    void cooldownTick();
-    void endCooldown();
     std::optional<double> cpuCelsiusNow();
-    void runVisibleMetalBenchmark(PassCompletion completion);
-    void updateVisualLiveStats(const std::string& id, const VisualBenchmarkLiveStats& stats);
-    void finishVisualBenchmark(const std::optional<std::string>& id, const BenchmarkOutcome& outcome);
-    void visualBenchmarkStalled();
     // The budget scale of the active run, else the one the next run will take.
     double runBudgetScale() const;
     void startRealtimeClock(BenchmarkID id, int passes);
     void stopRealtimeClock();
     void onRealtimeTick();
-    void presentAnimationWindow(BenchmarkID id, int passes);
-    void closeAnimationWindow();
+    void onThermalReading(const ThermalMonitor::Reading& reading);
     void appendLog(const QString& text);
     void setRow(BenchmarkID id, BenchmarkRowState row);
     void setRunningID(OptionalBenchmarkID id);
-    void applyTemperatureSnapshot(const TemperatureSnapshot& snapshot);
     void readRunCondition();
-    void sampleProgress(const ProgressReport& report);
     void checkConcurrentRuns();
+    void setConcurrentRuns(const QString& text);
     void waitForOtherRuns();
     void startRunTask();
     void setPassText(const QString& text);
 
+    // Built first, so that the collaborators below can hand it work; the destructor joins its
+    // threads before any member goes, so no result reaches a collaborator that is gone.
+    std::unique_ptr<BackgroundTasks> background_;
     StoreServices services_;
-    WindowPresenter* presenter_;
 
     BenchmarkRows rows_;
     BenchmarkID selectedID_ = BenchmarkID::metalVisual;
     OptionalBenchmarkID runningID_;
     RunLog log_;
-    OptionalVisualRequest visualRequest_;
-    OptionalVisualLiveStats visualLiveStats_;
-    QDateTime currentRunStartedAt_;
-    double currentRunTargetSeconds_ = 0;
-    QDateTime currentRunTick_;
-    TemperatureSnapshot temperatureSnapshot_ = TemperatureSnapshot::unavailable;
     OptionalRunSummary runSummary_;
     bool accuracyMode_ = false;
     LiveProgress liveProgress_;
@@ -319,41 +311,24 @@ class BenchmarkStore : public QObject {
     std::function<OtherRunsChoice(const QString&)> otherRunsQuestion_;
     static constexpr int kOtherRunPollMs = 500;
     QString passText_;
-    std::vector<pid_t> runsWarnedAbout_; // of this run, so that each is logged once
     std::vector<BenchmarkID> runIDs_;
     std::vector<BenchmarkID> endedInRun_;
     bool runStopped_ = false;
     NoiseFloors noiseFloors_;
-    std::vector<ProgressPoint> passSeries_; // the running pass's progress, sampled by the display clock
-
-    std::unique_ptr<RunTask> task_;
-    std::unique_ptr<RunLock> runLock_;               // held while a run is active
-    std::shared_ptr<CancellationToken> workerToken_; // the pass now executing; null when none
-    std::shared_ptr<PassProgress> workerProgress_;
-    bool thermalReadInFlight_ = false;
-    bool thermalStartFailureLogged_ = false; // said once; later failed starts stay quiet
-    std::optional<PassCompletion> visualContinuation_;
-    std::optional<std::string> visualRunID_;
-    QTimer* visualWatchdog_ = nullptr;
-    double visualStallLimit_ = kVisualStallLimit;
-    QTimer* realtimeTimer_ = nullptr;
-    QTimer* thermalTimer_ = nullptr;
-    double thermalMonitorInterval_ = 0;
-    bool animationWindowOpen_ = false;
+    std::unique_ptr<RunState> task_; // the run now active; null when idle
     std::optional<SystemTimePoint> activeRunStartedAt_;
-    std::optional<double> peakCPU_;
-    std::optional<double> peakGPU_;
     double budgetScale_ = 1.0;
     std::optional<StabilityTarget> untilStable_;
     bool traceEnabled_ = true;
     std::optional<CooldownSetting> cooldown_;
-    QString cooldownText_;
-    QTimer* cooldownTimer_ = nullptr;
-    double cooldownStartedAt_ = 0; // monotonic seconds
 
-    // Declared last so it is destroyed first: its destructor joins the threads that
-    // may still post results to this object.
-    std::unique_ptr<BackgroundTasks> background_;
+    // The run's jobs, each in a collaborator of its own.
+    RunClock clock_;              // the running benchmark's elapsed time and progress
+    ThermalMonitor thermal_;      // temperatures on a timer, and the run's peaks
+    CooldownPause cooldownPause_; // the wait for the machine to cool before a benchmark
+    ConcurrentRunWatch runWatch_; // this run's mark, and the other Quarbel runs beside it
+    RunWindows windows_;          // the animation windows and the visual benchmark's window
+    WorkloadPass pass_;           // the workload pass running on a background thread
 };
 
 } // namespace quarbel

@@ -10,30 +10,21 @@
 
 #include <cmath>
 #include <deque>
-#include <mutex>
 
 using namespace quarbel;
 using namespace quarbel::test;
 
 namespace {
 
-// A workload that reports 200 units at a steady 100 per second (or with every other unit
-// twice as slow), scoring the next of `scores`.
+// A workload that reports 200 units, every other one twice as slow as the one before.
 struct SlicedWorkload {
-    std::mutex mutex;
-    std::deque<double> scores;
-    bool uneven = false;
-
     BenchmarkOutcome operator()(const WorkloadContext& context) {
         double t = 0;
         for (int unit = 1; unit <= 200; ++unit) {
-            t += uneven && unit % 2 == 0 ? 0.02 : 0.01;
+            t += unit % 2 == 0 ? 0.02 : 0.01;
             context.reportProgress(unit, t, "units");
         }
-        std::lock_guard lock(mutex);
-        const double score = scores.empty() ? 1000 : scores.front();
-        if (scores.size() > 1) scores.pop_front();
-        return FakeWorkloads::okOutcome(score);
+        return FakeWorkloads::okOutcome(1000);
     }
 };
 
@@ -62,7 +53,6 @@ void runToTheEnd(BenchmarkStore& store, BenchmarkID id) {
 
 TEST(ResultStatistics, APassKeepsItsSlicesItsIntervalAndTheInterferenceItMet) {
     SlicedWorkload workload;
-    workload.uneven = true;
     // Between the benchmark's start and end the machine counted 1000 ticks: 300 busy, of which
     // ours were 100, and 80 stolen.
     BenchmarkStore store(servicesFor(workload, {{1000, 100, 10000, 50}, {1300, 180, 11000, 150}}));
@@ -92,37 +82,6 @@ TEST(ResultStatistics, APassKeepsItsSlicesItsIntervalAndTheInterferenceItMet) {
     runToTheEnd(store, BenchmarkID::cpuInteger);
     EXPECT_EQ(store.endState(BenchmarkID::cpuInteger).noiseFloor, (NoiseFloor{0.5, 7}));
     EXPECT_NEAR(store.endState(BenchmarkID::cpuInteger).uncertainty->relativeStandardError, 0.005, 1e-9);
-}
-
-TEST(ResultStatistics, UntilStableStopsOnceTheIntervalIsNarrowOrThePassesRunOut) {
-    struct Case {
-        const char* name;
-        std::deque<double> scores;
-        int passes;
-        const char* detail;
-    };
-    const Case cases[] = {
-        // One steady pass is only as sure as its benchmark's run-to-run noise; two that agree are
-        // within any target.
-        {"agreeing passes", {1000, 1000}, 2, "within the target of 1.0 %."},
-        {"passes that keep disagreeing", {1000, 1200, 900, 1100, 950}, 4, "target of 1.0 % not reached."},
-    };
-    for (const auto& c : cases) {
-        SlicedWorkload workload;
-        workload.scores = c.scores;
-        BenchmarkStore store(servicesFor(workload));
-        store.setUntilStable(StabilityTarget{1.0, 4});
-        runToTheEnd(store, BenchmarkID::cpuCrypto);
-        const BenchmarkEndState& end = store.endState(BenchmarkID::cpuCrypto);
-        EXPECT_EQ(end.passes, c.passes) << c.name;
-        EXPECT_EQ(end.passScores.size(), static_cast<std::size_t>(c.passes)) << c.name;
-        const auto& outcome = store.rows()[BenchmarkID::cpuCrypto].outcome;
-        ASSERT_TRUE(outcome) << c.name;
-        EXPECT_NE(outcome->detail.find("Until stable: median of " + std::to_string(c.passes) + " passes"),
-                  std::string::npos)
-            << outcome->detail;
-        EXPECT_TRUE(outcome->detail.ends_with(c.detail)) << outcome->detail;
-    }
 }
 
 TEST(NoiseFloor, IsLearnedFromFiveQuietRunsAsAnUpperBoundOfTheirSpread) {

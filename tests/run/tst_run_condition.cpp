@@ -43,7 +43,7 @@ TEST(RunCondition, TheMachineAsTheRunStartsAndThrottlingWhileItRunsBecomeBadges)
     EXPECT_TRUE(calm.runCondition().badges.empty());
 }
 
-TEST(RunCondition, AWorkloadThatSlowsDownInAFullRunHasLowStabilityAndMarksThrottling) {
+TEST(RunCondition, AWorkloadThatSlowsDownHasLowStabilityAndMarksThrottling) {
     FakeWorkloads fakes;
     StoreServices services = fakes.services();
     // 1.6 s of work reported every 20 ms: full pace, then half pace from 1.1 s on.
@@ -59,23 +59,14 @@ TEST(RunCondition, AWorkloadThatSlowsDownInAFullRunHasLowStabilityAndMarksThrott
         }
         return FakeWorkloads::okOutcome(100);
     };
-    for (const double budgetScale : {1.0, 0.1}) {
-        SCOPED_TRACE(budgetScale);
-        const bool full = budgetScale == 1.0;
-        BenchmarkStore store(services);
-        store.setBudgetScale(budgetScale);
-        store.run({BenchmarkID::memoryStream, BenchmarkID::ssdRandom}, false);
-        ASSERT_TRUE(processEventsUntil([&] { return !store.busy(); }, 15000));
-
-        const BenchmarkEndState& end = store.endState(BenchmarkID::memoryStream);
-        ASSERT_EQ(end.stabilityPercent.has_value(), full) << "a quick run is too short to judge";
-        if (full) {
-            EXPECT_NEAR(*end.stabilityPercent, 50.0, 8.0);
-        }
-        EXPECT_FALSE(end.spreadPercent.has_value()) << "not from Accuracy Mode";
-        EXPECT_FALSE(store.endState(BenchmarkID::ssdRandom).stabilityPercent.has_value())
-            << "storage benchmarks change pace between their phases by design";
-        const auto& badges = store.runCondition().badges;
-        EXPECT_EQ(std::find(badges.begin(), badges.end(), "throttling seen") != badges.end(), full);
-    }
+    BenchmarkStore store(services);
+    store.run({BenchmarkID::memoryStream}, false);
+    ASSERT_TRUE(processEventsUntil([&] { return !store.busy(); }, 15000));
+    // Which passes are judged at all (full budgets, one pace) is WorkloadPass's to decide.
+    const BenchmarkEndState& end = store.endState(BenchmarkID::memoryStream);
+    ASSERT_TRUE(end.stabilityPercent.has_value());
+    EXPECT_NEAR(*end.stabilityPercent, 50.0, 8.0);
+    EXPECT_FALSE(end.spreadPercent.has_value()) << "not from Accuracy Mode";
+    const auto& badges = store.runCondition().badges;
+    EXPECT_NE(std::find(badges.begin(), badges.end(), "throttling seen"), badges.end());
 }

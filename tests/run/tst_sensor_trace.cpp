@@ -4,13 +4,18 @@
 #include "model/trace_summary.h"
 #include "results/trace_json.h"
 #include "run/cooldown.h"
+#include "sensors/effective_clock.h"
 #include "sensors/fake_tree.h"
 #include "sensors/trace_recorder.h"
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cmath>
+#include <filesystem>
+#include <map>
+#include <tuple>
 
 using namespace quarbel;
 using quarbel::testing::FakeTree;
@@ -181,6 +186,8 @@ TEST(SensorTrace, SamplesBecomeColumnsEnergyAndTheReasonsForWhatIsMissing) {
     EXPECT_FLOAT_EQ(t.cpuWatts[2], 40);
     EXPECT_TRUE(std::isnan(t.coreMHzMean[1])) << "a sample that could not be read";
     EXPECT_FLOAT_EQ(t.otherCores[1], 0.04f) << "4 of 200 ticks: 2 % of two cores";
+    // Our ticks can run ahead of the machine's over a short span: other processes never go below 0.
+    EXPECT_EQ(interferenceBetween({100, 0, 1000, 90}, {110, 0, 2000, 130})->otherCpuPercent, 0.0);
     EXPECT_TRUE(t.cpuCelsius.empty()) << "no sensor: no column";
     EXPECT_EQ(t.onBattery, (std::vector<std::uint8_t>{1, 1, 1}));
     EXPECT_EQ(t.packageLimitWatts, 28.0);
@@ -289,29 +296,74 @@ TEST(SensorTrace, SummaryNamesWhatHeldTheBenchmarkBack) {
         EXPECT_EQ(traceSummary(c.trace), c.summary) << c.name;
 }
 
-TEST(SensorTrace, KeptCompactAndReadBackAsWritten) {
+TEST(SensorTrace, ColumnsAreKeptToAPowerOfTwoStepOfTheirLargestMagnitude) {
+    const auto column = [](const char* name) {
+        return *std::find_if(std::begin(kTraceColumns), std::end(kTraceColumns),
+                             [&](const TraceColumn& c) { return std::string(c.name) == name; });
+    };
+    const struct {
+        const char* column;
+        std::vector<float> values, kept;
+    } cases[] = {
+        {"coreMHzMean", {3400, 3391, 2207}, {3392, 3392, 2208}}, // 32 MHz
+        {"cpuCelsius", {80.4f, 64.6f}, {80, 65}},                // 1 °C
+        {"cpuCelsius", {45.3f, 40.1f, kNaN}, {45.5f, 40, kNaN}}, // 0.5 °C
+        {"cpuWatts", {kNaN, 150.9f, 20.9f}, {kNaN, 150, 20}},    // 2 W
+        {"otherCores", {0.3f, 0.02f}, {0.3125f, 0.03125f}},      // 1/32 core: never finer than for one core
+        {"seconds", {0, 63.9f, INFINITY}, {0, 64, kNaN}},        // 64 at a step of 0.5 s, then 0.25 s
+    };
+    for (const auto& c : cases) {
+        const std::vector<float> kept = keptTraceColumn(c.values, column(c.column));
+        EXPECT_EQ(nlohmann::json(kept).dump(), nlohmann::json(c.kept).dump()) << c.column;
+        EXPECT_EQ(nlohmann::json(keptTraceColumn(kept, column(c.column))).dump(), nlohmann::json(kept).dump())
+            << c.column << " kept again";
+    }
+}
+
+TEST(SensorTrace, KeptCompactPackedAndReadBackInEitherForm) {
     // 100 samples become 32 points; a throttle flag of one sample survives the averaging.
     SensorTrace full;
     for (int i = 0; i < 100; ++i) {
         full.seconds.push_back(0.25f * static_cast<float>(i));
         full.cpuCelsius.push_back(i == 50 ? kNaN : 40.0f + 0.3f * static_cast<float>(i));
+        full.cpuWatts.push_back(i < 4 ? kNaN : i < 60 ? 95.0f + static_cast<float>(i % 3) : 20.0f);
+        full.gpuMHz.push_back(1980);
         full.gpuThrottleReasons.push_back(i == 77 ? 0x40u : 0u);
     }
     full.thermalThrottleEvents = 2;
     full.packageLimitWatts = 45;
+    full.criticalCelsius = 99.5;
     const SensorTrace compact = compactTrace(full);
     ASSERT_EQ(compact.seconds.size(), kMostTracePoints);
-    EXPECT_EQ(compact.gpuThrottleReasons.size(), kMostTracePoints);
     EXPECT_EQ(std::count(compact.gpuThrottleReasons.begin(), compact.gpuThrottleReasons.end(), 0x40u), 1);
-    EXPECT_NEAR(compact.cpuCelsius.front(), 40.3, 0.2);
-    EXPECT_NEAR(compact.cpuCelsius.back(), 69.25, 0.2);
-    EXPECT_EQ(compactTrace(compact), compact) << "compacting twice changes nothing";
+    EXPECT_NEAR(compact.cpuCelsius.front(), 40.3, 0.5);
+    EXPECT_NEAR(compact.cpuCelsius.back(), 69.25, 0.5);
+    EXPECT_TRUE(std::isnan(compact.cpuWatts[0]));
+    EXPECT_EQ(traceJson(compactTrace(compact)), traceJson(compact)) << "compacting twice changes nothing";
 
-    nlohmann::json written = nlohmann::json::parse(traceJson(compact).dump());
+    const nlohmann::json written = nlohmann::json::parse(traceJson(compact).dump());
+    ASSERT_TRUE(written.is_string());
+    EXPECT_LT(written.get<std::string>().size(), 90u) << "four columns and flags of 32 points";
     SensorTrace read;
-    EXPECT_EQ(readTrace(written, read), std::nullopt);
-    EXPECT_EQ(read, compact);
-    EXPECT_LT(written.dump().size(), 400u) << "two columns and flags of 32 points";
+    ASSERT_EQ(readTrace(written, read), std::nullopt);
+    EXPECT_TRUE(std::isnan(read.cpuWatts[0]));
+    read.cpuWatts[0] = 0;
+    SensorTrace expected = compact;
+    expected.cpuWatts[0] = 0;
+    EXPECT_EQ(read, expected);
+
+    // The column form of earlier reports reads as it always did.
+    const auto legacy = nlohmann::json::parse(
+        R"({"points": 2, "columns": {"seconds": {"low": 0, "high": 0.5, "steps": "00fe"},
+            "cpuWatts": {"low": 10, "high": 20, "steps": "ff7f"}}, "onBattery": [0, 1],
+            "thermalThrottleEvents": 3, "packageLimitWatts": 28})");
+    ASSERT_EQ(readTrace(legacy, read), std::nullopt);
+    EXPECT_EQ(read.seconds, (std::vector<float>{0, 0.5f}));
+    EXPECT_TRUE(std::isnan(read.cpuWatts[0]));
+    EXPECT_FLOAT_EQ(read.cpuWatts[1], 15);
+    EXPECT_EQ(read.onBattery, (std::vector<std::uint8_t>{0, 1}));
+    EXPECT_EQ(read.thermalThrottleEvents, 3u);
+    EXPECT_EQ(read.packageLimitWatts, 28.0);
 
     ResultEnergy energy{{{PowerDomain::gpu, "NVML", 3000, 200, 250}}, {{PowerDomain::battery, "no battery"}}};
     const nlohmann::json energyWritten = nlohmann::json::parse(energyJson(energy, 4000).dump());
@@ -319,24 +371,32 @@ TEST(SensorTrace, KeptCompactAndReadBackAsWritten) {
     ResultEnergy energyRead;
     EXPECT_EQ(readEnergy(energyWritten, energyRead), std::nullopt);
     EXPECT_EQ(energyRead, energy);
+}
 
+TEST(SensorTrace, AMalformedTraceOrEnergyNamesItsProblem) {
+    const std::string packed = traceJson(compactTrace(traceOf({0, 1, 2, 3}))).get<std::string>();
     const struct {
-        const char* text;
+        nlohmann::json value;
         std::string problem;
     } broken[] = {
-        {R"({"columns": {"seconds": {"low": 0, "high": 1, "steps": "00fe"}, "cpuWatts": {"low": 0, "high": 1, "steps": "00"}}})",
+        {nlohmann::json::parse(
+             R"({"columns": {"seconds": {"low": 0, "high": 1, "steps": "00fe"}, "cpuWatts": {"low": 0, "high": 1, "steps": "00"}}})"),
          "trace.columns.cpuWatts is not as long as seconds"},
-        {R"({"columns": {"seconds": {"low": 0, "high": 1, "steps": "0g"}}})",
+        {nlohmann::json::parse(R"({"columns": {"seconds": {"low": 0, "high": 1, "steps": "0g"}}})"),
          "trace.columns.seconds.steps is not hexadecimal"},
-        {R"({"columns": {"seconds": {"low": 0, "high": 1e39, "steps": "00"}}})",
+        {nlohmann::json::parse(R"({"columns": {"seconds": {"low": 0, "high": 1e39, "steps": "00"}}})"),
          "trace.columns.seconds has an endless range"},
-        {R"({"columns": {"seconds": {"low": 0, "high": 1, "steps": "00"}}, "onBattery": [2, 1]})",
+        {nlohmann::json::parse(
+             R"({"columns": {"seconds": {"low": 0, "high": 1, "steps": "00"}}, "onBattery": [2, 1]})"),
          "trace.onBattery is not a list as long as seconds"},
-        {R"([1])", "trace is not an object"},
+        {nlohmann::json::parse("[1]"), "trace is neither an object nor packed base64 text"},
+        {"not base64!", "trace is neither an object nor packed base64 text"},
+        {packed.substr(0, packed.size() / 2), "trace ends early"},
+        {"Y", "trace is packed in a form this version cannot read"},
     };
     for (const auto& b : broken) {
         SensorTrace t;
-        EXPECT_EQ(readTrace(nlohmann::json::parse(b.text), t), b.problem) << b.text;
+        EXPECT_EQ(readTrace(b.value, t), b.problem) << b.value.dump();
     }
     ResultEnergy e;
     EXPECT_EQ(
@@ -349,6 +409,55 @@ TEST(SensorTrace, KeptCompactAndReadBackAsWritten) {
                 R"({"measured": [{"domain": "gpu", "joules": -1, "averageWatts": 1, "peakWatts": 1}], "missing": []})"),
             e),
         "energy.measured needs joules, averageWatts and peakWatts of zero or more");
+}
+
+TEST(EffectiveClock, MhzFromCounterDeltasOverTheCoresThatRan) {
+    const std::vector<ClockCounters> before = {{1000, 1000}, {0, 0}, {500, 500}, {900, 900}};
+    const std::vector<ClockCounters> after = {{4000, 2000}, {1500, 1000}, {500, 500}, {100, 1900}};
+    // Core 0 ran at 3x the 1000 MHz reference, core 1 at 1.5x; core 2 slept, core 3 was reset.
+    const auto clocks = effectiveClocks(before, after, 1000);
+    ASSERT_TRUE(clocks.has_value());
+    EXPECT_DOUBLE_EQ(clocks->highMHz, 3000);
+    EXPECT_DOUBLE_EQ(clocks->lowMHz, 1500);
+    EXPECT_DOUBLE_EQ(clocks->meanMHz, 2250);
+    EXPECT_FALSE(effectiveClocks(before, before, 1000).has_value()) << "no core ran";
+}
+
+TEST(EffectiveClock, TheCountersAreUsedWhereTheKernelOffersThemElseTheReasonIsGiven) {
+    // Each case has the files of the one before it and one more.
+    const std::pair<const char*, std::string> files[] = {
+        {"", "no msr PMU in this kernel"},
+        {"sys/bus/event_source/devices/msr/type", "the msr PMU offers no aperf and mperf events"},
+        {"sys/bus/event_source/devices/msr/events/aperf", "the msr PMU offers no aperf and mperf events"},
+        {"sys/bus/event_source/devices/msr/events/mperf",
+         "no base clock to scale them by (cpufreq base_frequency)"},
+        {"sys/devices/system/cpu/cpu0/cpufreq/base_frequency", ""},
+    };
+    const std::map<std::string, std::string> contents = {{"type", "11\n"},
+                                                         {"aperf", "event=0x02\n"},
+                                                         {"mperf", "event=0x01\n"},
+                                                         {"base_frequency", "2100000\n"}};
+    FakeTree tree;
+    const ConditionLocations locations{tree.path("sys"), tree.path("proc")};
+    for (const auto& [file, problem] : files) {
+        if (*file) tree.write(file, contents.at(std::filesystem::path(file).filename()));
+        EXPECT_EQ(clockCounterSupport(locations, true).problem, problem) << file;
+        EXPECT_EQ(clockCounterSupport(locations, false).problem,
+                  "not an x86 processor (APERF/MPERF are x86 counters)");
+    }
+    const ClockCounterSupport support = clockCounterSupport(locations, true);
+    EXPECT_EQ((std::tuple{support.pmuType, support.aperfConfig, support.mperfConfig, support.referenceMHz}),
+              (std::tuple{11, 2u, 1u, 2100.0}));
+    EXPECT_EQ(
+        counterOpenProblem(EACCES, 2),
+        "no permission to open the counters: perf_event_paranoid is 2 (needs 0 or less, or CAP_PERFMON)");
+    // A virtual machine is named as the likely reason; without counters the trace keeps cpufreq.
+    FakeTree vm;
+    vm.write("proc/cpuinfo", "processor\t: 0\nflags\t\t: fpu hypervisor\n");
+    vm.write("sys/devices/system/cpu/cpu0/cpufreq/scaling_cur_freq", "2000000\n");
+    EXPECT_EQ(
+        coreClockSourceText({vm.path("sys"), vm.path("proc")}),
+        "cpufreq scaling_cur_freq (APERF/MPERF unavailable: no msr PMU (a virtual machine exposes none))");
 }
 
 TEST(Cooldown, WaitsForTheIdleTemperatureWithACapOrAFixedGap) {
