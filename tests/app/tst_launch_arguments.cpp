@@ -82,13 +82,14 @@ TEST(LaunchArguments, BadArgumentsExitWith2AndSayWhy) {
 }
 
 TEST(LaunchArguments, HelpAndVersionExitWith0) {
-    const auto help = parseLaunchArguments({"quarbel-gui", "--help"});
-    ASSERT_TRUE(std::holds_alternative<LaunchExit>(help));
-    EXPECT_EQ(std::get<LaunchExit>(help).exitCode, 0);
-    EXPECT_NE(std::get<LaunchExit>(help).text.find("--quit-when-done"), std::string::npos);
-    const auto version = parseLaunchArguments({"quarbel-gui", "--version"});
-    ASSERT_TRUE(std::holds_alternative<LaunchExit>(version));
-    EXPECT_EQ(std::get<LaunchExit>(version).text, std::string("quarbel-gui ") + QUARBEL_VERSION + "\n");
+    const auto exitOf = [](const char* argument) {
+        const auto parsed = parseLaunchArguments({"quarbel-gui", argument});
+        return std::holds_alternative<LaunchExit>(parsed) ? std::get<LaunchExit>(parsed) : LaunchExit{-1, {}};
+    };
+    EXPECT_EQ(exitOf("--help").exitCode, 0);
+    EXPECT_NE(exitOf("--help").text.find("--quit-when-done"), std::string::npos);
+    EXPECT_EQ(exitOf("--version").exitCode, 0);
+    EXPECT_EQ(exitOf("--version").text, std::string("quarbel-gui ") + QUARBEL_VERSION + "\n");
 }
 
 TEST(LaunchArguments, AMissingDisplayIsNamedBeforeQtWouldAbort) {
@@ -108,19 +109,13 @@ TEST(LaunchArguments, AMissingDisplayIsNamedBeforeQtWouldAbort) {
         {"a platform set in the environment", {}, "offscreen", nullptr, nullptr, std::nullopt},
         {"a Wayland session is Qt's to judge", {}, nullptr, "wayland-0", nullptr, std::nullopt},
     };
-    const auto saved = [](const char* name) -> std::optional<std::string> {
-        const char* value = std::getenv(name);
-        return value ? std::optional<std::string>(value) : std::nullopt;
-    };
-    const std::pair<const char*, std::optional<std::string>> environment[] = {
-        {"QT_QPA_PLATFORM", saved("QT_QPA_PLATFORM")},
-        {"WAYLAND_DISPLAY", saved("WAYLAND_DISPLAY")},
-        {"DISPLAY", saved("DISPLAY")}};
+    // The variables as they were, put back at the end.
+    std::vector<std::pair<const char*, std::optional<std::string>>> environment;
+    for (const char* name : {"QT_QPA_PLATFORM", "WAYLAND_DISPLAY", "DISPLAY"})
+        environment.emplace_back(name, std::getenv(name) ? std::optional<std::string>(std::getenv(name))
+                                                         : std::nullopt);
     const auto set = [](const char* name, const char* value) {
-        if (value)
-            ::setenv(name, value, 1);
-        else
-            ::unsetenv(name);
+        value ? ::setenv(name, value, 1) : ::unsetenv(name);
     };
     for (const Case& c : cases) {
         set("QT_QPA_PLATFORM", c.platform);

@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "process.h"
 
+#include <gtest/gtest.h>
+
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
 #include <poll.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -150,6 +153,39 @@ ProcessResult runProcess(const std::vector<std::string>& args, const std::vector
         child.readUntil([&] { return child.out().find(interruptAfterText) != std::string::npos; }, timeoutMs))
         child.signal(SIGINT);
     return child.wait(timeoutMs);
+}
+
+ProcessResult runQuarbel(const std::vector<std::string>& args, const std::vector<std::string>& extraEnv) {
+    std::vector<std::string> command{kQuarbel};
+    command.insert(command.end(), args.begin(), args.end());
+    return runProcess(command, extraEnv);
+}
+
+void expectAnswers(const std::vector<Answer>& rows, const std::vector<std::string>& extraEnv,
+                   const std::string& at) {
+    const auto expand = [&](std::string text) {
+        for (auto i = text.find('@'); i != std::string::npos; i = text.find('@', i + at.size()))
+            text.replace(i, 1, at);
+        return text;
+    };
+    for (const Answer& row : rows) {
+        const std::string command = expand(row.command);
+        std::vector<std::string> args;
+        for (std::size_t start = 0, end = 0; end != std::string::npos; start = end + 1)
+            args.push_back(command.substr(start, (end = command.find(' ', start)) - start));
+        const ProcessResult result = runQuarbel(args, extraEnv);
+        EXPECT_EQ(result.exitCode, row.exitCode) << "quarbel " << command << "\n" << result.err;
+        EXPECT_NE(result.err.find(expand(row.err)), std::string::npos) << "quarbel " << command << "\n"
+                                                                       << result.err;
+        if (row.exitCode == 2) {
+            EXPECT_EQ(result.out, "") << "quarbel " << command << ": nothing may run";
+        }
+    }
+}
+
+std::string readFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
 }
 
 } // namespace quarbel::test

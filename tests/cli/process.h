@@ -52,4 +52,26 @@ class ChildProcess {
 ProcessResult runProcess(const std::vector<std::string>& args, const std::vector<std::string>& extraEnv = {},
                          const std::string& interruptAfterText = {}, int timeoutMs = 60000);
 
+// The quarbel under test, and an environment in which it finds no Vulkan device (a GPU
+// benchmark is then skipped at once, which makes the shortest real run).
+inline const std::string kQuarbel = QUARBEL_BINARY;
+inline const std::vector<std::string> kNoVulkan = {"VK_ICD_FILENAMES=/nonexistent/quarbel-no-vulkan.json",
+                                                   "VK_DRIVER_FILES=/nonexistent/quarbel-no-vulkan.json"};
+
+// quarbel with `args`.
+ProcessResult runQuarbel(const std::vector<std::string>& args, const std::vector<std::string>& extraEnv = {});
+
+// One command line, its words split at spaces, and what quarbel must answer: its exit status and
+// a part of standard error. Each "@" in both stands for a folder the test names. A refusal (2)
+// must also print nothing on standard output: nothing ran.
+struct Answer {
+    std::string command;
+    int exitCode;
+    std::string err;
+};
+void expectAnswers(const std::vector<Answer>& rows, const std::vector<std::string>& extraEnv = {},
+                   const std::string& at = {});
+
+std::string readFile(const std::string& path);
+
 } // namespace quarbel::test

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// `quarbel run --baseline`: the gate CI jobs rely on, against real quick runs. Serial: a
+// `quarbel run --baseline`: the gate CI jobs rely on, against real quick runs (its bad
+// arguments are refused in tst_cli). Serial: a
 // run made noisy by tests running beside it could not be judged.
 #include "process.h"
 #include "report_fixture.h"
@@ -10,10 +11,6 @@
 using namespace quarbel;
 using quarbel::test::reportText;
 using quarbel::testing::FakeTree;
-
-namespace {
-const std::string kQuarbel = QUARBEL_BINARY;
-}
 
 TEST(RunAgainstBaseline, TheGateRerunsOnlyWhatItFlaggedAndExitsByWhatRemains) {
     FakeTree tree;
@@ -49,10 +46,10 @@ TEST(RunAgainstBaseline, TheGateRerunsOnlyWhatItFlaggedAndExitsByWhatRemains) {
         {"slow.json", {}, 0, 1, ""}, // compared and printed, no gate
     };
     for (const auto& c : cases) {
-        std::vector<std::string> command{kQuarbel,       "run",        "cpuInteger",         "--quick",
+        std::vector<std::string> command{"run",          "cpuInteger", "--quick",
                                          "--no-history", "--baseline", tree.path(c.baseline)};
         command.insert(command.end(), c.arguments.begin(), c.arguments.end());
-        const auto result = test::runProcess(command, env);
+        const auto result = test::runQuarbel(command, env);
         // The run's own result is real: on a machine busy with other work it is rightly not
         // judged, and these verdicts cannot be checked.
         if (result.err.find("noisy machine in B") != std::string::npos)
@@ -72,22 +69,4 @@ TEST(RunAgainstBaseline, TheGateRerunsOnlyWhatItFlaggedAndExitsByWhatRemains) {
     const std::string xml = tree.read("j.xml");
     EXPECT_NE(xml.find("tests=\"1\" failures=\"1\" errors=\"0\" skipped=\"0\""), std::string::npos) << xml;
     EXPECT_NE(xml.find("after 2 comparisons"), std::string::npos) << xml;
-
-    // Arguments that do not fit together are refused before anything runs.
-    const std::pair<std::vector<std::string>, const char*> refused[] = {
-        {{"--fail-on-slower"}, "--fail-on-slower needs --baseline REPORT"},
-        {{"--baseline", tree.path("missing.json")}, "--baseline: "},
-        {{"--baseline", tree.path("fast.json"), "--confirm", "2"}, "--confirm needs --fail-on-slower"},
-        {{"--baseline", tree.path("fast.json"), "--fail-on-slower", "--confirm", "x"},
-         "--confirm takes a number"},
-        {{"--baseline", "7"}, "no run 7 in the history"},
-    };
-    for (const auto& [arguments, message] : refused) {
-        std::vector<std::string> command{kQuarbel, "run", "cpuInteger", "--quick", "--no-history"};
-        command.insert(command.end(), arguments.begin(), arguments.end());
-        const auto result = test::runProcess(command, env);
-        EXPECT_EQ(result.exitCode, 2) << message << "\n" << result.err;
-        EXPECT_NE(result.err.find(message), std::string::npos) << result.err;
-        EXPECT_EQ(result.out.find("Running"), std::string::npos) << "nothing runs";
-    }
 }

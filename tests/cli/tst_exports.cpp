@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Exports and many-run comparisons through the real quarbel, from a real quick run.
+// Exports, shared pages and many-run comparisons through the real quarbel, from a real quick run.
 #include "process.h"
 #include "sensors/fake_tree.h"
 
@@ -7,24 +7,15 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
+#include <filesystem>
 #include <map>
 #include <regex>
-#include <sstream>
 
 using namespace quarbel;
 using quarbel::testing::FakeTree;
+namespace fs = std::filesystem;
 
 namespace {
-
-const std::string kQuarbel = QUARBEL_BINARY;
-
-std::string readFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
 
 std::vector<std::string> lines(const std::string& text, const char* separator = "\n") {
     std::vector<std::string> out;
@@ -63,8 +54,8 @@ struct QuickRun {
     std::string metrics = tree.path("run.prom");
     test::ProcessResult result;
     QuickRun() {
-        result = test::runProcess({kQuarbel, "run", "cpuInteger", "memoryStream", "--quick", "--no-history",
-                                   "--json", report, "--metrics", metrics},
+        result = test::runQuarbel({"run", "cpuInteger", "memoryStream", "--quick", "--no-history", "--json",
+                                   report, "--metrics", metrics},
                                   env);
     }
 };
@@ -79,8 +70,8 @@ QuickRun& quickRun() {
 TEST(Exports, TheMetricsFileIsValidPrometheusTextInBaseUnits) {
     QuickRun& run = quickRun();
     ASSERT_EQ(run.result.exitCode, 0) << run.result.err;
-    const std::string text = readFile(run.metrics);
-    const nlohmann::json report = nlohmann::json::parse(readFile(run.report));
+    const std::string text = test::readFile(run.metrics);
+    const nlohmann::json report = nlohmann::json::parse(test::readFile(run.report));
 
     // Every family once, HELP then TYPE then its samples; samples are name{labels} value.
     const std::regex sample(
@@ -122,14 +113,13 @@ TEST(Exports, CsvHtmlAndManyRunComparisonsCarryEveryRun) {
     ASSERT_EQ(run.result.exitCode, 0) << run.result.err;
     EXPECT_EQ(lines(run.result.out, "\n    Sensors: ").size(), 2u) << "one line under each result's row";
 
-    const auto csv =
-        test::runProcess({kQuarbel, "export", run.report, run.report, "--format", "csv"}, run.env);
+    const auto csv = test::runQuarbel({"export", run.report, run.report, "--format", "csv"}, run.env);
     ASSERT_EQ(csv.exitCode, 0) << csv.err;
     const auto records = lines(csv.out, "\r\n");
     ASSERT_EQ(records.size(), 5u) << "a header and two benchmarks of each run";
     const auto header = csvFields(records[0]);
     const auto sliceColumn = std::find(header.begin(), header.end(), "slice_rates") - header.begin();
-    const nlohmann::json report = nlohmann::json::parse(readFile(run.report));
+    const nlohmann::json report = nlohmann::json::parse(test::readFile(run.report));
     const std::string machineId = report["machine"]["machineId"];
     for (std::size_t i = 1; i < records.size(); ++i) {
         const auto fields = csvFields(records[i]);
@@ -157,7 +147,7 @@ TEST(Exports, CsvHtmlAndManyRunComparisonsCarryEveryRun) {
     hostile["results"][0]["startCelsius"] = 41.5;
     run.tree.write("hostile.json", hostile.dump());
     const auto guarded =
-        test::runProcess({kQuarbel, "export", run.tree.path("hostile.json"), "--format", "csv"}, run.env);
+        test::runQuarbel({"export", run.tree.path("hostile.json"), "--format", "csv"}, run.env);
     ASSERT_EQ(guarded.exitCode, 0) << guarded.err;
     const auto guardedFields = csvFields(lines(guarded.out, "\r\n").at(1));
     EXPECT_EQ(guardedFields[1], "'=HYPERLINK(\"http://x\")");
@@ -171,8 +161,8 @@ TEST(Exports, CsvHtmlAndManyRunComparisonsCarryEveryRun) {
     EXPECT_EQ(guardedFields.at(energyAt + 5), "steady");
     EXPECT_EQ(guardedFields.at(energyAt + 6), "41.5");
     EXPECT_EQ(csvFields(lines(guarded.out, "\r\n").at(2)).at(energyAt), "");
-    const auto metrics = test::runProcess(
-        {kQuarbel, "export", run.tree.path("hostile.json"), "--format", "openmetrics"}, run.env);
+    const auto metrics =
+        test::runQuarbel({"export", run.tree.path("hostile.json"), "--format", "openmetrics"}, run.env);
     ASSERT_EQ(metrics.exitCode, 0) << metrics.err;
     for (const std::string expected :
          {"\nquarbel_energy_joules{benchmark=\"cpuInteger\",domain=\"cpuPackage\"} 31.2\n",
@@ -182,10 +172,10 @@ TEST(Exports, CsvHtmlAndManyRunComparisonsCarryEveryRun) {
 
     const std::string page = run.tree.path("out/page.html");
     std::filesystem::create_directories(run.tree.path("out"));
-    const auto html = test::runProcess(
-        {kQuarbel, "export", run.report, run.report, run.report, "--format", "html", "--out", page}, run.env);
+    const auto html = test::runQuarbel(
+        {"export", run.report, run.report, run.report, "--format", "html", "--out", page}, run.env);
     ASSERT_EQ(html.exitCode, 0) << html.err;
-    const std::string text = readFile(page);
+    const std::string text = test::readFile(page);
     EXPECT_EQ(text.find("<script"), std::string::npos);
     EXPECT_EQ(std::regex_replace(text, std::regex("http://www.w3.org/2000/svg"), "").find("http"),
               std::string::npos)
@@ -195,42 +185,11 @@ TEST(Exports, CsvHtmlAndManyRunComparisonsCarryEveryRun) {
     EXPECT_EQ(lines(text, "<svg width=\"560\" height=\"150\"").size(), 6u)
         << "the sensor trace under each of the three runs' two results";
 
-    const auto compare = test::runProcess({kQuarbel, "compare", run.report, run.report, run.report}, run.env);
+    const auto compare = test::runQuarbel({"compare", run.report, run.report, run.report}, run.env);
     ASSERT_EQ(compare.exitCode, 0) << compare.err;
     EXPECT_NE(compare.out.find("Benchmark        A"), std::string::npos) << compare.out;
     // Each later run against A, identical: ratio 1 (its verdict depends on how quiet the machine was).
     EXPECT_EQ(lines(compare.out, "  1.000 ").size(), 4u) << compare.out;
-}
-
-TEST(Exports, BadInputIsRefusedWithExit2AndNothingWritten) {
-    QuickRun& run = quickRun();
-    ASSERT_EQ(run.result.exitCode, 0) << run.result.err;
-    run.tree.write("bad.json", "{\"schema\": 1, \"results\": [");
-    run.tree.write("future.json", "{\"schema\": 2}");
-    struct Case {
-        std::vector<std::string> arguments;
-        const char* message;
-    };
-    const Case cases[] = {
-        {{"export", run.report, "--format", "xml"}, "--format must be csv, md, html, json or openmetrics"},
-        {{"export", run.report, run.report, "--format", "openmetrics"}, "exports one run"},
-        {{"export", run.tree.path("bad.json"), "--format", "csv"}, "is not a Quarbel JSON report"},
-        {{"export", run.tree.path("future.json"), "--format", "csv"}, "schema 2 is not known"},
-        {{"export", run.report, "--format", "csv", "--out", run.tree.path("missing/x.csv")},
-         "does not exist"},
-        {{"export", run.report, "--format", "csv", "--out", "/proc/quarbel.csv"}, ""},
-        {{"export", "99", "--format", "csv"}, "no run 99 in the history"},
-        {{"run", "cpuInteger", "--no-history", "--metrics", run.tree.path("missing/m.prom")}, "--metrics"},
-    };
-    for (const Case& c : cases) {
-        std::vector<std::string> command{kQuarbel};
-        command.insert(command.end(), c.arguments.begin(), c.arguments.end());
-        const auto result = test::runProcess(command, run.env);
-        EXPECT_EQ(result.exitCode, 2) << c.message << "\n" << result.err;
-        EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
-        EXPECT_TRUE(result.out.empty()) << "nothing exported or run: " << result.out;
-    }
-    EXPECT_FALSE(std::filesystem::exists(run.tree.path("missing")));
 }
 
 TEST(Exports, ImportAddsReportsOnceAndRefusesWhatIsNotAReportWhole) {
@@ -244,25 +203,24 @@ TEST(Exports, ImportAddsReportsOnceAndRefusesWhatIsNotAReportWhole) {
         return std::distance(std::filesystem::directory_iterator(runs, ignored),
                              std::filesystem::directory_iterator{});
     };
-    const auto first = test::runProcess({kQuarbel, "import", run.report, run.report}, env);
+    const auto first = test::runQuarbel({"import", run.report, run.report}, env);
     ASSERT_EQ(first.exitCode, 0) << first.err;
     EXPECT_NE(first.out.find("1 imported, 1 already in the history."), std::string::npos) << first.out;
-    const auto again = test::runProcess({kQuarbel, "import", run.report}, env);
+    const auto again = test::runQuarbel({"import", run.report}, env);
     EXPECT_NE(again.out.find("0 imported, 1 already in the history."), std::string::npos) << again.out;
     ASSERT_EQ(count(), 1);
     // The imported run names its machine, and it is the one the history lists.
-    const auto history = test::runProcess({kQuarbel, "history"}, env);
+    const auto history = test::runQuarbel({"history"}, env);
     EXPECT_NE(history.out.find("Selected Test Summary"), std::string::npos) << history.out;
-    const nlohmann::json report = nlohmann::json::parse(readFile(run.report));
+    const nlohmann::json report = nlohmann::json::parse(test::readFile(run.report));
     EXPECT_EQ(report["machine"]["machineId"].get<std::string>().size(), 16u);
     EXPECT_FALSE(report["machine"]["kernel"].get<std::string>().empty());
 
     home.write("future.json", "{\"schema\": 2}");
-    home.write("truncated.json", readFile(run.report).substr(0, 300));
+    home.write("truncated.json", test::readFile(run.report).substr(0, 300));
     home.write("huge.json", std::string(51 * 1024 * 1024, ' '));
     for (const char* bad : {"truncated.json", "huge.json"}) {
-        const auto result =
-            test::runProcess({kQuarbel, "import", run.tree.path("future.json"), home.path(bad)}, env);
+        const auto result = test::runQuarbel({"import", run.tree.path("future.json"), home.path(bad)}, env);
         EXPECT_EQ(result.exitCode, 2) << bad;
         EXPECT_NE(result.err.find("nothing was imported"), std::string::npos) << result.err;
     }
@@ -270,12 +228,83 @@ TEST(Exports, ImportAddsReportsOnceAndRefusesWhatIsNotAReportWhole) {
 }
 
 TEST(Exports, MetricsToStandardOutputLeaveThePeopleTextOnStandardError) {
-    FakeTree tree;
-    const auto result = test::runProcess(
-        {kQuarbel, "run", "metalVisual", "--quick", "--no-history", "--metrics", "-"},
-        {"XDG_DATA_HOME=" + tree.root(), "VK_ICD_FILENAMES=/nonexistent/quarbel-no-vulkan.json",
-         "VK_DRIVER_FILES=/nonexistent/quarbel-no-vulkan.json"});
+    std::vector<std::string> env = test::kNoVulkan;
+    env.push_back("XDG_DATA_HOME=" + quickRun().tree.root());
+    const auto result =
+        test::runQuarbel({"run", "metalVisual", "--quick", "--no-history", "--metrics", "-"}, env);
     EXPECT_EQ(result.exitCode, 0) << result.err;
     EXPECT_EQ(result.out.rfind("# HELP quarbel_", 0), 0u) << result.out;
     EXPECT_NE(result.err.find("GPU Visual Tour"), std::string::npos) << result.err;
+}
+
+// A run handed over as one HTML page: readable without Quarbel, imported back byte for byte,
+// refused when its report was edited.
+TEST(Share, APageCarriesItsReportBackByteForByteAndAnEditedOneIsRefused) {
+    QuickRun& run = quickRun();
+    ASSERT_EQ(run.result.exitCode, 0) << run.result.err;
+    FakeTree home;
+    const std::vector<std::string> env{"XDG_DATA_HOME=" + home.path("data"),
+                                       "XDG_RUNTIME_DIR=" + home.root()};
+    const auto shared = test::runQuarbel({"share", run.report, "--out", home.path("run.html")}, env);
+    ASSERT_EQ(shared.exitCode, 0) << shared.err;
+    const std::string page = home.read("run.html");
+    EXPECT_EQ(page.rfind("<!DOCTYPE html>", 0), 0u);
+    EXPECT_NE(page.find("CPU Single-Core"), std::string::npos) << "the tables read without Quarbel";
+    EXPECT_EQ(page.find("<script"), std::string::npos);
+
+    // Each page a copy of the first with one change: where it is decides whether the report
+    // is still the one that was shared.
+    const std::size_t inside = page.find("data-sha256=\"") + 100;
+    const std::pair<std::string, test::Answer> pages[] = {
+        {page.substr(0, inside) + (page[inside] == 'A' ? 'B' : 'A') + page.substr(inside + 1),
+         {"import @/copy.html", 2, "was altered after it was shared"}},
+        {"<!DOCTYPE html><html><body>hello</body></html>", {"import @/copy.html", 2, "is not"}},
+        {page, {"import @/copy.html", 0, ""}},
+    };
+    for (const auto& [text, answer] : pages) {
+        home.write("copy.html", text);
+        test::expectAnswers({answer}, env, home.root());
+    }
+    EXPECT_NE(test::runQuarbel({"import", home.path("copy.html")}, env).out.find("already in the history"),
+              std::string::npos);
+    std::vector<fs::path> kept;
+    for (const auto& entry : fs::directory_iterator(home.path("data/quarbel/runs")))
+        kept.push_back(entry.path());
+    ASSERT_EQ(kept.size(), 1u);
+    EXPECT_EQ(test::readFile(kept.front()), test::readFile(run.report))
+        << "the history holds the report as it was written";
+}
+
+TEST(Reference, ShippedRunsAreListedComparedAndMarkedWhenFromAnotherVersion) {
+    FakeTree tree;
+    std::string report = test::readFile(QUARBEL_SOURCE_REFERENCE_DIR "/devvm-epyc2.json");
+    tree.write("refs/this-version.json", report);
+    const std::string versionField = "\"version\": \"" QUARBEL_VERSION "\"";
+    ASSERT_NE(report.find(versionField), std::string::npos);
+    report.replace(report.find(versionField), versionField.size(), "\"version\": \"0.0.9\"");
+    tree.write("refs/older.json", report);
+    const std::vector<std::string> env{"QUARBEL_REFERENCE_DIR=" + tree.path("refs"),
+                                       "XDG_DATA_HOME=" + tree.path("data")};
+
+    const auto listed = test::runQuarbel({"reference"}, env);
+    ASSERT_EQ(listed.exitCode, 0) << listed.err;
+    EXPECT_EQ(listed.out.find("older  "), 0u) << listed.out;
+    EXPECT_NE(listed.out.find("(from Quarbel 0.0.9: judged only where that version scores alike)"),
+              std::string::npos);
+    EXPECT_NE(listed.out.find("\nthis-version  "), std::string::npos);
+    EXPECT_EQ(listed.out.find("judged only", listed.out.find("this-version")), std::string::npos);
+
+    const std::pair<std::string, const char*> comparisons[] = {
+        {"this-version", "within noise"},
+        {"older", "Quarbel " QUARBEL_VERSION " and 0.0.9 score it differently"},
+    };
+    for (const auto& [name, says] : comparisons) {
+        const auto compared =
+            test::runQuarbel({"compare", tree.path("refs/this-version.json"), "--reference", name}, env);
+        EXPECT_EQ(compared.exitCode, 0) << name << ": " << compared.err;
+        EXPECT_NE(compared.out.find(says), std::string::npos) << name << ": " << compared.out;
+    }
+    test::expectAnswers({{"compare @/refs/this-version.json --reference missing", 2,
+                          "no reference named 'missing'; there are older, this-version"}},
+                        env, tree.root());
 }

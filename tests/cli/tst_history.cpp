@@ -18,7 +18,6 @@
 #include <fstream>
 #include <limits>
 #include <set>
-#include <sstream>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -26,10 +25,17 @@
 using namespace quarbel;
 using quarbel::test::reportText;
 using quarbel::testing::FakeTree;
+namespace fs = std::filesystem;
 
 namespace {
 
-const std::string kQuarbel = QUARBEL_BINARY;
+// The names in `dir` that start with a dot: temporary files that stayed behind.
+std::vector<std::string> leftovers(const std::string& dir) {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(dir))
+        if (entry.path().filename().string().starts_with(".")) names.push_back(entry.path());
+    return names;
+}
 
 } // namespace
 
@@ -43,9 +49,8 @@ TEST(RunHistory, SavesAtomicallyListsNewestFirstAndSkipsWhatIsNotAReport) {
     const auto later = saveToHistory(dir, "2026-11-24T09:00:00Z",
                                      reportText("2026-11-24T09:00:00Z", "1.0", false, {}, /*stopped=*/true));
     ASSERT_TRUE(first.problem.empty()) << first.problem;
-    EXPECT_EQ(std::filesystem::path(first.path).filename(), "2026-11-23-100000Z.json");
-    EXPECT_EQ(std::filesystem::path(again.path).filename(), "2026-11-23-100000Z-2.json")
-        << "nothing is overwritten";
+    EXPECT_EQ(fs::path(first.path).filename(), "2026-11-23-100000Z.json");
+    EXPECT_EQ(fs::path(again.path).filename(), "2026-11-23-100000Z-2.json") << "nothing is overwritten";
     struct stat info {};
     ASSERT_EQ(::stat(tree.path("data").c_str(), &info), 0);
     EXPECT_EQ(info.st_mode & 0777, 0700u);
@@ -63,8 +68,7 @@ TEST(RunHistory, SavesAtomicallyListsNewestFirstAndSkipsWhatIsNotAReport) {
     EXPECT_NE(listing.warnings[0].find("other.json: it is not a Quarbel report"), std::string::npos);
     EXPECT_NE(listing.warnings[1].find("broken.json: it is not valid JSON"), std::string::npos);
 
-    for (const auto& entry : std::filesystem::directory_iterator(dir))
-        EXPECT_FALSE(entry.path().filename().string().starts_with(".")) << "a temporary file stayed behind";
+    EXPECT_EQ(leftovers(dir), std::vector<std::string>{});
 
     // The second listing comes from the index and says the same; a changed, removed or added
     // file is read again, and a damaged index is rebuilt.
@@ -80,12 +84,12 @@ TEST(RunHistory, SavesAtomicallyListsNewestFirstAndSkipsWhatIsNotAReport) {
         }
         return lines;
     };
-    ASSERT_TRUE(std::filesystem::exists(dir + ".index"));
+    ASSERT_TRUE(fs::exists(dir + ".index"));
     EXPECT_EQ(summary(listHistory(dir)), summary(listing));
     tree.write("data/quarbel/runs/other.json",
                reportText("2026-11-25T08:00:00Z", "1.0", false,
                           {{"CPU Single-Core", 1000, std::nullopt, 0.01, true}}));
-    std::filesystem::remove(first.path);
+    fs::remove(first.path);
     const HistoryListing changed = listHistory(dir);
     ASSERT_EQ(changed.runs.size(), 3u);
     EXPECT_EQ(changed.runs[0].results.at(0).title, "CPU Single-Core");
@@ -107,7 +111,7 @@ TEST(RunHistory, SavesAtomicallyListsNewestFirstAndSkipsWhatIsNotAReport) {
     const auto newest =
         saveToHistory(dir, "2026-11-26T08:00:00Z", reportText("2026-11-26T08:00:00Z", "1.0", false, {}));
     EXPECT_EQ(listHistory(dir, HistoryDetail::order).runs.at(0).path, newest.path);
-    std::filesystem::remove(newest.path);
+    fs::remove(newest.path);
     tree.write("data/quarbel/runs.index", "quarbel-history-index 1\nnonsense\n");
     EXPECT_EQ(summary(listHistory(dir)), summary(changed));
     tree.write("blocker", "a file where the directory should be");
@@ -137,17 +141,13 @@ TEST(RunHistory, RunsSavedInTheSameSecondAtOnceEachKeepTheirOwnReport) {
             const HistorySave& save = saved[w][i];
             ASSERT_TRUE(save.problem.empty()) << save.problem;
             EXPECT_TRUE(paths.insert(save.path).second) << save.path << " was given twice";
-            std::ifstream file(save.path);
-            std::stringstream text;
-            text << file.rdbuf();
-            EXPECT_EQ(text.str(),
+            EXPECT_EQ(test::readFile(save.path),
                       reportText("2026-11-23T10:00:00Z", std::to_string(w * kEach + i), false, {}))
                 << save.path << " holds another run's report";
         }
     }
     EXPECT_EQ(listHistory(dir).runs.size(), std::size_t{kWriters * kEach});
-    for (const auto& entry : std::filesystem::directory_iterator(dir))
-        EXPECT_FALSE(entry.path().filename().string().starts_with(".")) << "a temporary file stayed behind";
+    EXPECT_EQ(leftovers(dir), std::vector<std::string>{});
 }
 
 namespace {
@@ -214,27 +214,20 @@ TEST(RunHistory, EveryReaderSkipsABrokenReportWithOneLineAndGoesOn) {
     EXPECT_EQ(listing.runs.at(0).startedAt, "2026-11-22T10:00:00Z");
     EXPECT_EQ(listing.runs.at(1).startedAt, "2026-11-21T10:00:00Z");
 
-    const std::vector<std::string> env{"XDG_DATA_HOME=" + tree.path("data")};
-    const std::string broken = dir + "/overflowing-score.json";
-    const std::vector<std::vector<std::string>> commands = {
-        {"history"}, {"compare", "2", "1"}, {"export", "1", "2", "--format", "csv"}};
-    for (const auto& command : commands) {
-        std::vector<std::string> args{kQuarbel};
-        args.insert(args.end(), command.begin(), command.end());
-        const auto result = test::runProcess(args, env);
-        // These small reports are too thin to export, which export says; it must not abort.
-        EXPECT_EQ(result.exitCode, command[0] == "export" ? 2 : 0) << command[0] << ": " << result.err;
-        EXPECT_NE(result.err.find("skipped " + broken + ": it does not read as a report"), std::string::npos)
-            << command[0] << ": " << result.err;
-    }
-    for (const char* command : {"import", "card", "export"}) {
-        const auto result = test::runProcess({kQuarbel, command, broken}, env);
-        EXPECT_EQ(result.exitCode, 2) << command << ": " << result.err;
-    }
-    EXPECT_EQ(test::runProcess({kQuarbel, "compare", broken, "1"}, env).exitCode, 2);
+    // These small reports are too thin to export, which export says; it must not abort.
+    const std::string broken = "skipped " + dir + "/overflowing-score.json: it does not read as a report";
+    test::expectAnswers({{"history", 0, broken},
+                         {"compare 2 1", 0, broken},
+                         {"export 1 2 --format csv", 2, broken},
+                         {"import @/overflowing-score.json", 2, ""},
+                         {"card @/overflowing-score.json", 2, ""},
+                         {"export @/overflowing-score.json", 2, ""},
+                         {"compare @/overflowing-score.json 1", 2, ""}},
+                        {"XDG_DATA_HOME=" + tree.path("data")}, dir);
 }
 
-TEST(RunHistory, WhatIsNotARegularFileIsNeverOpenedForReading) {
+// The command line refuses such files with the rest of the bad input (tst_cli).
+TEST(RunHistory, AnIndexThatIsNotARegularFileIsNeverOpenedForReading) {
     FakeTree tree;
     const std::string dir = tree.path("data/quarbel/runs");
     saveToHistory(dir, "2026-11-21T10:00:00Z",
@@ -242,7 +235,7 @@ TEST(RunHistory, WhatIsNotARegularFileIsNeverOpenedForReading) {
     const std::string index = historyIndexPath(dir);
     // An index that is a folder or a named pipe (which would wait for a writer for good).
     for (const bool pipe : {false, true}) {
-        std::filesystem::remove_all(index);
+        fs::remove_all(index);
         ASSERT_EQ(pipe ? ::mkfifo(index.c_str(), 0600) : ::mkdir(index.c_str(), 0700), 0);
         const HistoryListing listing = listHistory(dir);
         EXPECT_EQ(listing.runs.size(), 1u);
@@ -250,26 +243,6 @@ TEST(RunHistory, WhatIsNotARegularFileIsNeverOpenedForReading) {
         EXPECT_EQ(listing.warnings[0], index + (pipe ? " is a named pipe" : " is a directory") +
                                            ", not a file: the runs were read from their reports" +
                                            (pipe ? " and the index made again" : ""));
-    }
-
-    const std::string fifo = tree.path("incoming.json");
-    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
-    const std::vector<std::string> env{"XDG_DATA_HOME=" + tree.path("data")};
-    const struct {
-        std::vector<std::string> args;
-        std::string message;
-    } cases[] = {
-        {{"import", fifo}, fifo + " is a named pipe, not a file"},
-        {{"import", "/dev/zero"}, "/dev/zero is a character device, not a file"},
-        {{"compare", "/dev/zero", "1"}, "/dev/zero is a character device, not a file"},
-        {{"card", fifo}, fifo + " is a named pipe, not a JSON report"},
-    };
-    for (const auto& c : cases) {
-        std::vector<std::string> args{kQuarbel};
-        args.insert(args.end(), c.args.begin(), c.args.end());
-        const auto result = test::runProcess(args, env);
-        EXPECT_EQ(result.exitCode, 2) << c.args[0] << ": " << result.err;
-        EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
     }
 }
 
@@ -281,7 +254,7 @@ TEST(RunHistory, ABatchIsSavedWholeOrNotAtAll) {
         saveAllToHistory(dir, {{"2026-11-23T10:00:00Z", text}, {"2026-11-23T10:00:00Z", text + " "}});
     ASSERT_TRUE(saved.problem.empty()) << saved.problem;
     ASSERT_EQ(saved.paths.size(), 2u);
-    EXPECT_EQ(std::filesystem::path(saved.paths[1]).filename(), "2026-11-23-100000Z-2.json");
+    EXPECT_EQ(fs::path(saved.paths[1]).filename(), "2026-11-23-100000Z-2.json");
     EXPECT_EQ(tree.read("runs/2026-11-23-100000Z-2.json"), text + " ");
 
     // The second report finds every one of its names taken: the first goes again.
@@ -289,7 +262,7 @@ TEST(RunHistory, ABatchIsSavedWholeOrNotAtAll) {
         writeNewReportFiles(dir, {{{"fresh", 1}, text}, {{"2026-11-23-100000Z", 1}, text}}, 0644);
     EXPECT_EQ(refused.problem, "every name for a report in " + dir + " is taken");
     std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(dir))
+    for (const auto& entry : fs::directory_iterator(dir))
         names.push_back(entry.path().filename().string());
     std::sort(names.begin(), names.end());
     EXPECT_EQ(names, (std::vector<std::string>{"2026-11-23-100000Z-2.json", "2026-11-23-100000Z.json"}));
@@ -351,25 +324,22 @@ TEST(RunHistory, ComparesByTitleAndWarnsWhenRunsAreNotLikeForLike) {
 
 TEST(RunHistory, TheCommandLineKeepsRunsUnlessToldNotTo) {
     FakeTree tree;
-    const std::vector<std::string> env{"XDG_DATA_HOME=" + tree.root(),
-                                       "VK_ICD_FILENAMES=/nonexistent/quarbel-no-vulkan.json",
-                                       "VK_DRIVER_FILES=/nonexistent/quarbel-no-vulkan.json"};
-    const auto run = test::runProcess({kQuarbel, "run", "metalVisual", "--quick"}, env);
+    std::vector<std::string> env = test::kNoVulkan;
+    env.push_back("XDG_DATA_HOME=" + tree.root());
+    const auto run = test::runQuarbel({"run", "metalVisual", "--quick"}, env);
     ASSERT_EQ(run.exitCode, 0) << run.err;
     EXPECT_NE(run.err.find("kept in the history as " + tree.root() + "/quarbel/runs/"), std::string::npos);
-    ASSERT_EQ(test::runProcess({kQuarbel, "run", "metalVisual", "--quick", "--no-history"}, env).exitCode, 0);
+    ASSERT_EQ(test::runQuarbel({"run", "metalVisual", "--quick", "--no-history"}, env).exitCode, 0);
 
-    const auto history = test::runProcess({kQuarbel, "history"}, env);
+    const auto history = test::runQuarbel({"history"}, env);
     EXPECT_EQ(history.exitCode, 0);
     EXPECT_NE(history.out.find("\n1  "), std::string::npos) << history.out;
     EXPECT_EQ(history.out.find("\n2  "), std::string::npos) << "--no-history kept nothing:\n" << history.out;
-
-    const auto compare = test::runProcess({kQuarbel, "compare", "1", "1"}, env);
+    const auto compare = test::runQuarbel({"compare", "1", "1"}, env);
     EXPECT_EQ(compare.exitCode, 0) << compare.err;
-    EXPECT_NE(compare.out.find("GPU Visual Tour"), std::string::npos) << compare.out;
-    EXPECT_NE(compare.out.find("skipped in both runs"), std::string::npos) << compare.out;
-    EXPECT_NE(compare.out.find("Both are the same run"), std::string::npos) << compare.out;
-    EXPECT_EQ(test::runProcess({kQuarbel, "compare", "1", "7"}, env).exitCode, 2);
+    for (const char* expected : {"GPU Visual Tour", "skipped in both runs", "Both are the same run"})
+        EXPECT_NE(compare.out.find(expected), std::string::npos) << compare.out;
+    EXPECT_EQ(test::runQuarbel({"compare", "1", "7"}, env).exitCode, 2);
 }
 
 TEST(RunHistory, CompareJudgesByStatisticsAndFailsOnSlowerForCI) {
@@ -384,56 +354,43 @@ TEST(RunHistory, CompareJudgesByStatisticsAndFailsOnSlowerForCI) {
                                     {{"CPU Single-Core", 800, std::nullopt, 0.01},
                                      {"Memory Stream", 995, std::nullopt, 0.01},
                                      {"RAW CPU Decode", 700, std::nullopt, 0.01, true}}));
+    // The same as A but measured on a noisy machine: nothing slower, only not judged.
+    tree.write("c.json", reportText("2026-11-25T10:00:00Z", "1.0", false,
+                                    {{"CPU Single-Core", 1000, std::nullopt, 0.01, true}}));
     const std::vector<std::string> env{"XDG_DATA_HOME=" + tree.root()};
-    const std::string a = tree.path("a.json"), b = tree.path("b.json");
-    const auto plain = test::runProcess({kQuarbel, "compare", a, b}, env);
+    const auto plain = test::runQuarbel({"compare", tree.path("a.json"), tree.path("b.json")}, env);
     ASSERT_EQ(plain.exitCode, 0) << plain.err;
     for (const char* expected :
          {"CPU Single-Core  1000.0 \u00b1 2.1 %", "slower", "within noise", "could not judge", "-20.0 %",
           "Could not judge: RAW CPU Decode (noisy machine in B)"})
         EXPECT_NE(plain.out.find(expected), std::string::npos) << expected << "\n" << plain.out;
 
-    struct Case {
-        std::vector<std::string> arguments;
-        int exitCode;
-        const char* message;
-    };
-    const Case cases[] = {
-        {{"--fail-on-slower"}, 3, "slower than allowed (1.0 %): CPU Single-Core"},
-        {{"--fail-on-slower", "19"}, 3, "CPU Single-Core"},
-        {{"--fail-on-slower", "25"}, 4, "could not judge: RAW CPU Decode (noisy machine in B)"},
-        {{"--junit", tree.path("j.xml")}, 2, "--junit needs --fail-on-slower"},
-        {{"--fail-on-slower", "-1"}, 2, "--fail-on-slower takes a percentage of zero or more"},
-        {{"--fail-on-slower", "fast"}, 2, "--fail-on-slower takes a percentage such as 5"},
-    };
-    for (const auto& c : cases) {
-        std::vector<std::string> command{kQuarbel, "compare", a, b};
-        command.insert(command.end(), c.arguments.begin(), c.arguments.end());
-        const auto result = test::runProcess(command, env);
-        EXPECT_EQ(result.exitCode, c.exitCode) << c.arguments.back() << "\n" << result.err;
-        EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
-    }
+    test::expectAnswers(
+        {
+            {"compare @/a.json @/b.json --fail-on-slower", 3, "slower than allowed (1.0 %): CPU Single-Core"},
+            {"compare @/a.json @/b.json --fail-on-slower 19", 3, "CPU Single-Core"},
+            {"compare @/a.json @/b.json --fail-on-slower 0", 3,
+             "slower than allowed (0.0 %): CPU Single-Core"},
+            {"compare @/a.json @/b.json --fail-on-slower 25", 4,
+             "could not judge: RAW CPU Decode (noisy machine in B)"},
+            {"compare @/a.json @/c.json --fail-on-slower", 4, "could not judge: CPU Single-Core"},
+            // A later run that could not be judged leaves the earlier slower one failing.
+            {"compare @/a.json @/b.json @/c.json --fail-on-slower", 3, "@/b.json: slower than allowed"},
+            {"compare @/a.json @/b.json --junit @/j.xml", 2, "--junit needs --fail-on-slower"},
+            {"compare @/a.json @/b.json --fail-on-slower -1", 2,
+             "--fail-on-slower takes a percentage of zero or more"},
+            {"compare @/a.json @/b.json --fail-on-slower fast", 2,
+             "--fail-on-slower takes a percentage such as 5"},
+        },
+        env, tree.root());
     // The same verdicts for a CI system: one failure, one error, the rest passed.
-    const auto junit =
-        test::runProcess({kQuarbel, "compare", a, b, "--fail-on-slower", "--junit", tree.path("j.xml")}, env);
-    EXPECT_EQ(junit.exitCode, 3) << junit.err;
+    test::expectAnswers({{"compare @/a.json @/b.json --fail-on-slower --junit @/j.xml", 3, ""}}, env,
+                        tree.root());
     const std::string xml = tree.read("j.xml");
     for (const char* expected : {"tests=\"3\" failures=\"1\" errors=\"1\" skipped=\"0\"",
                                  "name=\"CPU Single-Core\">\n      <failure type=\"slower\"",
                                  "<error type=\"could not judge\" message=\"noisy machine in B"})
         EXPECT_NE(xml.find(expected), std::string::npos) << expected << "\n" << xml;
-    // The run's own rerun options are checked before anything runs.
-    for (const auto& arguments :
-         std::vector<std::vector<std::string>>{{"--until-stable", "--max-passes", "0"},
-                                               {"--until-stable", "--accuracy"},
-                                               {"--max-passes", "3"},
-                                               {"--until-stable", "none"}}) {
-        std::vector<std::string> command{kQuarbel, "run", "cpuInteger", "--no-history"};
-        command.insert(command.end(), arguments.begin(), arguments.end());
-        const auto result = test::runProcess(command, env);
-        EXPECT_EQ(result.exitCode, 2) << arguments.back() << "\n" << result.out;
-        EXPECT_EQ(result.out.find("Running"), std::string::npos) << "nothing runs";
-    }
 }
 
 TEST(RunHistory, AResultThatFailedOrHoldsNoValidScoreIsNamedAndNeverCalledSlower) {

@@ -5,6 +5,7 @@
 #include "results/report_file.h"
 #include "results/run_report.h"
 #include "session/progress_line.h"
+#include "session/run_arguments.h"
 #include "session/run_session.h"
 #include "session/stop_signals.h"
 #include "support/event_loop.h"
@@ -34,6 +35,17 @@ std::string readAll(std::FILE* file) {
     return text;
 }
 
+// A run of `ids` that writes its JSON report to `report`.
+session::RunOptions runOf(std::vector<BenchmarkID> ids, bool accuracy, bool quick,
+                          const std::filesystem::path& report) {
+    session::RunOptions options;
+    options.ids = std::move(ids);
+    options.accuracy = accuracy;
+    options.quick = quick;
+    options.report = std::get<ReportTarget>(resolveReportTarget("--json", report.string()));
+    return options;
+}
+
 } // namespace
 
 TEST(RunSession, InterruptStopsTheRunWithoutSummaryAndExit130) {
@@ -43,18 +55,13 @@ TEST(RunSession, InterruptStopsTheRunWithoutSummaryAndExit130) {
     std::FILE* out = std::tmpfile();
     const auto report =
         std::filesystem::temp_directory_path() / ("quarbel-session-" + std::to_string(getpid()) + ".json");
-    session::RunSession session(store,
-                                {{BenchmarkID::cpuInteger, BenchmarkID::cpuFloating, BenchmarkID::cpuCrypto},
-                                 false,
-                                 true,
-                                 std::get<ReportTarget>(resolveReportTarget("--json", report.string())),
-                                 std::nullopt,
-                                 std::string(),
-                                 std::nullopt,
-                                 std::nullopt},
-                                out, false, [] {
-                                    return std::vector<std::pair<std::string, std::string>>{{"CPU", "Fake"}};
-                                });
+    session::RunSession session(
+        store,
+        runOf({BenchmarkID::cpuInteger, BenchmarkID::cpuFloating, BenchmarkID::cpuCrypto}, false, true,
+              report),
+        out, false, [] {
+            return std::vector<std::pair<std::string, std::string>>{{"CPU", "Fake"}};
+        });
     session::StopSignals stopSignals;
     QObject::connect(&stopSignals, &session::StopSignals::stopRequested, &session,
                      [&](int, int) { session.requestStop(); });
@@ -150,22 +157,9 @@ TEST(RunSession, EachResultCarriesTheTemperaturesAtItsEndAndItsMode) {
     const auto report = std::filesystem::temp_directory_path() /
                         ("quarbel-session-end-" + std::to_string(getpid()) + ".json");
     std::FILE* out = std::tmpfile();
-    session::RunSession session(store,
-                                {{BenchmarkID::cpuCrypto},
-                                 true,
-                                 false,
-                                 std::get<ReportTarget>(resolveReportTarget("--json", report.string())),
-                                 std::nullopt,
-                                 std::string(),
-                                 std::nullopt,
-                                 std::nullopt},
-                                out, false, {});
+    session::RunSession session(store, runOf({BenchmarkID::cpuCrypto}, true, false, report), out, false, {});
     int exitCode = -1;
-    int finishes = 0;
-    QObject::connect(&session, &session::RunSession::finished, [&](int code) {
-        exitCode = code;
-        ++finishes;
-    });
+    QObject::connect(&session, &session::RunSession::finished, [&](int code) { exitCode = code; });
     session.start();
     ASSERT_TRUE(processEventsUntil([&] { return exitCode != -1; }));
     EXPECT_EQ(exitCode, 0);
@@ -230,5 +224,50 @@ TEST(RunSession, TheLineUnderEachResultSaysWhatTheSensorsSawAndTheEnergy) {
         entry.statistics.traceSummary = c.summary;
         entry.statistics.energy = c.energy;
         EXPECT_EQ(sensorsText(entry), c.line);
+    }
+}
+
+// The run's own checks of its numbers, made before anything runs.
+TEST(RunArguments, PercentagesAndPassCountsTakeTheirWholeRange) {
+    // Whether `parsed` is accepted (for no `error`) or refused with a message that starts with it.
+    const auto answers = [](const auto& parsed, const std::string& error) {
+        const auto* refused = std::get_if<session::ArgumentError>(&parsed);
+        return error.empty() ? refused == nullptr : refused && refused->message.starts_with(error);
+    };
+    const std::pair<std::string, std::string> percents[] = {
+        {"0", ""}, // a gate that allows no slowdown at all
+        {"2.5", ""},
+        {"-1", "--fail-on-slower takes a percentage of zero or more, not -1"},
+        {"fast", "--fail-on-slower takes a percentage such as 5 or 2.5, not 'fast'"},
+        {"inf", "--fail-on-slower takes a percentage such as 5"},
+    };
+    for (const auto& [text, error] : percents)
+        EXPECT_TRUE(answers(session::percentArgument("--fail-on-slower", text, false), error)) << text;
+    EXPECT_TRUE(answers(session::percentArgument("--until-stable", "0", true),
+                        "--until-stable takes a percentage above zero, not 0"));
+
+    const struct {
+        session::UntilStableArguments given;
+        std::string error;
+        int maxPasses;
+    } stable[] = {
+        {{true, "", "1", false}, "", 1},
+        {{true, "", "100", false}, "", 100},
+        {{true, "1.5", "999", false}, "", 999},
+        {{true, "", "1000", false},
+         "--max-passes takes a whole number of passes from 1 to 999, not '1000'",
+         0},
+        {{true, "", "0", false}, "--max-passes takes a whole number of passes from 1 to 999, not '0'", 0},
+        {{true, "none", std::nullopt, false}, "--until-stable takes a percentage such as 5", 0},
+        {{true, "", std::nullopt, true}, "--accuracy runs three passes, --until-stable as many as needed", 0},
+        {{false, "", "3", false}, "--max-passes only counts the passes of --until-stable", 0},
+    };
+    for (const auto& c : stable) {
+        const auto parsed = session::untilStableTarget(c.given);
+        EXPECT_TRUE(answers(parsed, c.error)) << c.given.maxPasses.value_or("-");
+        if (const auto* target = std::get_if<std::optional<StabilityTarget>>(&parsed);
+            target && c.maxPasses) {
+            EXPECT_EQ((*target)->maxPasses, c.maxPasses);
+        }
     }
 }
