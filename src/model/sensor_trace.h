@@ -36,6 +36,37 @@ struct SensorTrace {
     bool empty() const noexcept { return seconds.empty(); }
 };
 
+// A float column of the trace as it is kept: its name in the report and how finely its
+// values are stored, a power-of-two step of about 2^-bits of the column's largest magnitude
+// (or of `magnitudeFloor`, when that is larger). The steps follow what the chart and the
+// summary show: a core clock of 3.4 GHz to 32 MHz, 80 °C to 1 °C, 150 W to 2 W, 28 W to 0.25 W,
+// a 20-second run's seconds to 1/8 s.
+struct TraceColumn {
+    const char* name;
+    std::vector<float> SensorTrace::*values;
+    int bits;
+    float magnitudeFloor;
+};
+inline constexpr TraceColumn kTraceColumns[] = {
+    {"seconds", &SensorTrace::seconds, 7, 0},
+    {"coreMHzMean", &SensorTrace::coreMHzMean, 6, 0},
+    {"coreMHzLow", &SensorTrace::coreMHzLow, 6, 0},
+    {"coreMHzHigh", &SensorTrace::coreMHzHigh, 6, 0},
+    {"cpuCelsius", &SensorTrace::cpuCelsius, 6, 0},
+    {"coreCelsius", &SensorTrace::coreCelsius, 6, 0},
+    {"cpuWatts", &SensorTrace::cpuWatts, 6, 0},
+    {"gpuWatts", &SensorTrace::gpuWatts, 6, 0},
+    {"gpuMHz", &SensorTrace::gpuMHz, 8, 0},
+    {"gpuCelsius", &SensorTrace::gpuCelsius, 6, 0},
+    {"otherCores", &SensorTrace::otherCores, 4, 1.0f},
+};
+
+// The exponent of the step `values` are kept to (step = 2^exponent). Rounding to that step
+// never raises the exponent, so a column that is kept already keeps its values when kept again.
+int traceStepExponent(const std::vector<float>& values, const TraceColumn& column) noexcept;
+// `values` rounded to their step; a value that is not finite becomes a missing sample (NaN).
+std::vector<float> keptTraceColumn(std::vector<float> values, const TraceColumn& column);
+
 // Whose energy a measurement counts.
 enum class PowerDomain {
     cpuPackage, // RAPL's package domains, summed over the packages

@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "results/trace_json.h"
 
-#include "sensors/trace_recorder.h"
+#include "sensors/trace_packing.h"
 
-#include <charconv>
 #include <cmath>
-#include <cstdlib>
 #include <limits>
 #include <utility>
 
@@ -19,37 +17,15 @@ struct Malformed {
     std::string text;
 };
 
-using Column = std::vector<float> SensorTrace::*;
-constexpr std::pair<const char*, Column> kColumns[] = {
-    {"seconds", &SensorTrace::seconds},       {"coreMHzMean", &SensorTrace::coreMHzMean},
-    {"coreMHzLow", &SensorTrace::coreMHzLow}, {"coreMHzHigh", &SensorTrace::coreMHzHigh},
-    {"cpuCelsius", &SensorTrace::cpuCelsius}, {"coreCelsius", &SensorTrace::coreCelsius},
-    {"cpuWatts", &SensorTrace::cpuWatts},     {"gpuWatts", &SensorTrace::gpuWatts},
-    {"gpuMHz", &SensorTrace::gpuMHz},         {"gpuCelsius", &SensorTrace::gpuCelsius},
-    {"otherCores", &SensorTrace::otherCores},
-};
+// Reports written before the packed form kept each column as its lowest and highest value and
+// one hexadecimal byte per point: a step of 254 between them, ff for a missing sample.
+constexpr int kLegacySteps = 254;
 
-constexpr char kHex[] = "0123456789abcdef";
-
-// The shortest decimal that reads back as `value`: 45.2, not the double 45.200000762939453.
-double shortest(float value) {
-    char text[32];
-    const auto end = std::to_chars(text, text + sizeof text, value).ptr;
-    return std::strtod(std::string(text, end).c_str(), nullptr);
-}
-
-ordered columnJson(const std::vector<float>& values) {
-    float low = std::numeric_limits<float>::max(), high = std::numeric_limits<float>::lowest();
-    for (float v : values)
-        if (!std::isnan(v)) low = std::min(low, v), high = std::max(high, v);
-    if (low > high) low = high = 0;
-    std::string steps;
-    for (float v : values) {
-        const std::uint8_t step = quantize(v, low, high);
-        steps += kHex[step >> 4];
-        steps += kHex[step & 15];
-    }
-    return {{"low", shortest(low)}, {"high", shortest(high)}, {"steps", steps}};
+float legacyValue(std::uint8_t step, float low, float high) noexcept {
+    if (step == 255) return std::numeric_limits<float>::quiet_NaN();
+    if (step == 0) return low;
+    if (step == kLegacySteps) return high;
+    return low + (high - low) * static_cast<float>(step) / static_cast<float>(kLegacySteps);
 }
 
 int hexDigit(char c) {
@@ -58,7 +34,7 @@ int hexDigit(char c) {
     return -1;
 }
 
-std::vector<float> readColumn(const json& value, const std::string& name) {
+std::vector<float> readLegacyColumn(const json& value, const std::string& name) {
     if (!value.is_object()) throw Malformed{"trace.columns." + name + " is not an object"};
     const auto low = value.find("low"), high = value.find("high"), steps = value.find("steps");
     if (low == value.end() || !low->is_number() || high == value.end() || !high->is_number() ||
@@ -73,7 +49,7 @@ std::vector<float> readColumn(const json& value, const std::string& name) {
     for (std::size_t i = 0; i < text.size(); i += 2) {
         const int a = hexDigit(text[i]), b = hexDigit(text[i + 1]);
         if (a < 0 || b < 0) throw Malformed{"trace.columns." + name + ".steps is not hexadecimal"};
-        values.push_back(dequantize(static_cast<std::uint8_t>(a * 16 + b), lowValue, highValue));
+        values.push_back(legacyValue(static_cast<std::uint8_t>(a * 16 + b), lowValue, highValue));
     }
     return values;
 }
@@ -89,18 +65,7 @@ std::optional<double> optionalNumber(const json& object, const char* key, const 
 
 } // namespace
 
-ordered traceJson(const SensorTrace& trace) {
-    ordered columns = ordered::object();
-    for (const auto& [name, member] : kColumns)
-        if (!(trace.*member).empty()) columns[name] = columnJson(trace.*member);
-    ordered result = {{"points", trace.seconds.size()}, {"columns", columns}};
-    if (!trace.gpuThrottleReasons.empty()) result["gpuThrottleReasons"] = trace.gpuThrottleReasons;
-    if (!trace.onBattery.empty()) result["onBattery"] = trace.onBattery;
-    result["thermalThrottleEvents"] = trace.thermalThrottleEvents;
-    if (trace.packageLimitWatts) result["packageLimitWatts"] = *trace.packageLimitWatts;
-    if (trace.criticalCelsius) result["criticalCelsius"] = *trace.criticalCelsius;
-    return result;
-}
+ordered traceJson(const SensorTrace& trace) { return packTrace(trace); }
 
 ordered energyJson(const ResultEnergy& energy, double score) {
     ordered measured = ordered::array(), missing = ordered::array();
@@ -120,17 +85,18 @@ ordered energyJson(const ResultEnergy& energy, double score) {
 
 std::optional<std::string> readTrace(const json& value, SensorTrace& trace) {
     try {
-        if (!value.is_object()) throw Malformed{"trace is not an object"};
         trace = {};
+        if (value.is_string()) return unpackTrace(value.get_ref<const std::string&>(), trace);
+        if (!value.is_object()) throw Malformed{"trace is neither an object nor packed base64 text"};
         const auto columns = value.find("columns");
         if (columns == value.end() || !columns->is_object()) throw Malformed{"trace has no columns"};
-        for (const auto& [name, member] : kColumns)
-            if (const auto found = columns->find(name); found != columns->end())
-                trace.*member = readColumn(*found, name);
+        for (const TraceColumn& column : kTraceColumns)
+            if (const auto found = columns->find(column.name); found != columns->end())
+                trace.*column.values = readLegacyColumn(*found, column.name);
         const std::size_t points = trace.seconds.size();
-        for (const auto& [name, member] : kColumns)
-            if (!(trace.*member).empty() && (trace.*member).size() != points)
-                throw Malformed{std::string("trace.columns.") + name + " is not as long as seconds"};
+        for (const TraceColumn& column : kTraceColumns)
+            if (!(trace.*column.values).empty() && (trace.*column.values).size() != points)
+                throw Malformed{std::string("trace.columns.") + column.name + " is not as long as seconds"};
         const auto flags = [&](const char* key, auto& into) {
             const auto found = value.find(key);
             if (found == value.end()) return;

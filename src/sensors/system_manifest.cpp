@@ -2,6 +2,7 @@
 #include "sensors/system_manifest.h"
 
 #include "model/storage_root.h"
+#include "sensors/effective_clock.h"
 #include "sensors/sysfs_text.h"
 
 #include <algorithm>
@@ -211,6 +212,8 @@ SystemManifest readSystemManifest(const ManifestSources& sources) {
          "CPU, memory"},
         {"gpuDriver", "GPU driver (Vulkan)", drivers.first, "GPU"},
         {"openclDriver", "OpenCL driver", drivers.second, "OpenCL"},
+        {"coreClockSource", "Core clock source (sensor trace)",
+         coreClockSourceText(ConditionLocations{root + "/sys", root + "/proc"}), "sensor trace"},
         {"quarbelVersion", "Quarbel", QUARBEL_VERSION, "all"},
         {"compiler", "Compiler and flags", QUARBEL_COMPILER " " QUARBEL_BUILD_FLAGS, "CPU, memory"},
         {"storageDirectory", "Storage folder", scratchParent(sources.scratchDirectory), "storage"},

@@ -16,7 +16,6 @@ constexpr float kMissing = std::numeric_limits<float>::quiet_NaN();
 // Two readings closer than this give no power figure: a counter's own resolution would
 // dominate it.
 constexpr double kShortestPowerSpan = 0.05;
-constexpr int kQuantSteps = 254; // 0 .. 254; 255 marks a missing sample in the report
 
 template <typename Read> std::vector<float> column(const std::vector<SensorSample>& samples, Read read) {
     std::vector<float> values;
@@ -89,42 +88,13 @@ std::vector<float> bucketed(const std::vector<float>& values, std::size_t bucket
     return result;
 }
 
-std::vector<float> quantized(std::vector<float> values) {
-    float low = std::numeric_limits<float>::max(), high = std::numeric_limits<float>::lowest();
-    for (float v : values)
-        if (!std::isnan(v)) low = std::min(low, v), high = std::max(high, v);
-    if (low > high) return values;
-    for (float& v : values) {
-        if (std::isnan(v)) continue;
-        v = dequantize(quantize(v, low, high), low, high);
-    }
-    return values;
-}
-
 } // namespace
-
-std::uint8_t quantize(float value, float low, float high) noexcept {
-    if (std::isnan(value)) return 255;
-    if (!(high > low)) return 0;
-    const float step = std::round((value - low) / (high - low) * kQuantSteps);
-    return static_cast<std::uint8_t>(std::clamp(step, 0.0f, static_cast<float>(kQuantSteps)));
-}
-
-float dequantize(std::uint8_t step, float low, float high) noexcept {
-    if (step == 255) return kMissing;
-    if (step == 0) return low;
-    if (step == kQuantSteps) return high;
-    return low + (high - low) * static_cast<float>(step) / static_cast<float>(kQuantSteps);
-}
 
 SensorTrace compactTrace(const SensorTrace& trace) {
     SensorTrace compact = trace;
     const std::size_t points = std::min(trace.seconds.size(), kMostTracePoints);
-    for (std::vector<float>* c :
-         {&compact.seconds, &compact.coreMHzMean, &compact.coreMHzLow, &compact.coreMHzHigh,
-          &compact.cpuCelsius, &compact.coreCelsius, &compact.cpuWatts, &compact.gpuWatts, &compact.gpuMHz,
-          &compact.gpuCelsius, &compact.otherCores})
-        *c = quantized(bucketed(*c, points));
+    for (const TraceColumn& column : kTraceColumns)
+        compact.*column.values = keptTraceColumn(bucketed(trace.*column.values, points), column);
     // Flags keep the highest of their span: a throttled moment is not averaged away.
     const auto flags = [points](const auto& values) {
         std::remove_cvref_t<decltype(values)> result;
@@ -238,7 +208,7 @@ TracedPass assembleTrace(const std::vector<SensorSample>& samples, const SensorF
 MachineSensors::MachineSensors(const ConditionLocations& locations, std::unique_ptr<GpuPowerSource> gpu,
                                bool openGpu)
     : locations_(locations), rapl_(locations), gpu_(std::move(gpu)), battery_(locations), clocks_(locations),
-      runsVirtualized_(runsVirtualized(locations)) {
+      counters_(locations), runsVirtualized_(runsVirtualized(locations)) {
     if (!gpu_ && openGpu) gpu_ = openNvmlPowerSource();
     if (!gpu_ && openGpu) gpu_ = openAmdgpuPowerSource(locations);
 }
@@ -262,7 +232,14 @@ SensorSample MachineSensors::sample(double seconds) {
     sample.packageJoules = rapl_.joulesSinceStart();
     if (gpu_) sample.gpu = gpu_->read();
     sample.battery = battery_.read();
-    sample.clocks = clocks_.read();
+    // The counters give the clocks since the previous sample: the first of a recording starts
+    // their span and has none.
+    if (counters_.available()) {
+        const auto clocks = counters_.read();
+        if (seconds > 0) sample.clocks = clocks;
+    } else {
+        sample.clocks = clocks_.read();
+    }
     // The temperature reader knows the real machine only.
     if (locations_.sysRoot == ConditionLocations{}.sysRoot) {
         const QLTemperatureReading reading = QuarbelReadTemperatures();

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "model/sensor_trace.h"
+#include "sensors/effective_clock.h"
 #include "sensors/interference.h"
 #include "sensors/power_sensors.h"
 
@@ -53,13 +54,8 @@ inline constexpr std::size_t kMostTracePoints = 32;
 // The trace, the energy and the missing domains from samples in time order.
 TracedPass assembleTrace(const std::vector<SensorSample>& samples, const SensorFacts& facts);
 
-// One of 255 steps (0 .. 254) between `low` and `high`, 255 for NaN, and back: how the
-// report stores each column.
-std::uint8_t quantize(float value, float low, float high) noexcept;
-float dequantize(std::uint8_t step, float low, float high) noexcept;
-
 // A trace as it is kept: at most kMostTracePoints points, each column's values rounded to
-// one of 255 steps between its lowest and highest, which is how the report stores them.
+// its step (keptTraceColumn), which is how the report stores them.
 SensorTrace compactTrace(const SensorTrace& trace);
 
 // The machine's sensors, opened once per process and shared by the recordings.
@@ -76,6 +72,7 @@ class MachineSensors {
     std::unique_ptr<GpuPowerSource> gpu_;
     BatteryMeter battery_;
     CoreClockReader clocks_;
+    EffectiveClockReader counters_; // preferred to cpufreq where it opens
     bool runsVirtualized_ = false;
 };
 

@@ -79,116 +79,87 @@ TEST(HwmonClassification, LabelsRankTheSensorsOfAChip) {
         EXPECT_EQ(classifySensor(c.chip, c.label), c.role) << c.chip << " / " << c.label;
 }
 
-TEST(HwmonReader, SeveralChipsPickThePackageSensorAndIgnoreOtherDevices) {
+TEST(HwmonReader, PicksEachChannelsSensorFromTheChipsAndZones) {
+    // A chip is "name: label=millidegrees, ...", its sensors numbered from 1; a zone "type=millidegrees".
+    const struct {
+        const char* name;
+        std::vector<std::string> chips, zones;
+        std::optional<double> cpu, gpu;
+    } cases[] = {
+        {"the package sensor; other devices ignored",
+         {"acpitz: =91000", "coretemp: Package id 0=55000, Core 0=60000, Core 1=62000",
+          "nvme: Composite=70850", "amdgpu: edge=48000, junction=65000, mem=80000", "iwlwifi_1: =99000"},
+         {},
+         55.0,
+         48.0},
+        {"a package stuck at 150 °C falls back to the cores; 200 °C and garbage skipped",
+         {"coretemp: Package id 0=150000, Core 0=58500, Core 1=200000, Core 2=n/a", "nouveau: =-40000"},
+         {},
+         58.5,
+         std::nullopt},
+        {"the highest over chips and packages",
+         {"coretemp: Package id 0=51000, Core 0=77000", "coretemp: Package id 1=63000, Core 0=79000",
+          "amdgpu: edge=44000", "nouveau: =52250"},
+         {},
+         63.0,
+         52.25},
+        {"Tdie before Tctl", {"k10temp: Tctl=87000, Tdie=60000, Tccd1=75000"}, {}, 60.0, std::nullopt},
+        {"Tctl before the CCDs", {"k10temp: Tctl=70125, Tccd1=75000"}, {}, 70.125, std::nullopt},
+        {"Arm thermal chips", {"cpu_thermal: =45277", "gpu_thermal: =41000"}, {}, 45.277, 41.0},
+        {"zones stand in for chips",
+         {},
+         {"cpu-thermal=47000", "gpu-thermal=43000", "acpitz=99000"},
+         47.0,
+         43.0},
+        {"zones fill only what hwmon lacks",
+         {"coretemp: Package id 0=55000"},
+         {"x86_pkg_temp=88000", "gpu-thermal=50000"},
+         55.0,
+         50.0},
+        {"nothing", {}, {}, std::nullopt, std::nullopt},
+        {"no CPU or GPU chip", {"nvme: Composite=40000", "i915: "}, {}, std::nullopt, std::nullopt},
+    };
+    for (const auto& c : cases) {
+        FakeTree tree;
+        for (std::size_t i = 0; i < c.chips.size(); ++i) {
+            const std::string& chip = c.chips[i];
+            std::vector<FakeSensor> sensors;
+            for (std::size_t at = chip.find(':') + 2; at < chip.size();) {
+                const std::size_t end = std::min(chip.find(", ", at), chip.size()),
+                                  equals = chip.find('=', at);
+                sensors.push_back({static_cast<int>(sensors.size()) + 1, chip.substr(at, equals - at),
+                                   chip.substr(equals + 1, end - equals - 1)});
+                at = end + 2;
+            }
+            addChip(tree, "hwmon" + std::to_string(i), chip.substr(0, chip.find(':')), sensors);
+        }
+        for (std::size_t i = 0; i < c.zones.size(); ++i)
+            addZone(tree, static_cast<int>(i), c.zones[i].substr(0, c.zones[i].find('=')),
+                    c.zones[i].substr(c.zones[i].find('=') + 1));
+        const QLTemperatureReading reading = readTree(tree);
+        EXPECT_EQ(reading.hasCPU != 0 ? std::optional(reading.cpu) : std::nullopt, c.cpu) << c.name;
+        EXPECT_EQ(reading.hasGPU != 0 ? std::optional(reading.gpu) : std::nullopt, c.gpu) << c.name;
+        EXPECT_EQ(reading.cpu + reading.gpu, c.cpu.value_or(0) + c.gpu.value_or(0))
+            << "an absent channel reads 0";
+    }
+}
+
+TEST(HwmonReader, TheHottestCoreAndTheFilesOfOlderDrivers) {
     FakeTree tree;
-    addChip(tree, "hwmon0", "acpitz", {{1, "", "91000"}});
     addChip(tree, "hwmon1", "coretemp",
             {{1, "Package id 0", "55000"}, {2, "Core 0", "60000"}, {3, "Core 1", "62000"}});
-    addChip(tree, "hwmon2", "nvme", {{1, "Composite", "70850"}});
-    addChip(tree, "hwmon3", "amdgpu", {{1, "edge", "48000"}, {2, "junction", "65000"}, {3, "mem", "80000"}});
-    addChip(tree, "hwmon10", "iwlwifi_1", {{1, "", "99000"}});
-    const QLTemperatureReading reading = readTree(tree);
-    EXPECT_EQ(reading.hasCPU, 1);
-    EXPECT_EQ(reading.cpu, 55.0);
-    EXPECT_EQ(reading.hasGPU, 1);
-    EXPECT_EQ(reading.gpu, 48.0);
-    // The trace's hottest core is read beside the package, from the cores alone.
     std::optional<double> hottest;
     for (const SensorChip& chip : discoverSensors(locationsIn(tree)).chips)
         if (const auto core = readHottestCore(chip); core && chip.kind == SensorKind::cpu)
             hottest = std::max(hottest.value_or(*core), *core);
     EXPECT_EQ(hottest, 62.0);
-}
 
-TEST(HwmonReader, ImplausibleOrUnreadableValuesAreSkipped) {
-    FakeTree tree;
-    // A package sensor stuck at 150 °C falls back to the cores; 200 °C and garbage are skipped.
-    addChip(tree, "hwmon0", "coretemp",
-            {{1, "Package id 0", "150000"},
-             {2, "Core 0", "58500"},
-             {3, "Core 1", "200000"},
-             {4, "Core 2", "n/a"}});
-    addChip(tree, "hwmon1", "nouveau", {{1, "", "-40000"}});
-    const QLTemperatureReading reading = readTree(tree);
-    EXPECT_EQ(reading.hasCPU, 1);
-    EXPECT_EQ(reading.cpu, 58.5);
-    EXPECT_EQ(reading.hasGPU, 0);
-    EXPECT_EQ(reading.gpu, 0.0);
-}
-
-TEST(HwmonReader, HighestOverChipsAndOverPackages) {
-    FakeTree tree;
-    addChip(tree, "hwmon0", "coretemp", {{1, "Package id 0", "51000"}, {2, "Core 0", "77000"}});
-    addChip(tree, "hwmon1", "coretemp", {{1, "Package id 1", "63000"}, {2, "Core 0", "79000"}});
-    addChip(tree, "hwmon2", "amdgpu", {{1, "edge", "44000"}});
-    addChip(tree, "hwmon3", "nouveau", {{1, "", "52250"}});
-    const QLTemperatureReading reading = readTree(tree);
-    EXPECT_EQ(reading.cpu, 63.0);
-    EXPECT_EQ(reading.gpu, 52.25);
-}
-
-TEST(HwmonReader, AmdCpuPrefersTdieThenTctl) {
-    FakeTree withTdie;
-    addChip(withTdie, "hwmon0", "k10temp",
-            {{1, "Tctl", "87000"}, {2, "Tdie", "60000"}, {3, "Tccd1", "75000"}});
-    EXPECT_EQ(readTree(withTdie).cpu, 60.0);
-
-    FakeTree tctlOnly;
-    addChip(tctlOnly, "hwmon0", "k10temp", {{1, "Tctl", "70125"}, {3, "Tccd1", "75000"}});
-    EXPECT_EQ(readTree(tctlOnly).cpu, 70.125);
-}
-
-TEST(HwmonReader, OlderDriversKeepTheirFilesInTheDeviceFolder) {
-    FakeTree tree;
-    tree.write("hwmon/hwmon0/device/name", "coretemp\n");
-    tree.write("hwmon/hwmon0/device/temp1_input", "49000\n");
-    tree.write("hwmon/hwmon0/device/temp1_label", "Physical id 0\n");
-    tree.write("hwmon/hwmon0/device/temp2_input", "66000\n");
-    EXPECT_EQ(readTree(tree).cpu, 49.0);
-}
-
-TEST(HwmonReader, ArmThermalChipsAndZones) {
-    FakeTree hwmon;
-    addChip(hwmon, "hwmon0", "cpu_thermal", {{1, "", "45277"}});
-    addChip(hwmon, "hwmon1", "gpu_thermal", {{1, "", "41000"}});
-    const QLTemperatureReading fromHwmon = readTree(hwmon);
-    EXPECT_EQ(fromHwmon.cpu, 45.277);
-    EXPECT_EQ(fromHwmon.gpu, 41.0);
-
-    // Without hwmon chips the thermal zones of the same names stand in.
-    FakeTree zones;
-    addZone(zones, 0, "cpu-thermal", "47000");
-    addZone(zones, 1, "gpu-thermal", "43000");
-    addZone(zones, 2, "acpitz", "99000");
-    const QLTemperatureReading fromZones = readTree(zones);
-    EXPECT_EQ(fromZones.cpu, 47.0);
-    EXPECT_EQ(fromZones.gpu, 43.0);
-}
-
-TEST(HwmonReader, ThermalZonesOnlyFillChannelsHwmonLacks) {
-    FakeTree tree;
-    addChip(tree, "hwmon0", "coretemp", {{1, "Package id 0", "55000"}});
-    addZone(tree, 0, "x86_pkg_temp", "88000");
-    addZone(tree, 1, "gpu-thermal", "50000");
-    const QLTemperatureReading reading = readTree(tree);
-    EXPECT_EQ(reading.cpu, 55.0);
-    EXPECT_EQ(reading.gpu, 50.0);
-}
-
-TEST(HwmonReader, NoSensorsGiveBothFlagsZero) {
-    FakeTree empty;
-    const QLTemperatureReading none = readTree(empty); // neither folder exists
-    EXPECT_EQ(none.hasCPU, 0);
-    EXPECT_EQ(none.hasGPU, 0);
-    EXPECT_EQ(none.cpu, 0.0);
-    EXPECT_EQ(none.gpu, 0.0);
-
-    FakeTree unrelated;
-    addChip(unrelated, "hwmon0", "nvme", {{1, "Composite", "40000"}});
-    addChip(unrelated, "hwmon1", "i915", {}); // an integrated GPU that reports no temperature
-    unrelated.write("hwmon/hwmon1/power1_max", "28000000\n");
-    EXPECT_TRUE(discoverSensors(locationsIn(unrelated)).chips.empty());
-    EXPECT_EQ(readTree(unrelated).hasGPU, 0);
+    FakeTree older;
+    older.write("hwmon/hwmon0/device/name", "coretemp\n");
+    older.write("hwmon/hwmon0/device/temp1_input", "49000\n");
+    older.write("hwmon/hwmon0/device/temp1_label", "Physical id 0\n");
+    older.write("hwmon/hwmon0/device/temp2_input", "66000\n");
+    EXPECT_EQ(readTree(older).cpu, 49.0);
 }
 
 TEST(HwmonTemperatureReaderCache, RereadsValuesAndRediscoversWhenChipsMove) {
@@ -208,26 +179,6 @@ TEST(HwmonTemperatureReaderCache, RereadsValuesAndRediscoversWhenChipsMove) {
     const QLTemperatureReading moved = reader.read();
     EXPECT_EQ(moved.hasCPU, 1);
     EXPECT_EQ(moved.cpu, 57.0);
-}
-
-TEST(QuarbelReadTemperatures, ChannelsAreEitherPlausibleOrZero) {
-    for (int i = 0; i < 3; ++i) {
-        const QLTemperatureReading reading = QuarbelReadTemperatures();
-        if (reading.hasCPU != 0) {
-            EXPECT_EQ(reading.hasCPU, 1);
-            EXPECT_GT(reading.cpu, -40.0);
-            EXPECT_LT(reading.cpu, 140.0);
-        } else {
-            EXPECT_EQ(reading.cpu, 0.0);
-        }
-        if (reading.hasGPU != 0) {
-            EXPECT_EQ(reading.hasGPU, 1);
-            EXPECT_GT(reading.gpu, -40.0);
-            EXPECT_LT(reading.gpu, 140.0);
-        } else {
-            EXPECT_EQ(reading.gpu, 0.0);
-        }
-    }
 }
 
 TEST(HwmonTemperatureReaderCache, ConcurrentReadsAgree) {

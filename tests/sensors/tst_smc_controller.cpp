@@ -8,6 +8,7 @@
 #include <cstring>
 #include <limits>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -81,7 +82,6 @@ std::vector<uint8_t> floatBytes(float value) {
 
 TEST(SMCKeys, EncodeFirstCharacterMostSignificantAndDecodeBack) {
     EXPECT_EQ(QLEncodeSMCKey("TC0P"), 0x54433050u);
-    EXPECT_EQ(QLEncodeSMCKey("flt "), 0x666C7420u);
     char type[5] = {'x', 'x', 'x', 'x', 'x'};
     QLDecodeSMCType(0x73703738u, type);
     EXPECT_STREQ(type, "sp78");
@@ -89,45 +89,48 @@ TEST(SMCKeys, EncodeFirstCharacterMostSignificantAndDecodeBack) {
     EXPECT_STREQ(type, "flt ");
 }
 
-TEST(SMCDecode, EveryTypeBigEndian) {
-    EXPECT_EQ(decode("sp78", {0x2F, 0x80}), 47.5);
-    EXPECT_EQ(decode("sp78", {0xFF, 0x00}), -1.0);
-    EXPECT_EQ(decode("fpe2", {0x00, 0xA0}), 40.0);
-    EXPECT_EQ(decode("fpe2", {0x01, 0x01}), 64.25);
-    EXPECT_EQ(decode("ui16", {0x00, 0x2A}), 42.0);
-    EXPECT_EQ(decode("si16", {0xFF, 0xFE}), -2.0);
-    EXPECT_EQ(decode("si16", {0x00, 0x37}), 55.0);
-    EXPECT_EQ(decode("flt ", floatBytes(45.25f)), 45.25);
-    EXPECT_EQ(decode("flt ", floatBytes(61.7f)), static_cast<double>(61.7f));
+TEST(SMCDecode, EveryTypeBigEndianPlausibleValuesOnly) {
+    constexpr float kNaN = std::numeric_limits<float>::quiet_NaN(),
+                    kInf = std::numeric_limits<float>::infinity();
+    const struct {
+        const char* type;
+        std::vector<uint8_t> bytes;
+        std::optional<double> celsius; // only finite values strictly between -40 and 140
+    } cases[] = {
+        {"sp78", {0x2F, 0x80}, 47.5},
+        {"sp78", {0xFF, 0x00}, -1.0},
+        {"sp78", {0x2F, 0x80, 0x99}, 47.5}, // extra bytes are ignored
+        {"sp78", {0xD8, 0x00}, std::nullopt},
+        {"sp78", {0xD8, 0x01}, -40.0 + 1.0 / 256},
+        {"fpe2", {0x01, 0x01}, 64.25},
+        {"fpe2", {0x02, 0x2F}, 139.75},
+        {"ui16", {0x00, 0x8B}, 139.0},
+        {"ui16", {0x00, 0x8C}, std::nullopt},
+        {"si16", {0xFF, 0xFE}, -2.0},
+        {"si16", {0xFF, 0xD8}, std::nullopt},
+        {"si16", {0xFF, 0xD9}, -39.0},
+        {"flt ", floatBytes(61.7f), static_cast<double>(61.7f)},
+        {"flt ", floatBytes(kNaN), std::nullopt},
+        {"flt ", floatBytes(kInf), std::nullopt},
+        {"flt ", floatBytes(-kInf), std::nullopt},
+        {"sp87", {0x2F, 0x80}, std::nullopt},
+        {"flt", floatBytes(45.0f), std::nullopt}, // the trailing blank is part of the type
+        {"SP78", {0x2F, 0x80}, std::nullopt},
+        {"sp78", {0x2F}, std::nullopt},
+        {"flt ", {0x42, 0x34, 0x00}, std::nullopt},
+        {"ui16", {}, std::nullopt},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(decode(c.type, c.bytes), c.celsius) << c.type << " " << c.bytes.size();
 }
 
-TEST(SMCDecode, UnknownTypesAndShortValuesFail) {
-    EXPECT_EQ(decode("sp87", {0x2F, 0x80}), std::nullopt);
-    EXPECT_EQ(decode("flt", floatBytes(45.0f)), std::nullopt); // the trailing blank is part of the type
-    EXPECT_EQ(decode("SP78", {0x2F, 0x80}), std::nullopt);
-    EXPECT_EQ(decode("sp78", {0x2F}), std::nullopt);
-    EXPECT_EQ(decode("flt ", {0x42, 0x34, 0x00}), std::nullopt);
-    EXPECT_EQ(decode("ui16", {}), std::nullopt);
-    EXPECT_EQ(decode("sp78", {0x2F, 0x80, 0x99}), 47.5); // extra bytes are ignored
-}
-
-TEST(SMCDecode, OnlyFiniteValuesStrictlyBetweenMinus40And140AreAccepted) {
-    EXPECT_EQ(decode("ui16", {0x00, 0x8C}), std::nullopt); // 140
-    EXPECT_EQ(decode("ui16", {0x00, 0x8B}), 139.0);
-    EXPECT_EQ(decode("fpe2", {0x02, 0x2F}), 139.75);
-    EXPECT_EQ(decode("si16", {0xFF, 0xD8}), std::nullopt); // -40
-    EXPECT_EQ(decode("si16", {0xFF, 0xD9}), -39.0);
-    EXPECT_EQ(decode("sp78", {0xD8, 0x00}), std::nullopt); // -40.0
-    EXPECT_EQ(decode("sp78", {0xD8, 0x01}), -40.0 + 1.0 / 256);
-    EXPECT_EQ(decode("flt ", floatBytes(139.99f)), static_cast<double>(139.99f));
-    EXPECT_EQ(decode("flt ", floatBytes(std::numeric_limits<float>::quiet_NaN())), std::nullopt);
-    EXPECT_EQ(decode("flt ", floatBytes(std::numeric_limits<float>::infinity())), std::nullopt);
-    EXPECT_EQ(decode("flt ", floatBytes(-std::numeric_limits<float>::infinity())), std::nullopt);
-}
-
-TEST(SMCReadKey, ReadsSizeAndTypeThenExactlyThatManyBytes) {
+TEST(SMCReadKey, ReadsSizeAndTypeThenExactlyThatManyBytesOrFails) {
     FakeController controller;
     controller.add("TC0P", {"sp78", {0x2F, 0x80}});
+    controller.add("FULL", {"flt ", std::vector<uint8_t>(32, 0x41)});
+    controller.add("ZERO", {"sp78", {}});
+    controller.add("HUGE", {"sp78", {0x2F, 0x80}, 33});
+    controller.add("NOPE", {"sp78", {0x2F, 0x80}, 0, 0x85});
     uint8_t bytes[32] = {};
     uint32_t size = 0;
     char type[5] = {};
@@ -137,48 +140,18 @@ TEST(SMCReadKey, ReadsSizeAndTypeThenExactlyThatManyBytes) {
     EXPECT_EQ(bytes[0], 0x2F);
     EXPECT_EQ(bytes[1], 0x80);
     EXPECT_EQ(controller.calls, 2);
-    EXPECT_EQ(controller.requestedSizes, std::vector<uint32_t>{2});
-}
-
-TEST(SMCReadKey, InfoSizesOfZeroOrAbove32FailWithoutAReadCall) {
-    for (const uint32_t declared : {0u, 33u, 255u}) {
-        FakeController controller;
-        // A key without bytes declares size 0.
-        controller.add("TC0P", declared == 0 ? FakeController::Key{"sp78", {}}
-                                             : FakeController::Key{"sp78", {0x2F, 0x80}, declared});
-        uint8_t bytes[32];
-        uint32_t size = 0;
-        char type[5];
-        EXPECT_FALSE(QLReadSMCKey(controller, "TC0P", bytes, &size, type)) << "size " << declared;
-        EXPECT_TRUE(controller.requestedSizes.empty());
-    }
-    FakeController controller;
-    controller.add("TC0P", {"flt ", std::vector<uint8_t>(32, 0x41)});
-    uint8_t bytes[32];
-    uint32_t size = 0;
-    char type[5];
-    EXPECT_TRUE(QLReadSMCKey(controller, "TC0P", bytes, &size, type));
+    EXPECT_TRUE(QLReadSMCKey(controller, "FULL", bytes, &size, type));
     EXPECT_EQ(size, 32u);
+    EXPECT_EQ(controller.requestedSizes, (std::vector<uint32_t>{2, 32}));
+    // Sizes of 0 or above 32 fail without a read call; so do absent keys and refused reads.
+    for (const char* key : {"ZERO", "HUGE", "MISS", "NOPE"})
+        EXPECT_FALSE(QLReadSMCKey(controller, key, bytes, &size, type)) << key;
+    EXPECT_EQ(controller.requestedSizes.size(), 3u);
+    controller.failEveryCall = true;
+    EXPECT_FALSE(QLReadSMCKey(controller, "TC0P", bytes, &size, type));
 }
 
-TEST(SMCReadKey, FailedCallsAndResultBytesFail) {
-    uint8_t bytes[32];
-    uint32_t size = 0;
-    char type[5];
-    FakeController missing;
-    EXPECT_FALSE(QLReadSMCKey(missing, "TC0P", bytes, &size, type));
-
-    FakeController broken;
-    broken.add("TC0P", {"sp78", {0x2F, 0x80}});
-    broken.failEveryCall = true;
-    EXPECT_FALSE(QLReadSMCKey(broken, "TC0P", bytes, &size, type));
-
-    FakeController refusing;
-    refusing.add("TC0P", {"sp78", {0x2F, 0x80}, 0, 0x85});
-    EXPECT_FALSE(QLReadSMCKey(refusing, "TC0P", bytes, &size, type));
-}
-
-TEST(SMCBestTemperature, HighestPlausibleValueOfTheWholeList) {
+TEST(SMCBestTemperature, HighestPlausibleValueOfTheWholeListOrTheValueLeftAlone) {
     FakeController controller;
     controller.addCelsius("TC0P", 52.0);
     controller.addCelsius("TC0D", 61.5);
@@ -190,14 +163,12 @@ TEST(SMCBestTemperature, HighestPlausibleValueOfTheWholeList) {
     EXPECT_EQ(value, 61.5);
     // Every key is tried: two calls for each of the four present keys, one for the four absent.
     EXPECT_EQ(controller.calls, 4 * 2 + 4);
-}
 
-TEST(SMCBestTemperature, NoPlausibleKeyLeavesTheValueAlone) {
-    FakeController controller;
-    controller.addCelsius("TC0P", 140.0);
-    double value = 7;
-    EXPECT_FALSE(QLReadBestTemperature(controller, kQLCPUTemperatureKeys.data(), kQLCPUTemperatureKeys.size(),
-                                       &value));
+    FakeController hot;
+    hot.addCelsius("TC0P", 140.0);
+    value = 7;
+    EXPECT_FALSE(
+        QLReadBestTemperature(hot, kQLCPUTemperatureKeys.data(), kQLCPUTemperatureKeys.size(), &value));
     EXPECT_EQ(value, 7);
 }
 

@@ -33,48 +33,43 @@ const char* const kArm64Cpuinfo = "processor\t: 0\n"
 
 } // namespace
 
-TEST(SystemSnapshotCpuName, FirstModelNameKeepsItsTrailingBlanks) {
-    FakeTree tree;
-    tree.write("proc/cpuinfo", kIntelCpuinfo);
-    EXPECT_EQ(SystemSnapshot::cpuName(sourcesIn(tree)), "Intel(R) Xeon(R) Gold 6338 CPU @ 2.00GHz  ");
-}
-
-TEST(SystemSnapshotCpuName, ArmCoresAreNamedFromTheirPartNumbers) {
-    FakeTree arm64;
-    arm64.write("proc/cpuinfo", kArm64Cpuinfo);
-    EXPECT_EQ(SystemSnapshot::cpuName(sourcesIn(arm64, "Arm (arm64)")), "ARM Cortex-A72");
-
-    FakeTree unknownPart;
-    unknownPart.write("proc/cpuinfo", "CPU implementer\t: 0x41\nCPU part\t: 0xfff\nHardware\t: Some SoC\n");
-    EXPECT_EQ(SystemSnapshot::cpuName(sourcesIn(unknownPart, "Arm (arm64)")), "Some SoC");
-
-    FakeTree arm32;
-    arm32.write("proc/cpuinfo", "Processor\t: ARMv7 Processor rev 4 (v7l)\nprocessor\t: 0\n");
-    EXPECT_EQ(SystemSnapshot::cpuName(sourcesIn(arm32, "Arm (arm64)")), "ARMv7 Processor rev 4 (v7l)");
-}
-
-TEST(SystemSnapshotCpuName, FallsBackToTheHardwareModelThenUnknown) {
-    FakeTree blankBrand; // the processor number line of x86 is not a brand
-    blankBrand.write("proc/cpuinfo", "processor\t: 0\nmodel name\t:   \n");
-    blankBrand.write("sys/devices/virtual/dmi/id/product_name", "Standard PC (Q35 + ICH9, 2009)\n");
-    EXPECT_EQ(SystemSnapshot::cpuName(sourcesIn(blankBrand)), "Standard PC (Q35 + ICH9, 2009)");
-
-    FakeTree deviceTree;
-    deviceTree.write("proc/device-tree/model", std::string("Raspberry Pi 4 Model B Rev 1.4\0", 31));
-    EXPECT_EQ(SystemSnapshot::cpuName(sourcesIn(deviceTree, "Arm (arm64)")),
-              "Raspberry Pi 4 Model B Rev 1.4");
-
-    FakeTree nothing;
-    nothing.write("proc/cpuinfo", "processor\t: 0\n");
-    nothing.write("sys/devices/virtual/dmi/id/product_name", " \n");
-    EXPECT_EQ(SystemSnapshot::cpuName(sourcesIn(nothing)), "Unknown CPU");
-}
-
-TEST(SystemSnapshotCpuName, AppleSiliconBuildWithoutBrandNamesTheSoC) {
-    FakeTree tree;
-    tree.write("sys/devices/virtual/dmi/id/product_name", "Mac14,2\n");
-    EXPECT_EQ(SystemSnapshot::cpuName(sourcesIn(tree, "Apple Silicon (arm64)")), "Apple Silicon SoC");
-    EXPECT_EQ(SystemSnapshot::cpuName(sourcesIn(tree, "x86-64 (x86_64)")), "Mac14,2");
+TEST(SystemSnapshotCpuName, FromCpuinfoArmPartsTheHardwareModelOrUnknown) {
+    const std::string x86 = "x86-64 (x86_64)", arm = "Arm (arm64)";
+    const struct {
+        std::string architecture;
+        std::vector<std::pair<std::string, std::string>> files;
+        std::string name;
+    } cases[] = {
+        {x86, {{"proc/cpuinfo", kIntelCpuinfo}}, "Intel(R) Xeon(R) Gold 6338 CPU @ 2.00GHz  "},
+        {arm, {{"proc/cpuinfo", kArm64Cpuinfo}}, "ARM Cortex-A72"},
+        {arm,
+         {{"proc/cpuinfo", "CPU implementer\t: 0x41\nCPU part\t: 0xfff\nHardware\t: Some SoC\n"}},
+         "Some SoC"},
+        {arm,
+         {{"proc/cpuinfo", "Processor\t: ARMv7 Processor rev 4 (v7l)\nprocessor\t: 0\n"}},
+         "ARMv7 Processor rev 4 (v7l)"},
+        // The processor number line of x86 is not a brand.
+        {x86,
+         {{"proc/cpuinfo", "processor\t: 0\nmodel name\t:   \n"},
+          {"sys/devices/virtual/dmi/id/product_name", "Standard PC (Q35 + ICH9, 2009)\n"}},
+         "Standard PC (Q35 + ICH9, 2009)"},
+        {arm,
+         {{"proc/device-tree/model", std::string("Raspberry Pi 4 Model B Rev 1.4\0", 31)}},
+         "Raspberry Pi 4 Model B Rev 1.4"},
+        {x86,
+         {{"proc/cpuinfo", "processor\t: 0\n"}, {"sys/devices/virtual/dmi/id/product_name", " \n"}},
+         "Unknown CPU"},
+        {"Apple Silicon (arm64)",
+         {{"sys/devices/virtual/dmi/id/product_name", "Mac14,2\n"}},
+         "Apple Silicon SoC"},
+        {x86, {{"sys/devices/virtual/dmi/id/product_name", "Mac14,2\n"}}, "Mac14,2"},
+    };
+    for (const auto& c : cases) {
+        FakeTree tree;
+        for (const auto& [path, text] : c.files)
+            tree.write(path, text);
+        EXPECT_EQ(SystemSnapshot::cpuName(sourcesIn(tree, c.architecture)), c.name);
+    }
 }
 
 TEST(SystemSnapshotSysctl, KnownNamesOnlyAndEmptyWhenMissing) {
