@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <tuple>
 #include <vector>
 
 using namespace quarbel;
@@ -81,10 +82,8 @@ TEST(RunSummary, StoppedBenchmarkCountsInTotalOnly) {
     const auto now = std::chrono::system_clock::now();
     const auto summary = makeRunSummary(
         rows, ids, {"Selected Test Summary", now - std::chrono::seconds(3), 61.0, std::nullopt, now});
-    EXPECT_EQ(summary.total, 4);
-    EXPECT_EQ(summary.completed, 1);
-    EXPECT_EQ(summary.skipped, 1);
-    EXPECT_EQ(summary.failed, 1);
+    EXPECT_EQ(std::tuple(summary.total, summary.completed, summary.skipped, summary.failed),
+              std::tuple(4, 1, 1, 1));
     EXPECT_NEAR(summary.duration, 3.0, 1e-6);
     EXPECT_EQ(summary.peakCPU, 61.0);
     EXPECT_FALSE(summary.peakGPU);
@@ -100,9 +99,9 @@ TEST(OutcomeStatus, RawValuesRoundTripAndRowStatesFollow) {
     for (auto s : {OutcomeStatus::ok, OutcomeStatus::skipped, OutcomeStatus::failed})
         EXPECT_EQ(outcomeStatusFromRawValue(rawValue(s)), s);
     EXPECT_FALSE(outcomeStatusFromRawValue("OK"));
-    EXPECT_EQ(rowStateFor(OutcomeStatus::ok), TestRunState::done);
-    EXPECT_EQ(rowStateFor(OutcomeStatus::skipped), TestRunState::skipped);
-    EXPECT_EQ(rowStateFor(OutcomeStatus::failed), TestRunState::failed);
+    EXPECT_EQ(std::tuple(rowStateFor(OutcomeStatus::ok), rowStateFor(OutcomeStatus::skipped),
+                         rowStateFor(OutcomeStatus::failed)),
+              std::tuple(TestRunState::done, TestRunState::skipped, TestRunState::failed));
     const auto skipped = skippedOutcome("No device.");
     EXPECT_EQ(skipped.primary, (MeasurementLine{"Status", "Skipped", ""}));
     EXPECT_FALSE(skipped.secondary);

@@ -15,14 +15,13 @@ TEST(StreamScalar, CyclesThroughElevenValues) {
     EXPECT_EQ(streamScalar(0), 1.01f);
     EXPECT_EQ(streamScalar(1), static_cast<float>(1.01 + 0.007));
     EXPECT_EQ(streamScalar(10), static_cast<float>(1.01 + 10 * 0.007));
-    EXPECT_NEAR(streamScalar(10), 1.08f, 1e-6f);
     EXPECT_EQ(streamScalar(11), 1.01f);
     EXPECT_EQ(streamScalar(25), streamScalar(3));
 }
 
 // scalar * b = 1 + 2^-11 + 2^-24 exactly, which rounds to 1 + 2^-11 as a float; a fused
 // multiply-add would keep the 2^-24 and give a different c.
-TEST(StreamTriad, RoundsTheProductBeforeTheAdd) {
+TEST(StreamTriad, WritesEveryElementFromItsOwnInputsRoundingTheProductBeforeTheAdd) {
     const float scalar = 1.0f + 0x1p-12f;
     // Odd sizes exercise both the vector body and the scalar tail.
     for (const std::size_t size : {std::size_t{1}, std::size_t{7}, std::size_t{37}}) {
@@ -35,9 +34,6 @@ TEST(StreamTriad, RoundsTheProductBeforeTheAdd) {
             ASSERT_NE(c[i], std::fma(scalar, b[i], a[i]));
         }
     }
-}
-
-TEST(StreamTriad, WritesEveryElementFromItsOwnInputs) {
     std::vector<float> a(19), b(19), c(19, 0.0f);
     for (std::size_t i = 0; i < a.size(); ++i) {
         a[i] = static_cast<float>(i);

@@ -5,6 +5,8 @@
 #include "model/outcome.h"
 #include "model/workload_context.h"
 
+#include <array>
+#include <cmath>
 #include <cstdint>
 #include <mutex>
 #include <optional>
@@ -23,7 +25,6 @@ class CancellingProgress : public ProgressSink {
     void report(const ProgressReport& progress) noexcept override {
         std::lock_guard lock(mutex_);
         units.push_back(progress.unitsDone);
-        unitName = std::string(progress.unit.name);
         unit = progress.unit;
         if (progress.unitsDone >= cancelAfter_) token.cancel();
     }
@@ -38,13 +39,36 @@ class CancellingProgress : public ProgressSink {
 
     CancellationToken token;
     std::vector<std::int64_t> units;
-    std::string unitName;
     ProgressUnit unit; // of the last report
 
   private:
     std::int64_t cancelAfter_;
     std::mutex mutex_;
 };
+
+using Float4 = std::array<float, 4>;
+
+// The compute kernels' arithmetic for one float4 on the CPU, in single precision, with fma() as a
+// rounded product plus the addend (as lavapipe and PoCL do).
+inline Float4 referenceKernel(const Float4& value, std::uint32_t iterations) {
+    constexpr Float4 kOffset{0.11f, 0.23f, 0.37f, 0.41f};
+    constexpr Float4 kScale{1.00001f, 0.99999f, 1.00003f, 0.99997f};
+    constexpr Float4 kBias{0.0001f, -0.0002f, 0.0003f, -0.0004f};
+    Float4 v;
+    for (int lane = 0; lane < 4; ++lane)
+        v[lane] = value[lane] + kOffset[lane];
+    for (std::uint32_t i = 0; i < iterations; ++i) {
+        const float f = static_cast<float>(i) * 0.00013f;
+        Float4 next;
+        for (int lane = 0; lane < 4; ++lane)
+            next[lane] = std::sin(v[lane] * 1.00019f + f) + std::cos(v[(lane + 1) % 4] * 0.99991f - f);
+        for (int lane = 0; lane < 4; ++lane) {
+            const volatile float product = next[lane] * kScale[lane]; // never contracted
+            v[lane] = product + kBias[lane];
+        }
+    }
+    return v;
+}
 
 // The first decimal number after `marker` in `text`.
 inline std::optional<double> numberAfter(const std::string& text, const std::string& marker) {

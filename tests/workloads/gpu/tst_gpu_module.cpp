@@ -30,13 +30,11 @@ const std::vector<DeviceCandidate> kMixedDevices = {
 } // namespace
 
 TEST(DeviceSelection, PrefersDiscreteThenIntegratedThenVirtualThenCpu) {
-    EXPECT_EQ(chooseDevice(kMixedDevices, "").index, 3u);
-    std::vector<DeviceCandidate> devices(kMixedDevices.begin(), kMixedDevices.begin() + 3);
-    EXPECT_EQ(chooseDevice(devices, "").index, 2u);
-    devices.pop_back();
-    EXPECT_EQ(chooseDevice(devices, "").index, 1u);
-    devices.pop_back();
-    EXPECT_EQ(chooseDevice(devices, "").index, 0u);
+    // The first n devices of the list: the discrete ones come last, the CPU first.
+    for (const auto& [n, chosen] : {std::pair<std::size_t, std::size_t>{5, 3}, {3, 2}, {2, 1}, {1, 0}}) {
+        const std::vector<DeviceCandidate> devices(kMixedDevices.begin(), kMixedDevices.begin() + long(n));
+        EXPECT_EQ(chooseDevice(devices, "").index, chosen) << n << " devices";
+    }
     EXPECT_EQ(chooseDevice(std::vector<DeviceCandidate>{{"odd", DeviceKind::other}}, "").index, 0u);
     EXPECT_EQ(chooseDevice({}, ""), DeviceChoice{});
 }

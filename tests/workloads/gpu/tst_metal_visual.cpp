@@ -14,7 +14,7 @@ TEST(MetalVisualOffscreen, RatesTheFramesItRenderedAndThePixelsTheyShaded) {
     const BenchmarkOutcome outcome = runMetalVisual(progress.context(), {64, 36, std::nullopt, std::nullopt});
     ASSERT_EQ(outcome.status, OutcomeStatus::ok) << outcome.detail;
     EXPECT_EQ(progress.units, (std::vector<std::int64_t>{1, 2}));
-    EXPECT_EQ(progress.unitName, "frames");
+    EXPECT_EQ(progress.unit.name, "frames");
     const double fps = 2.0 / outcome.duration;
     const double megapixels = 2.0 * (64.0 * 36.0) / outcome.duration / 1e6;
     EXPECT_EQ(outcome.primary, (MeasurementLine{"Scene", format(fps, 1), "FPS"}));

@@ -6,50 +6,101 @@
 
 #include "model/workload_context.h"
 
+#include <gtest/gtest.h>
+
+#include <cerrno>
 #include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <sys/mount.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 #include <vector>
 
 namespace quarbel::storage::testing {
 
 // Names in `directory` that start with "Quarbel-" (empty when the directory is missing).
-std::vector<std::string> scratchEntries(const std::string& directory);
+inline std::vector<std::string> scratchEntries(const std::string& directory) {
+    std::vector<std::string> names;
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(directory, error)) {
+        std::string name = entry.path().filename().string();
+        if (name.starts_with("Quarbel-")) names.push_back(std::move(name));
+    }
+    return names;
+}
+
+// The single scratch directory currently in `root`, or "" when there is not exactly one.
+inline std::string onlyScratchDirectory(const std::string& root) {
+    const auto entries = scratchEntries(root);
+    return entries.size() == 1 ? root + "/" + entries.front() : std::string();
+}
 
 // Sets TMPDIR for its lifetime and restores the previous value afterwards.
 class ScopedTemporaryRoot {
   public:
-    explicit ScopedTemporaryRoot(const std::string& value);
-    ~ScopedTemporaryRoot();
+    explicit ScopedTemporaryRoot(const std::string& value) {
+        if (const char* previous = std::getenv("TMPDIR")) previous_ = previous;
+        ::setenv("TMPDIR", value.c_str(), 1);
+    }
+    ~ScopedTemporaryRoot() {
+        if (previous_)
+            ::setenv("TMPDIR", previous_->c_str(), 1);
+        else
+            ::unsetenv("TMPDIR");
+    }
     ScopedTemporaryRoot(const ScopedTemporaryRoot&) = delete;
     ScopedTemporaryRoot& operator=(const ScopedTemporaryRoot&) = delete;
 
   private:
-    bool hadValue_ = false;
-    std::string previous_;
+    std::optional<std::string> previous_;
 };
 
 // A fresh directory under /tmp, removed with its contents at the end.
 class TestDirectory {
   public:
-    TestDirectory();
-    ~TestDirectory();
+    TestDirectory() {
+        if (::mkdtemp(path_.data()) == nullptr) ADD_FAILURE() << "mkdtemp: " << std::strerror(errno);
+    }
+    ~TestDirectory() {
+        std::error_code ignored;
+        std::filesystem::permissions(path_, std::filesystem::perms::owner_all, ignored);
+        std::filesystem::remove_all(path_, ignored);
+    }
     TestDirectory(const TestDirectory&) = delete;
     TestDirectory& operator=(const TestDirectory&) = delete;
     const std::string& path() const { return path_; }
 
   private:
-    std::string path_;
+    std::string path_ = "/tmp/quarbel-storage-test-XXXXXX";
 };
 
 // A tmpfs mounted at `where` (created if needed) and unmounted at the end. Needs root
 // (CAP_SYS_ADMIN); when mounting fails, mounted() is false and skipReason() says why.
 class TmpfsMount {
   public:
-    TmpfsMount(const std::string& where, std::int64_t sizeBytes, bool readOnly);
-    ~TmpfsMount();
+    TmpfsMount(const std::string& where, std::int64_t sizeBytes, bool readOnly) : where_(where) {
+        if (::geteuid() != 0) {
+            skipReason_ = "mounting a tmpfs needs root";
+            return;
+        }
+        std::error_code ignored;
+        std::filesystem::create_directories(where, ignored);
+        const std::string options = "size=" + std::to_string(sizeBytes) + ",mode=0755";
+        const unsigned long flags = MS_NOSUID | MS_NODEV | (readOnly ? MS_RDONLY : 0);
+        mounted_ = ::mount("tmpfs", where.c_str(), "tmpfs", flags, options.c_str()) == 0;
+        if (!mounted_) skipReason_ = std::string("cannot mount a tmpfs here: ") + std::strerror(errno);
+    }
+    ~TmpfsMount() {
+        if (mounted_) ::umount2(where_.c_str(), MNT_DETACH);
+    }
     TmpfsMount(const TmpfsMount&) = delete;
     TmpfsMount& operator=(const TmpfsMount&) = delete;
     bool mounted() const { return mounted_; }
@@ -61,37 +112,21 @@ class TmpfsMount {
     std::string skipReason_;
 };
 
-// A directory at `where` in which this process cannot create anything: a read-only tmpfs
-// when running as root (root ignores permission bits), else a directory of mode 0500.
-class ReadOnlyDirectory {
-  public:
-    explicit ReadOnlyDirectory(const std::string& where);
-    bool available() const { return refusal_ != 0; }
-    const std::string& skipReason() const { return skipReason_; }
-    int refusal() const { return refusal_; } // errno of a creation inside it
-    const std::string& path() const { return path_; }
-
-  private:
-    std::string path_;
-    std::unique_ptr<TmpfsMount> mount_;
-    int refusal_ = 0;
-    std::string skipReason_;
-};
-
 // Writes `bytes` bytes of 'x' to a new file.
-void writeFile(const std::string& path, std::size_t bytes);
-
-// st_blocks * 512 of `path` itself (a link is not followed); 0 when it does not exist.
-std::int64_t allocatedBytes(const std::string& path);
-
-// Whether a new open file description could take the directory's flock now.
-bool lockIsFree(const std::string& directory);
+inline void writeFile(const std::string& path, std::size_t bytes) {
+    std::ofstream(path, std::ios::binary) << std::string(bytes, 'x');
+}
 
 // Records every progress report and runs `onReport` (on the workload's thread) after
 // recording it; the hook may cancel the token.
 class RecordingSink : public ProgressSink {
   public:
-    void report(const ProgressReport& progress) noexcept override;
+    void report(const ProgressReport& progress) noexcept override {
+        units.push_back(progress.unitsDone);
+        phases.push_back(progress.phase);
+        unitName = std::string(progress.unit.name);
+        if (onReport) onReport(progress);
+    }
 
     std::vector<std::int64_t> units; // unitsDone of each report, in order
     std::vector<int> phases;         // the phase of each report, in order
@@ -100,23 +135,41 @@ class RecordingSink : public ProgressSink {
 };
 
 // A context wired to `token` and `sink`.
-WorkloadContext contextWith(const CancellationToken& token, RecordingSink& sink);
+inline WorkloadContext contextWith(const CancellationToken& token, RecordingSink& sink) {
+    WorkloadContext context;
+    context.cancellation = &token;
+    context.progress = &sink;
+    return context;
+}
 
 // Whether a regular file in `directory` accepts O_DIRECT through fcntl.
-bool fileSystemAcceptsDirectIO(const std::string& directory);
-
-// The single scratch directory currently in `root`, or "" when there is not exactly one.
-std::string onlyScratchDirectory(const std::string& root);
+inline bool fileSystemAcceptsDirectIO(const std::string& directory) {
+    const std::string probe = directory + "/direct-io-probe";
+    const int fd = ::open(probe.c_str(), O_RDWR | O_CREAT | O_EXCL, 0600);
+    if (fd < 0) return false;
+    const int flags = ::fcntl(fd, F_GETFL);
+    const bool accepted = flags >= 0 && ::fcntl(fd, F_SETFL, flags | O_DIRECT) == 0;
+    ::close(fd);
+    ::unlink(probe.c_str());
+    return accepted;
+}
 
 // Pages of `path` in the page cache that are not yet on the disk (dirty or being written
-// back); none where the kernel cannot say (cachestat came with Linux 6.5).
-std::optional<std::uint64_t> unsyncedPages(const std::string& path);
-
-// Whether a write to a file in `directory` shows as unsynced pages until an fsync, so that
-// unsyncedPages can tell a synced file from one that is not (not so on tmpfs).
-bool syncIsVisible(const std::string& directory);
-
-// A measurement value in MB/s from its text and unit ("1.50" "GB/s" -> 1536).
-double megabytesPerSecondOf(const std::string& value, const std::string& unit);
+// back); none where the kernel cannot say (cachestat, system call 451 everywhere, came with
+// Linux 6.5).
+inline std::optional<std::uint64_t> unsyncedPages(const std::string& path) {
+    struct {
+        std::uint64_t offset = 0, length = 0; // to the end of the file
+    } range;
+    struct {
+        std::uint64_t cached, dirty, writeback, evicted, recentlyEvicted;
+    } state{};
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return std::nullopt;
+    const long result = ::syscall(451, fd, &range, &state, 0);
+    ::close(fd);
+    if (result != 0) return std::nullopt;
+    return state.dirty + state.writeback;
+}
 
 } // namespace quarbel::storage::testing

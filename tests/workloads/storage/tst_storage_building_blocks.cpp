@@ -12,7 +12,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
-#include <fstream>
+#include <tuple>
 #include <unistd.h>
 #include <vector>
 
@@ -24,16 +24,7 @@ namespace {
 
 constexpr std::int64_t kGiB = 1'073'741'824;
 
-struct AlignedBuffer {
-    explicit AlignedBuffer(std::size_t size) {
-        void* memory = nullptr;
-        if (::posix_memalign(&memory, 4096, size) == 0) data = static_cast<std::byte*>(memory);
-    }
-    ~AlignedBuffer() { std::free(data); }
-    AlignedBuffer(const AlignedBuffer&) = delete;
-    AlignedBuffer& operator=(const AlignedBuffer&) = delete;
-    std::byte* data = nullptr;
-};
+alignas(4096) std::byte gBuffer[1'048'576]; // aligned for O_DIRECT
 
 std::vector<int> firstBytes(std::uint64_t seed, unsigned shift) {
     std::array<std::byte, 8> bytes{};
@@ -122,17 +113,11 @@ TEST(RealDiskSpeed, OutcomeShowsRatesModeAndPassCounts) {
     EXPECT_DOUBLE_EQ(standard.duration, 2.5);
 }
 
-TEST(RealDiskSpeed, ReadPassesCountOnlyTheBytesPresentAndStopWhenCancelled) {
+TEST(RealDiskSpeed, PhasesCountOnlyTheBytesPresentStopWhenCancelledAndReportTheFailingOperation) {
     TestDirectory root;
     const std::string file = root.path() + "/short.bin";
-    {
-        std::ofstream out(file, std::ios::binary);
-        out << std::string(1'048'576, 'x');
-    }
-    AlignedBuffer buffer(1'048'576);
-    ASSERT_NE(buffer.data, nullptr);
-    const SequentialPassPlan plan{file, 4 * 1'048'576, 1'048'576, buffer.data, 1e9, 2};
-
+    writeFile(file, 1'048'576);
+    const SequentialPassPlan plan{file, 4 * 1'048'576, 1'048'576, gBuffer, 1e9, 2};
     CancellationToken token;
     RecordingSink sink;
     const DiskSpeedPhase read = performSequentialRead(contextWith(token, sink), plan, {});
@@ -141,37 +126,28 @@ TEST(RealDiskSpeed, ReadPassesCountOnlyTheBytesPresentAndStopWhenCancelled) {
     EXPECT_EQ(read.pass.bytes, 2 * 1'048'576);
     EXPECT_EQ(read.pass.uncached, fileSystemAcceptsDirectIO(root.path()));
 
-    token.cancel();
-    const DiskSpeedPhase none = performSequentialRead(contextWith(token, sink), plan, {});
-    ASSERT_FALSE(none.error);
-    EXPECT_EQ(none.pass.passes, 0);
-    EXPECT_EQ(none.pass.bytes, 0);
-    EXPECT_EQ(none.pass.seconds, 0.0);
-}
-
-TEST(RealDiskSpeed, PhasesReportTheFailingOperationWithTheSystemText) {
-    TestDirectory root;
-    AlignedBuffer buffer(4096);
-    ASSERT_NE(buffer.data, nullptr);
-    CancellationToken token;
-    RecordingSink sink;
-
-    const SequentialPassPlan missing{root.path() + "/missing.bin", 4096, 4096, buffer.data, 1e9, 1};
-    const DiskSpeedPhase read = performSequentialRead(contextWith(token, sink), missing, {});
-    ASSERT_TRUE(read.error);
-    EXPECT_EQ(read.error->description, "open for read failed: No such file or directory");
-    EXPECT_EQ(read.error->code, ENOENT);
+    const SequentialPassPlan missing{root.path() + "/missing.bin", 4096, 4096, gBuffer, 1e9, 1};
+    const DiskSpeedPhase failed = performSequentialRead(contextWith(token, sink), missing, {});
+    ASSERT_TRUE(failed.error);
+    EXPECT_EQ(failed.error->description, "open for read failed: No such file or directory");
+    EXPECT_EQ(failed.error->code, ENOENT);
 
     // The file is created exclusively and never through a symbolic link.
     const std::string victim = root.path() + "/victim.bin";
-    { std::ofstream(victim) << "keep"; }
+    writeFile(victim, 4);
     const std::string link = root.path() + "/link.bin";
     ASSERT_EQ(::symlink(victim.c_str(), link.c_str()), 0);
-    const SequentialPassPlan throughLink{link, 4096, 4096, buffer.data, 1e9, 1};
+    const SequentialPassPlan throughLink{link, 4096, 4096, gBuffer, 1e9, 1};
     const DiskSpeedPhase write = performSequentialWrite(contextWith(token, sink), throughLink, {});
     ASSERT_TRUE(write.error);
     EXPECT_EQ(write.error->description, "open for write failed: File exists");
     EXPECT_EQ(std::filesystem::file_size(victim), 4u);
+
+    token.cancel();
+    const DiskSpeedPhase none = performSequentialRead(contextWith(token, sink), plan, {});
+    ASSERT_FALSE(none.error);
+    EXPECT_EQ(std::tuple(none.pass.passes, none.pass.bytes, none.pass.seconds),
+              std::tuple(0, std::int64_t{0}, 0.0));
 }
 
 TEST(FileDescriptor, ReportsAFailedCloseAndReleasesTheDescriptorEitherWay) {
