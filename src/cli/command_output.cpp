@@ -21,4 +21,9 @@ void warnAboutDeviceChoice() {
         std::fprintf(stderr, "quarbel: %s\n", warning->c_str());
 }
 
+int badInput(const std::string& problem) {
+    std::fprintf(stderr, "quarbel: %s\n", problem.c_str());
+    return session::kExitBadInput;
+}
+
 } // namespace quarbel::cli

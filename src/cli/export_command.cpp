@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/export_command.h"
 
+#include "cli/command_output.h"
 #include "results/json_report.h"
 #include "results/openmetrics.h"
 #include "results/report_file.h"
@@ -15,15 +16,6 @@
 #include <cstdio>
 
 namespace quarbel::cli {
-namespace {
-
-int badInput(const std::string& problem) {
-    std::fprintf(stderr, "quarbel: %s\n", problem.c_str());
-    return session::kExitBadInput;
-}
-
-} // namespace
-
 int exportCommand(const std::vector<std::string>& runs, const std::string& formatName,
                   const std::optional<std::string>& outPath) {
     const auto format = exportFormatNamed(formatName);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/share_command.h"
 
+#include "cli/command_output.h"
 #include "results/json_report.h"
 #include "results/regular_file.h"
 #include "results/report_file.h"
@@ -17,15 +18,6 @@
 #include <cstdio>
 
 namespace quarbel::cli {
-namespace {
-
-int badInput(const std::string& problem) {
-    std::fprintf(stderr, "quarbel: %s\n", problem.c_str());
-    return session::kExitBadInput;
-}
-
-} // namespace
-
 int shareCommand(const std::string& run, const std::optional<std::string>& outPath) {
     std::string path = run;
     if (!run.empty() && run.find_first_not_of("0123456789") == std::string::npos) {
