@@ -35,3 +35,13 @@ storage_bench() {
   fi
   echo "$build/bench/storage/quarbel_storage_bench"
 }
+
+# build_programs BUILD TARGET...: brings the named targets of BUILD up to date and points CLI
+# and GUI at its two programs.
+build_programs() {
+  local build="$1"
+  shift
+  cmake --build "$build" -j "$(nproc)" --target "$@" >/dev/null
+  CLI="$build/src/cli/quarbel"
+  GUI="$build/src/app/quarbel-gui"
+}

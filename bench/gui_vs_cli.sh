@@ -13,9 +13,7 @@ ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 source "$ROOT/bench/common.sh"
 ROUNDS="${1:-3}"
 BUILD="${2:-$ROOT/build/dev}"
-cmake --build "$BUILD" -j "$(nproc)" --target quarbel quarbel-gui >/dev/null
-CLI="$BUILD/src/cli/quarbel"
-GUI="$BUILD/src/app/quarbel-gui"
+build_programs "$BUILD" quarbel quarbel-gui
 
 use_private_folders
 start_display 190

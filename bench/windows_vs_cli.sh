@@ -17,9 +17,7 @@ BUILD="${2:-$ROOT/build/dev}"
 WANTED=("${@:3}")
 ((${#WANTED[@]})) || WANTED=(cineTile rawCPUDecode metalVisual)
 wanted() { [[ " ${WANTED[*]} " == *" $1 "* ]]; }
-cmake --build "$BUILD" -j 2 --target quarbel quarbel-gui >/dev/null
-CLI="$BUILD/src/cli/quarbel"
-GUI="$BUILD/src/app/quarbel-gui"
+build_programs "$BUILD" quarbel quarbel-gui
 
 use_private_folders
 start_display 240
