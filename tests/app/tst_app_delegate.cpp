@@ -65,17 +65,24 @@ TEST(QuitShortcutFilter, ControlQAloneAmongControlAltMetaQuitsAndIsSwallowed) {
     }
 }
 
-TEST(QuarbelAppDelegate, ControlQInTheHelpWindowStopsTheRunClosesEveryWindowAndQuits) {
+// The program as launched: its delegate over a store, the main window and the help window shown.
+struct LaunchedWithHelpOpen {
     FakeWorkloads fakes;
-    fakes.set(BenchmarkID::cpuFloating, FakeBehaviour::untilCancelled);
-    BenchmarkStore store(fakes.services());
-    QuarbelAppDelegate delegate(store);
-    delegate.applicationDidFinishLaunching();
+    BenchmarkStore store{fakes.services()};
+    QuarbelAppDelegate delegate{store};
     QWidget mainWindow;
-    mainWindow.show();
     QuarbelHelpWindowController help;
-    help.showWindow();
+    LaunchedWithHelpOpen() {
+        delegate.applicationDidFinishLaunching();
+        mainWindow.show();
+        help.showWindow();
+    }
+};
 
+TEST(QuarbelAppDelegate, ControlQInTheHelpWindowStopsTheRunClosesEveryWindowAndQuits) {
+    LaunchedWithHelpOpen app;
+    auto& [fakes, store, delegate, mainWindow, help] = app;
+    fakes.set(BenchmarkID::cpuFloating, FakeBehaviour::untilCancelled);
     store.run({BenchmarkID::cpuFloating}, false);
     ASSERT_TRUE(processEventsUntil([&] { return fakes.running() == 1; }));
 
@@ -95,15 +102,7 @@ TEST(QuarbelAppDelegate, ControlQInTheHelpWindowStopsTheRunClosesEveryWindowAndQ
 }
 
 TEST(QuarbelAppDelegate, ClosingTheMainWindowQuitsWhileHelpIsOpen) {
-    FakeWorkloads fakes;
-    BenchmarkStore store(fakes.services());
-    QuarbelAppDelegate delegate(store);
-    delegate.applicationDidFinishLaunching();
-    QWidget mainWindow;
-    mainWindow.show();
-    QuarbelHelpWindowController help;
-    help.showWindow();
-
-    EXPECT_TRUE(quitsAfter([&] { mainWindow.close(); }));
-    EXPECT_FALSE(help.window()->isVisible());
+    LaunchedWithHelpOpen app;
+    EXPECT_TRUE(quitsAfter([&] { app.mainWindow.close(); }));
+    EXPECT_FALSE(app.help.window()->isVisible());
 }
