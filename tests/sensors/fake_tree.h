@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 
@@ -13,6 +14,9 @@ namespace quarbel::testing {
 
 class FakeTree {
   public:
+    explicit FakeTree(const std::string& rows, const std::string& under = {}) : FakeTree() {
+        writeRows(rows, under);
+    }
     FakeTree() {
         const char* tmp = std::getenv("TMPDIR");
         std::string pattern = std::string(tmp && *tmp ? tmp : "/tmp") + "/quarbel-sensors-XXXXXX";
@@ -34,6 +38,14 @@ class FakeTree {
         const std::filesystem::path file = path(relative);
         std::filesystem::create_directories(file.parent_path());
         std::ofstream(file, std::ios::binary) << content;
+    }
+
+    // Writes each of the blank-separated `path=content` rows below `under`; the content ends at the
+    // next blank, so it holds none itself.
+    void writeRows(const std::string& rows, const std::string& under = {}) const {
+        std::istringstream in(rows);
+        for (std::string row; in >> row;)
+            write(under + row.substr(0, row.find('=')), row.substr(row.find('=') + 1));
     }
 
     // The whole of `relative`, empty when it cannot be read.

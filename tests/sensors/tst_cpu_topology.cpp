@@ -109,21 +109,15 @@ TEST(CpuTopology, FromHwlocXml) {
 }
 
 TEST(CpuTopology, SysfsFallbackCountsDistinctCoresAndPackages) {
-    FakeTree tree;
-    const auto cpu = [&](int index, int package, int core, const char* online = nullptr) {
-        const std::string base = "devices/system/cpu/cpu" + std::to_string(index);
-        tree.write(base + "/topology/physical_package_id", std::to_string(package) + "\n");
-        tree.write(base + "/topology/core_id", std::to_string(core) + "\n");
-        if (online) tree.write(base + "/online", online);
-    };
-    cpu(0, 0, 0);
-    cpu(1, 0, 0, "1\n"); // the sibling thread of cpu0
-    cpu(2, 1, 0);        // the same core number on another package
-    cpu(3, 1, 1, "0\n"); // offline
-    tree.write("devices/system/cpu/cpufreq/boost", "1\n");
-    tree.write("devices/system/node/node0/cpulist", "0-1\n");
-    tree.write("devices/system/node/node1/cpulist", "2-3\n");
-    tree.write("devices/system/node/possible", "0-1\n");
+    // cpu1 is the sibling thread of cpu0, cpu2 has its core number on another package, cpu3 is offline.
+    const FakeTree tree(
+        "cpu/cpu0/topology/physical_package_id=0 cpu/cpu0/topology/core_id=0 "
+        "cpu/cpu1/topology/physical_package_id=0 "
+        "cpu/cpu1/topology/core_id=0 cpu/cpu1/online=1 cpu/cpu2/topology/physical_package_id=1 "
+        "cpu/cpu2/topology/core_id=0 cpu/cpu3/topology/physical_package_id=1 cpu/cpu3/topology/core_id=1 "
+        "cpu/cpu3/online=0 cpu/cpufreq/boost=1 node/node0/cpulist=0-1 node/node1/cpulist=2-3 "
+        "node/possible=0-1",
+        "devices/system/");
     EXPECT_EQ(cpuTopologyFromSysfs(tree.root(), 99), (CpuTopology{2, 2, 3, 2, {}}));
 
     FakeTree empty; // no topology files: every online processor is a core of one package
@@ -132,9 +126,9 @@ TEST(CpuTopology, SysfsFallbackCountsDistinctCoresAndPackages) {
 
 TEST(CpuTopology, SystemTopologyIsConsistent) {
     const CpuTopology& topology = systemCpuTopology();
-    EXPECT_GE(topology.packages, 1);
-    EXPECT_GE(topology.cores, topology.packages);
-    EXPECT_GE(topology.threads, topology.cores);
+    EXPECT_TRUE(topology.packages >= 1 && topology.cores >= topology.packages &&
+                topology.threads >= topology.cores)
+        << topologyText(topology);
     int kindCores = 0;
     for (const auto& kind : topology.coreKinds)
         kindCores += kind.cores;

@@ -24,31 +24,24 @@ void configureFake(int initResult, std::vector<unsigned int> temperatures, int t
 
 } // namespace
 
-TEST(NvmlTemperature, MissingLibraryIsUnavailable) {
-    const NvmlTemperatureSource source("libquarbel-no-such-nvml.so.1");
-    EXPECT_FALSE(source.available());
-    EXPECT_EQ(source.hottestGpu(), std::nullopt);
-}
-
-TEST(NvmlTemperature, HottestPlausibleGpuOfAllDevices) {
-    configureFake(0, {52, 145, 61});
-    const NvmlTemperatureSource source(FAKE_NVML_LIBRARY);
-    ASSERT_TRUE(source.available());
-    EXPECT_EQ(source.hottestGpu(), 61.0);
-}
-
-TEST(NvmlTemperature, FailedInitialisationOrReadsGiveNoValue) {
-    configureFake(9, {50}); // NVML_ERROR_DRIVER_NOT_LOADED
-    const NvmlTemperatureSource noDriver(FAKE_NVML_LIBRARY);
-    EXPECT_FALSE(noDriver.available());
-    EXPECT_EQ(noDriver.hottestGpu(), std::nullopt);
-
-    configureFake(0, {50, 60}, 15); // NVML_ERROR_GPU_IS_LOST
-    const NvmlTemperatureSource lost(FAKE_NVML_LIBRARY);
-    EXPECT_TRUE(lost.available());
-    EXPECT_EQ(lost.hottestGpu(), std::nullopt);
-
-    configureFake(0, {});
-    const NvmlTemperatureSource noDevices(FAKE_NVML_LIBRARY);
-    EXPECT_EQ(noDevices.hottestGpu(), std::nullopt);
+TEST(NvmlTemperature, HottestPlausibleGpuOfAllDevicesOrNoValue) {
+    const NvmlTemperatureSource missing("libquarbel-no-such-nvml.so.1");
+    EXPECT_FALSE(missing.available() || missing.hottestGpu());
+    // Initialisation result 9 is NVML_ERROR_DRIVER_NOT_LOADED, read result 15 NVML_ERROR_GPU_IS_LOST.
+    const struct {
+        int initResult;
+        std::vector<unsigned int> temperatures;
+        int readResult;
+        bool available;
+        std::optional<double> hottest;
+    } cases[] = {{0, {52, 145, 61}, 0, true, 61.0},
+                 {9, {50}, 0, false, {}},
+                 {0, {50, 60}, 15, true, {}},
+                 {0, {}, 0, true, {}}};
+    for (const auto& c : cases) {
+        configureFake(c.initResult, c.temperatures, c.readResult);
+        const NvmlTemperatureSource source(FAKE_NVML_LIBRARY);
+        EXPECT_EQ(source.available(), c.available) << c.initResult;
+        EXPECT_EQ(source.hottestGpu(), c.hottest) << c.temperatures.size();
+    }
 }

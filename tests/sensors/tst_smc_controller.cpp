@@ -10,6 +10,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -78,6 +79,10 @@ std::vector<uint8_t> floatBytes(float value) {
             static_cast<uint8_t>(bits >> 8), static_cast<uint8_t>(bits)};
 }
 
+std::tuple<int, double, int, double> channels(const QLTemperatureReading& r) {
+    return {r.hasCPU, r.cpu, r.hasGPU, r.gpu};
+}
+
 } // namespace
 
 TEST(SMCKeys, EncodeFirstCharacterMostSignificantAndDecodeBack) {
@@ -89,37 +94,24 @@ TEST(SMCKeys, EncodeFirstCharacterMostSignificantAndDecodeBack) {
     EXPECT_STREQ(type, "flt ");
 }
 
+// Only finite values strictly between -40 and 140; bytes past the type's width are ignored, and the
+// trailing blank of "flt " is part of the type.
 TEST(SMCDecode, EveryTypeBigEndianPlausibleValuesOnly) {
     constexpr float kNaN = std::numeric_limits<float>::quiet_NaN(),
                     kInf = std::numeric_limits<float>::infinity();
     const struct {
         const char* type;
         std::vector<uint8_t> bytes;
-        std::optional<double> celsius; // only finite values strictly between -40 and 140
+        std::optional<double> celsius;
     } cases[] = {
-        {"sp78", {0x2F, 0x80}, 47.5},
-        {"sp78", {0xFF, 0x00}, -1.0},
-        {"sp78", {0x2F, 0x80, 0x99}, 47.5}, // extra bytes are ignored
-        {"sp78", {0xD8, 0x00}, std::nullopt},
-        {"sp78", {0xD8, 0x01}, -40.0 + 1.0 / 256},
-        {"fpe2", {0x01, 0x01}, 64.25},
-        {"fpe2", {0x02, 0x2F}, 139.75},
-        {"ui16", {0x00, 0x8B}, 139.0},
-        {"ui16", {0x00, 0x8C}, std::nullopt},
-        {"si16", {0xFF, 0xFE}, -2.0},
-        {"si16", {0xFF, 0xD8}, std::nullopt},
-        {"si16", {0xFF, 0xD9}, -39.0},
-        {"flt ", floatBytes(61.7f), static_cast<double>(61.7f)},
-        {"flt ", floatBytes(kNaN), std::nullopt},
-        {"flt ", floatBytes(kInf), std::nullopt},
-        {"flt ", floatBytes(-kInf), std::nullopt},
-        {"sp87", {0x2F, 0x80}, std::nullopt},
-        {"flt", floatBytes(45.0f), std::nullopt}, // the trailing blank is part of the type
-        {"SP78", {0x2F, 0x80}, std::nullopt},
-        {"sp78", {0x2F}, std::nullopt},
-        {"flt ", {0x42, 0x34, 0x00}, std::nullopt},
-        {"ui16", {}, std::nullopt},
-    };
+        {"sp78", {0x2F, 0x80, 0x99}, 47.5},       {"sp78", {0xFF, 0x00}, -1.0},
+        {"sp78", {0xD8, 0x00}, std::nullopt},     {"sp78", {0xD8, 0x01}, -40.0 + 1.0 / 256},
+        {"fpe2", {0x02, 0x2F}, 139.75},           {"ui16", {0x00, 0x8B}, 139.0},
+        {"ui16", {0x00, 0x8C}, std::nullopt},     {"si16", {0xFF, 0xFE}, -2.0},
+        {"si16", {0xFF, 0xD8}, std::nullopt},     {"flt ", floatBytes(61.7f), static_cast<double>(61.7f)},
+        {"flt ", floatBytes(kNaN), std::nullopt}, {"flt ", floatBytes(-kInf), std::nullopt},
+        {"flt", floatBytes(45.0f), std::nullopt}, {"SP78", {0x2F, 0x80}, std::nullopt},
+        {"sp78", {0x2F}, std::nullopt},           {"flt ", {0x42, 0x34, 0x00}, std::nullopt}};
     for (const auto& c : cases)
         EXPECT_EQ(decode(c.type, c.bytes), c.celsius) << c.type << " " << c.bytes.size();
 }
@@ -135,13 +127,9 @@ TEST(SMCReadKey, ReadsSizeAndTypeThenExactlyThatManyBytesOrFails) {
     uint32_t size = 0;
     char type[5] = {};
     ASSERT_TRUE(QLReadSMCKey(controller, "TC0P", bytes, &size, type));
-    EXPECT_EQ(size, 2u);
-    EXPECT_STREQ(type, "sp78");
-    EXPECT_EQ(bytes[0], 0x2F);
-    EXPECT_EQ(bytes[1], 0x80);
-    EXPECT_EQ(controller.calls, 2);
+    EXPECT_EQ(std::tuple(size, std::string(type), bytes[0], bytes[1], controller.calls),
+              std::tuple(2u, "sp78", 0x2F, 0x80, 2));
     EXPECT_TRUE(QLReadSMCKey(controller, "FULL", bytes, &size, type));
-    EXPECT_EQ(size, 32u);
     EXPECT_EQ(controller.requestedSizes, (std::vector<uint32_t>{2, 32}));
     // Sizes of 0 or above 32 fail without a read call; so do absent keys and refused reads.
     for (const char* key : {"ZERO", "HUGE", "MISS", "NOPE"})
@@ -177,24 +165,13 @@ TEST(SMCReading, FillsEachChannelFromItsOwnListWithinTheCallBudget) {
     controller.addCelsius("TC0E", 48.25);
     controller.addCelsius("TG0P", 39.0); // a GPU key must not leak into the CPU channel
     controller.addCelsius("TG1D", 44.0);
-    const QLTemperatureReading reading = QLReadSMCTemperatures(controller);
-    EXPECT_EQ(reading.hasCPU, 1);
-    EXPECT_EQ(reading.cpu, 48.25);
-    EXPECT_EQ(reading.hasGPU, 1);
-    EXPECT_EQ(reading.gpu, 44.0);
+    EXPECT_EQ(channels(QLReadSMCTemperatures(controller)), std::tuple(1, 48.25, 1, 44.0));
     EXPECT_LE(controller.calls, 32);
 
     FakeController cpuOnly;
     cpuOnly.addCelsius("TCAD", 70.0);
-    const QLTemperatureReading partial = QLReadSMCTemperatures(cpuOnly);
-    EXPECT_EQ(partial.hasCPU, 1);
-    EXPECT_EQ(partial.hasGPU, 0);
-    EXPECT_EQ(partial.gpu, 0.0);
-
+    EXPECT_EQ(channels(QLReadSMCTemperatures(cpuOnly)), std::tuple(1, 70.0, 0, 0.0));
     FakeController silent;
     silent.failEveryCall = true;
-    const QLTemperatureReading none = QLReadSMCTemperatures(silent);
-    EXPECT_EQ(none.hasCPU, 0);
-    EXPECT_EQ(none.cpu, 0.0);
-    EXPECT_EQ(none.hasGPU, 0);
+    EXPECT_EQ(channels(QLReadSMCTemperatures(silent)), std::tuple(0, 0.0, 0, 0.0));
 }

@@ -58,13 +58,11 @@ TEST(SystemManifest, ReadsTheSetUpThatCanMoveScoresFromProcAndSys) {
         {"energyPreference", "balance_power"},
         {"gpuDriver", "NVIDIA 580.65"},
         {"openclDriver", "CUDA 13"},
-        {"scratchFilesystem", "xfs on /scratch, rw,noatime"}, // the longest mount point holding it
-        {"virtualization", "kvm (CPUID: KVMKVMKVM; DMI: QEMU Standard PC (Q35 + ICH9, 2009))"},
-    };
+        {"scratchFilesystem", "xfs on /scratch, rw,noatime"},
+        {"virtualization", "kvm (CPUID: KVMKVMKVM; DMI: QEMU Standard PC (Q35 + ICH9, 2009))"}};
     for (const auto& [key, value] : expected)
         EXPECT_EQ(values.at(key), value) << key;
-    EXPECT_FALSE(values.at("quarbelVersion").empty());
-    EXPECT_FALSE(values.at("compiler").empty());
+    EXPECT_FALSE(values.at("quarbelVersion").empty() || values.at("compiler").empty());
 }
 
 TEST(SystemManifest, NamesTheVirtualisationLayerFromAnyEvidenceAndBareMetalOtherwise) {
@@ -78,8 +76,7 @@ TEST(SystemManifest, NamesTheVirtualisationLayerFromAnyEvidenceAndBareMetalOther
          "likely virtual (DMI: Microsoft Corporation Virtual Machine)"},
         {"", "Microsoft Corporation", "Surface Laptop 5", "", "", "none (bare metal)"},
         {"Microsoft Hv", "Amazon EC2", "m6i.large", "microsoft", "",
-         "microsoft (CPUID: Microsoft Hv; DMI: Amazon EC2 m6i.large)"},
-    };
+         "microsoft (CPUID: Microsoft Hv; DMI: Amazon EC2 m6i.large)"}};
     for (const auto& c : cases)
         EXPECT_EQ(virtualizationText(c.cpuid, c.vendor, c.product, c.machine, c.container), c.expected);
 }

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 using namespace quarbel;
 
 TEST(TemperatureText, RoundsLikePrintfWithDegreeSign) {
@@ -15,14 +17,11 @@ TEST(TemperatureText, RoundsLikePrintfWithDegreeSign) {
 TEST(TemperatureSnapshot, ChannelsFollowTheFlags) {
     const auto now = std::chrono::system_clock::now();
     const TemperatureSnapshot both = makeTemperatureSnapshot({51.0, 43.5, 1, 1}, now);
-    EXPECT_EQ(both.cpuCelsius, 51.0);
-    EXPECT_EQ(both.gpuCelsius, 43.5);
-    EXPECT_EQ(both.updatedAt, now);
+    EXPECT_EQ(std::tuple(both.cpuCelsius, both.gpuCelsius, both.updatedAt), std::tuple(51.0, 43.5, now));
 
     const TemperatureSnapshot none = makeTemperatureSnapshot({0, 0, 0, 0}, now);
-    EXPECT_EQ(none.cpuCelsius, std::nullopt);
-    EXPECT_EQ(none.gpuCelsius, std::nullopt);
-    EXPECT_EQ(none.updatedAt, now);
+    EXPECT_EQ(std::tuple(none.cpuCelsius, none.gpuCelsius, none.updatedAt),
+              std::tuple(std::optional<double>(), std::optional<double>(), now));
     EXPECT_NE(none, TemperatureSnapshot::unavailable); // only the time differs
     EXPECT_EQ(TemperatureSnapshot::unavailable.updatedAt, std::nullopt);
 }
