@@ -23,12 +23,15 @@ TEST(ConcurrentRunWatch, NoticesEachOtherRunOnceAndForgetsItWhenItEnds) {
     EXPECT_NE(watch.warning().find("on SSD Random"), std::string::npos) << watch.warning();
     {
         test::OtherQuarbelRun second(directory, "CPU Integer");
-        EXPECT_EQ(watch.look(), std::vector{runsBesideThisWarning({{second.pid(), "CPU Integer"}})});
+        EXPECT_EQ(watch.look(),
+                  std::vector<std::string>{"Another Quarbel run is going on beside this one (pid " +
+                                           std::to_string(second.pid()) +
+                                           ", on CPU Integer): the results of both are skewed."});
         EXPECT_TRUE(watch.look().empty()) << "each run is said once";
     }
     first.end();
     EXPECT_TRUE(watch.look().empty());
-    EXPECT_EQ(watch.warning(), "");
+    EXPECT_EQ(watch.warning(), "") << "a run that ended is not found";
     EXPECT_TRUE(watch.others().empty()) << "its own mark is not another run";
     watch.end();
     EXPECT_FALSE(watch.active());

@@ -24,9 +24,6 @@ TEST(RunClock, ElapsedAndProgressFollowTheTicksUntilTheClockStops) {
     }
     clock.stop();
     EXPECT_FALSE(clock.ticking());
-    EXPECT_FALSE(clock.startedAt().isValid());
-    EXPECT_EQ(clock.targetSeconds(), 0);
     now = now.addMSecs(5000);
     EXPECT_EQ(clock.elapsed(), 0);
-    EXPECT_EQ(clock.progress(), 0);
 }
