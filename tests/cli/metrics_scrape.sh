@@ -17,10 +17,7 @@ fi
 dir="$(mktemp -d)"
 exporter=""
 cleanup() {
-  if [[ -n "$exporter" ]]; then
-    kill "$exporter" 2>/dev/null || true
-    wait "$exporter" 2>/dev/null || true
-  fi
+  if [[ -n "$exporter" ]]; then kill "$exporter" 2>/dev/null && wait "$exporter" 2>/dev/null || true; fi
   rm -rf "$dir"
 }
 trap cleanup EXIT

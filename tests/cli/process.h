@@ -58,8 +58,10 @@ inline const std::string kQuarbel = QUARBEL_BINARY;
 inline const std::vector<std::string> kNoVulkan = {"VK_ICD_FILENAMES=/nonexistent/quarbel-no-vulkan.json",
                                                    "VK_DRIVER_FILES=/nonexistent/quarbel-no-vulkan.json"};
 
-// quarbel with `args`.
+// quarbel with `args`; the second expects it to exit 0.
 ProcessResult runQuarbel(const std::vector<std::string>& args, const std::vector<std::string>& extraEnv = {});
+ProcessResult runQuarbelOk(const std::vector<std::string>& args,
+                           const std::vector<std::string>& extraEnv = {});
 
 // One command line, its words split at spaces, and what quarbel must answer: its exit status and
 // a part of standard error. Each "@" in both stands for a folder the test names. A refusal (2)
@@ -69,9 +71,18 @@ struct Answer {
     int exitCode;
     std::string err;
 };
+// `text` with each "@" replaced by `at`, and a command line's words split at spaces.
+std::string expandAt(std::string text, const std::string& at);
+std::vector<std::string> words(const std::string& command);
 void expectAnswers(const std::vector<Answer>& rows, const std::vector<std::string>& extraEnv = {},
                    const std::string& at = {});
 
 std::string readFile(const std::string& path);
+
+// How often `part` occurs in `text`, not overlapping, and whether it does at all.
+std::size_t count(const std::string& text, const std::string& part);
+inline bool mentions(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
 
 } // namespace quarbel::test

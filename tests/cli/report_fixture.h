@@ -2,6 +2,8 @@
 // Small reports written by hand, for the history, compare and gate tests.
 #pragma once
 
+#include "results/run_history.h"
+
 #include <nlohmann/json.hpp>
 
 #include <optional>
@@ -18,8 +20,12 @@ struct Result {
     bool noisy = false;
 };
 
-inline std::string reportText(const std::string& startedAt, const std::string& version, bool quick,
-                              std::vector<Result> results, bool stopped = false) {
+// A report as `quarbel run --json` writes it, cut down to what the readers use.
+inline std::string reportText(const std::string& startedAt, const std::vector<Result>& results = {},
+                              const std::string& version = "1.0", bool quick = false, bool stopped = false) {
+    const auto orNull = [](const auto& value) {
+        return value ? nlohmann::json(*value) : nlohmann::json(nullptr);
+    };
     nlohmann::json entries = nlohmann::json::array();
     for (const auto& r : results)
         entries.push_back(
@@ -27,7 +33,7 @@ inline std::string reportText(const std::string& startedAt, const std::string& v
              {"title", r.title},
              {"status", r.score > 0 ? "ok" : "failed"},
              {"score", r.score},
-             {"spreadPercent", r.spread ? nlohmann::json(*r.spread) : nlohmann::json(nullptr)},
+             {"spreadPercent", orNull(r.spread)},
              {"noisy", r.noisy},
              {"uncertainty", r.standardError ? nlohmann::json{{"relativeStandardError", *r.standardError},
                                                               {"degreesOfFreedom", 19},
@@ -44,6 +50,21 @@ inline std::string reportText(const std::string& startedAt, const std::string& v
         {"summary", stopped ? nlohmann::json(nullptr) : nlohmann::json{{"title", "Full Suite"}}},
         {"globalScore", 1234.5}}
         .dump();
+}
+
+// A CPU Single-Core result as the history reads it back.
+inline SavedResult savedResult(double score, const std::string& status = "ok") {
+    return {"cpuInteger", "CPU Single-Core", status, score, std::nullopt, {}};
+}
+
+// A run of `results` as the history reads it back; a test sets the other fields it needs.
+inline SavedRun savedRun(std::vector<SavedResult> results, const std::string& path = "",
+                         const std::string& version = "") {
+    SavedRun run;
+    run.path = path;
+    run.version = version;
+    run.results = std::move(results);
+    return run;
 }
 
 } // namespace quarbel::test

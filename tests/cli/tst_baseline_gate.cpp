@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // `quarbel run --baseline`: the gate CI jobs rely on, against real quick runs (its bad
-// arguments are refused in tst_cli). Serial: a
-// run made noisy by tests running beside it could not be judged.
+// arguments are refused in tst_cli). Serial: a run made noisy by tests running beside it
+// could not be judged.
 #include "process.h"
 #include "report_fixture.h"
 #include "sensors/fake_tree.h"
@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 using namespace quarbel;
+using quarbel::test::mentions;
 using quarbel::test::reportText;
 using quarbel::testing::FakeTree;
 
@@ -17,21 +18,21 @@ TEST(RunAgainstBaseline, TheGateRerunsOnlyWhatItFlaggedAndExitsByWhatRemains) {
     const std::vector<std::string> env{"XDG_DATA_HOME=" + tree.root()};
     // Baselines a real quick CPU Single-Core run cannot match, cannot fail to beat, or cannot
     // be judged against (measured on a noisy machine). Memory Stream ran in neither.
-    tree.write("fast.json",
-               reportText("2026-11-23T10:00:00Z", "0.1.0", true,
-                          {{"CPU Single-Core", 1e12, std::nullopt, 0.01}, {"Memory Stream", 0}}));
-    tree.write("slow.json", reportText("2026-11-23T10:00:00Z", "0.1.0", true,
-                                       {{"CPU Single-Core", 1, std::nullopt, 0.01}}));
-    tree.write("noisy.json", reportText("2026-11-23T10:00:00Z", "0.1.0", true,
-                                        {{"CPU Single-Core", 1000, std::nullopt, 0.01, true}}));
-    struct Case {
+    const auto baseline = [&](const char* name, double score, bool noisy,
+                              std::vector<test::Result> more = {}) {
+        more.insert(more.begin(), {"CPU Single-Core", score, std::nullopt, 0.01, noisy});
+        tree.write(name, reportText("2026-11-23T10:00:00Z", more, "0.1.0", true));
+    };
+    baseline("fast.json", 1e12, false, {{"Memory Stream", 0}});
+    baseline("slow.json", 1, false);
+    baseline("noisy.json", 1000, true);
+    const struct {
         const char* baseline;
         std::vector<std::string> arguments;
         int exitCode;
-        int runs; // the first run and the confirming reruns
+        std::size_t runs; // the first run and the confirming reruns
         const char* message;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"fast.json",
          {"--fail-on-slower", "5", "--confirm", "1", "--junit", tree.path("j.xml")},
          3,
@@ -56,17 +57,12 @@ TEST(RunAgainstBaseline, TheGateRerunsOnlyWhatItFlaggedAndExitsByWhatRemains) {
             GTEST_SKIP() << "the machine is too busy to judge this run:\n" << result.err;
         SCOPED_TRACE(c.baseline + std::string(" ") + (c.arguments.empty() ? "" : c.arguments.front()));
         EXPECT_EQ(result.exitCode, c.exitCode) << result.err;
-        EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
-        EXPECT_NE(result.out.find("Against the baseline " + tree.path(c.baseline)), std::string::npos)
-            << result.out;
-        std::size_t runs = 0;
-        for (std::size_t at = result.out.find("Running"); at != std::string::npos;
-             at = result.out.find("Running", at + 1))
-            ++runs;
-        EXPECT_EQ(runs, static_cast<std::size_t>(c.runs)) << result.out;
-        EXPECT_EQ(result.out.find("Memory Stream ("), std::string::npos) << "ran in neither run: not flagged";
+        EXPECT_TRUE(mentions(result.err, c.message)) << result.err;
+        EXPECT_TRUE(mentions(result.out, "Against the baseline " + tree.path(c.baseline))) << result.out;
+        EXPECT_EQ(test::count(result.out, "Running"), c.runs) << result.out;
+        EXPECT_FALSE(mentions(result.out, "Memory Stream (")) << "ran in neither run: not flagged";
     }
     const std::string xml = tree.read("j.xml");
-    EXPECT_NE(xml.find("tests=\"1\" failures=\"1\" errors=\"0\" skipped=\"0\""), std::string::npos) << xml;
-    EXPECT_NE(xml.find("after 2 comparisons"), std::string::npos) << xml;
+    EXPECT_TRUE(mentions(xml, "tests=\"1\" failures=\"1\" errors=\"0\" skipped=\"0\"")) << xml;
+    EXPECT_TRUE(mentions(xml, "after 2 comparisons")) << xml;
 }
