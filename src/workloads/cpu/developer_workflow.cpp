@@ -129,16 +129,13 @@ BenchmarkOutcome runCPUDeveloper(std::int64_t workers, const WorkloadContext& co
             });
 
         const double throughput = static_cast<double>(bytesHashed) / timing.elapsedSeconds * 0x1p-20;
-        BenchmarkOutcome outcome;
-        outcome.status = OutcomeStatus::ok;
-        outcome.score = throughput * kWorkflowScoreFactor;
-        outcome.primary = {"Workflow", format(throughput, 1), "MB/s"};
-        outcome.secondary = MeasurementLine{"Threads", std::to_string(workers), ""};
-        outcome.duration = timing.elapsedSeconds;
-        outcome.detail = "Production workload: 256 KB blocks, text/binary mutation, and sustained SHA-256 "
-                         "hashing. Digest " +
-                         std::to_string(digestByte) + ".";
-        return outcome;
+        return completedOutcome(
+            timing, throughput * kWorkflowScoreFactor,
+            MeasurementLine{"Workflow", format(throughput, 1), "MB/s"},
+            MeasurementLine{"Threads", std::to_string(workers), ""},
+            "Production workload: 256 KB blocks, text/binary mutation, and sustained SHA-256 "
+            "hashing. Digest " +
+                std::to_string(digestByte) + ".");
     } catch (const std::exception& error) {
         return failedOutcome("The developer workflow could not hash: " + std::string(error.what()) + ".");
     }

@@ -95,17 +95,12 @@ BenchmarkOutcome runRawCPUDecode(const WorkloadContext& context, int width, int 
             });
 
         const double fps = static_cast<double>(frames) / timing.elapsedSeconds;
-        BenchmarkOutcome outcome;
-        outcome.status = OutcomeStatus::ok;
-        outcome.score = fps * kRawScoreFactor;
-        outcome.primary = {"Decode", format(fps, 2), "FPS"};
-        outcome.secondary = MeasurementLine{"Frame", "4K DCI", "RAW"};
-        outcome.duration = timing.elapsedSeconds;
-        outcome.detail =
+        return completedOutcome(
+            timing, fps * kRawScoreFactor, MeasurementLine{"Decode", format(fps, 2), "FPS"},
+            MeasurementLine{"Frame", "4K DCI", "RAW"},
             "Synthetic RAW CPU decode: 16-bit Bayer, simple demosaic, color transform, and gamma. "
             "Checksum " +
-            checksumPrefix(checksum) + ".";
-        return outcome;
+                checksumPrefix(checksum) + ".");
     } catch (const std::exception& error) {
         return failedOutcome("The RAW CPU decode could not run: " + std::string(error.what()) + ".");
     }

@@ -159,15 +159,11 @@ BenchmarkOutcome runCineTile(const WorkloadContext& context, int width, int heig
         const std::int64_t samples = checkedMultiply(std::max<std::int64_t>(frames, 1), samplesPerFrame);
         // Counts samples (four per pixel) although the unit reads MPix/s.
         const double rate = static_cast<double>(samples) / timing.elapsedSeconds / 1e6;
-        BenchmarkOutcome outcome;
-        outcome.status = OutcomeStatus::ok;
-        outcome.score = rate * kTileScoreFactor;
-        outcome.primary = {"Renderer", format(rate, 2), "MPix/s"};
-        outcome.secondary = MeasurementLine{"Frames", std::to_string(frames), ""};
-        outcome.duration = timing.elapsedSeconds;
-        outcome.detail = "Sustained CPU tile render at " + std::to_string(width) + "x" +
-                         std::to_string(height) + ", checksum " + checksumPrefix(checksum) + ".";
-        return outcome;
+        return completedOutcome(timing, rate * kTileScoreFactor,
+                                MeasurementLine{"Renderer", format(rate, 2), "MPix/s"},
+                                MeasurementLine{"Frames", std::to_string(frames), ""},
+                                "Sustained CPU tile render at " + std::to_string(width) + "x" +
+                                    std::to_string(height) + ", checksum " + checksumPrefix(checksum) + ".");
     } catch (const std::exception& error) {
         return failedOutcome("The CPU tile renderer could not run: " + std::string(error.what()) + ".");
     }
