@@ -26,14 +26,22 @@ start_display() {
 # storage_bench BUILD: the path of the storage workloads' bench program in BUILD, a Release
 # build with the benchmarks, configured and built there when it is missing.
 storage_bench() {
+  local build="$1"
+  [[ -x "$build/bench/storage/quarbel_storage_bench" ]] || build_release_targets "$build" quarbel_storage_bench
+  echo "$build/bench/storage/quarbel_storage_bench"
+}
+
+# build_release_targets BUILD TARGET...: configures BUILD as a Release build with the benchmarks
+# and without the tests when it has not been configured yet, then brings the targets up to date.
+build_release_targets() {
   local build="$1" root
+  shift
   root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
-  if [[ ! -x "$build/bench/storage/quarbel_storage_bench" ]]; then
+  if [[ ! -f "$build/build.ninja" ]]; then
     cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DQUARBEL_BUILD_TESTS=OFF \
       -DQUARBEL_BUILD_BENCHMARKS=ON >/dev/null
-    cmake --build "$build" -j2 --target quarbel_storage_bench >/dev/null
   fi
-  echo "$build/bench/storage/quarbel_storage_bench"
+  cmake --build "$build" -j "$(nproc)" --target "$@" >/dev/null
 }
 
 # build_programs BUILD TARGET...: brings the named targets of BUILD up to date and points CLI

@@ -13,16 +13,13 @@
 set -euo pipefail
 
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+source "$ROOT/bench/common.sh"
 SECONDS_PER_RUN="${1:-10}"
 ROUNDS="${2:-3}"
 BUILD="${3:-$ROOT/build/bench}"
 CPUS="$(nproc)" # the affinity mask, as the workloads count it
 
-if [[ ! -f "$BUILD/build.ninja" ]]; then
-  cmake -S "$ROOT" -B "$BUILD" -G Ninja -DCMAKE_BUILD_TYPE=Release -DQUARBEL_BUILD_TESTS=OFF \
-    -DQUARBEL_BUILD_BENCHMARKS=ON >/dev/null
-fi
-cmake --build "$BUILD" -j "$CPUS" --target quarbel_cpu_workload_runner quarbel_triad_reference >/dev/null
+build_release_targets "$BUILD" quarbel_cpu_workload_runner quarbel_triad_reference
 
 RUNNER="$BUILD/bench/quarbel_cpu_workload_runner"
 TRIAD="$BUILD/bench/quarbel_triad_reference"

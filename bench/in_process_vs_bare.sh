@@ -24,11 +24,7 @@ if [[ "${2:-}" == "--full" ]]; then
 fi
 BUILD="${2:-$ROOT/build/bench}"
 
-if [[ ! -f "$BUILD/build.ninja" ]]; then
-  cmake -S "$ROOT" -B "$BUILD" -G Ninja -DCMAKE_BUILD_TYPE=Release -DQUARBEL_BUILD_TESTS=OFF \
-    -DQUARBEL_BUILD_BENCHMARKS=ON >/dev/null
-fi
-cmake --build "$BUILD" -j "$(nproc)" --target quarbel quarbel_cpu_workload_runner >/dev/null
+build_release_targets "$BUILD" quarbel quarbel_cpu_workload_runner
 
 # QUARBEL=path runs another build of the command line, e.g. an older one, on the in-process side.
 QUARBEL="${QUARBEL:-$BUILD/src/cli/quarbel}"

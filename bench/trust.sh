@@ -30,11 +30,7 @@ MODE="${1:?usage: bench/trust.sh survey|trust [N] [build dir]}"
 N="${2:-10}"
 BUILD="${3:-$ROOT/build/bench}"
 if [[ -z "${QUARBEL:-}" ]]; then
-  if [[ ! -f "$BUILD/build.ninja" ]]; then
-    cmake -S "$ROOT" -B "$BUILD" -G Ninja -DCMAKE_BUILD_TYPE=Release -DQUARBEL_BUILD_TESTS=OFF \
-      -DQUARBEL_BUILD_BENCHMARKS=ON >/dev/null
-  fi
-  cmake --build "$BUILD" -j "$(nproc)" --target quarbel >/dev/null
+  build_release_targets "$BUILD" quarbel
   QUARBEL="$BUILD/src/cli/quarbel"
 fi
 if [[ "$MODE" == trust ]] && ! command -v stress-ng >/dev/null; then
