@@ -34,9 +34,8 @@ std::string fileText(const fs::path& path) {
 }
 
 std::size_t fileCount(const fs::path& folder) {
-    std::error_code ignored;
-    if (!fs::is_directory(folder, ignored)) return 0;
-    return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
+    std::error_code missing; // a folder not made yet holds no file
+    return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder, missing), {}));
 }
 
 } // namespace

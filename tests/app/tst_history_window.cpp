@@ -34,8 +34,9 @@ namespace {
 
 // A store whose finished and stopped runs are kept in `directory`, as the window keeps them.
 struct KeptRuns : test::FakeStore {
-    explicit KeptRuns(const std::string& directory) : recorder(store, directory) {}
-    RunHistoryRecorder recorder;
+    FakeTree tree;
+    const std::string directory = tree.path("runs");
+    RunHistoryRecorder recorder{store, directory};
 };
 
 QString q(const std::string& text) { return QString::fromStdString(text); }
@@ -56,15 +57,13 @@ QMessageBox* takeErrorBox(HistoryView& view) {
 } // namespace
 
 TEST(RunHistoryWindow, ComparesTheNewestCompleteRunWithTheNewestEarlierOneThatSharesABenchmark) {
-    FakeTree tree;
-    const std::string directory = tree.path("runs");
-    KeptRuns runs(directory);
+    KeptRuns runs;
     runs.run({BenchmarkID::cpuInteger}, 100);
     runs.run({BenchmarkID::memoryStream}, 50); // nothing in common with the others
     runs.run({BenchmarkID::cpuInteger}, 200);
     runs.stopped(BenchmarkID::cpuInteger); // the newest run, stopped before its benchmark ended
 
-    HistoryView view(directory);
+    HistoryView view(runs.directory);
     view.reload();
     ASSERT_EQ(view.runList()->count(), 4);
     const auto rowText = [&](int row) { return view.runList()->item(row)->text().toStdString(); };
@@ -136,14 +135,12 @@ TEST(RunHistoryWindow, ChangesAreInPercentAndRunsAreNamedByTheirBenchmarks) {
 }
 
 TEST(RunHistoryWindow, APastRunOpensReadOnlyAndSavesItsCardsAndReportOrSaysWhyNot) {
-    FakeTree tree;
-    const std::string directory = tree.path("runs");
-    KeptRuns runs(directory);
+    KeptRuns runs;
     runs.fakes.set(BenchmarkID::ssdRandom, test::FakeBehaviour::failing);
     runs.store.run({BenchmarkID::cpuCrypto, BenchmarkID::ssdRandom}, false);
     ASSERT_TRUE(runs.waitIdle());
 
-    HistoryView view(directory);
+    HistoryView view(runs.directory);
     view.reload();
     QTest::mouseClick(view.resultsButton(), Qt::LeftButton);
     EXPECT_TRUE(view.showingResults());
@@ -154,27 +151,26 @@ TEST(RunHistoryWindow, APastRunOpensReadOnlyAndSavesItsCardsAndReportOrSaysWhyNo
     ASSERT_TRUE(report->summary.has_value());
     EXPECT_EQ(report->summary->failed, 1);
 
-    const std::string folder = tree.path("cards");
-    QDir().mkpath(QString::fromStdString(folder));
-    ASSERT_TRUE(view.saveCards(QString::fromStdString(folder)));
-    const QStringList saved = QDir(QString::fromStdString(folder)).entryList(QDir::Files);
+    const std::string folder = runs.tree.path("cards");
+    QDir().mkpath(q(folder));
+    ASSERT_TRUE(view.saveCards(q(folder)));
+    const QStringList saved = QDir(q(folder)).entryList(QDir::Files);
     ASSERT_EQ(saved.size(), 3) << saved.join(' ').toStdString();
-    EXPECT_TRUE(saved.filter("Quarbel-Global-Result-").size() == 1 &&
-                saved.filter("Quarbel-SSD-Random-").size() == 1);
-    EXPECT_EQ(QImage(QDir(QString::fromStdString(folder)).filePath(saved.filter("Global").front())).size(),
-              QSize(1500, 1220));
+    ASSERT_EQ(saved.filter("Quarbel-SSD-Random-").size(), 1);
+    ASSERT_EQ(saved.filter("Quarbel-Global-Result-").size(), 1);
+    EXPECT_EQ(QImage(QDir(q(folder)).filePath(saved.filter("Global").front())).size(), QSize(1500, 1220));
     EXPECT_TRUE(view.statusText().contains("Saved 3 result cards in")) << view.statusText().toStdString();
     EXPECT_EQ(takeErrorBox(view), nullptr);
 
-    const std::string copy = tree.path("copy.json");
-    ASSERT_TRUE(view.saveReport(QString::fromStdString(copy)));
-    EXPECT_EQ(contentsOf(copy), contentsOf(listHistory(directory).runs.at(0).path))
+    const std::string copy = runs.tree.path("copy.json");
+    ASSERT_TRUE(view.saveReport(q(copy)));
+    EXPECT_EQ(contentsOf(copy), contentsOf(listHistory(runs.directory).runs.at(0).path))
         << "the report as it was kept";
 
     // Failures: a folder that is not there, a card name taken by a folder half-way through
     // (the global card already written is taken back), a report path that is a folder.
-    const std::string blocked = tree.path("blocked");
-    const QDir blockedDir(QString::fromStdString(blocked));
+    const std::string blocked = runs.tree.path("blocked");
+    const QDir blockedDir(q(blocked));
     QDir().mkpath(blockedDir.path());
     const QDateTime now = QDateTime::currentDateTime();
     for (const QDateTime& at : {now, now.addSecs(60)})
@@ -185,12 +181,11 @@ TEST(RunHistoryWindow, APastRunOpensReadOnlyAndSavesItsCardsAndReportOrSaysWhyNo
         std::function<bool()> save;
         const char* message;
     } failures[] = {
-        {"missing folder", [&] { return view.saveCards(QString::fromStdString(tree.path("missing"))); },
+        {"missing folder", [&] { return view.saveCards(q(runs.tree.path("missing"))); },
          "Could not save the result cards"},
         {"card name taken", [&] { return view.saveCards(blockedDir.path()); },
          "Could not save the result cards"},
-        {"report onto a folder", [&] { return view.saveReport(QString::fromStdString(folder)); },
-         "Could not save the report"},
+        {"report onto a folder", [&] { return view.saveReport(q(folder)); }, "Could not save the report"},
     };
     for (const auto& failure : failures) {
         EXPECT_FALSE(failure.save()) << failure.name;
@@ -200,7 +195,7 @@ TEST(RunHistoryWindow, APastRunOpensReadOnlyAndSavesItsCardsAndReportOrSaysWhyNo
         EXPECT_FALSE(box->informativeText().isEmpty());
     }
     EXPECT_TRUE(blockedDir.entryList(QDir::Files).isEmpty()) << "nothing half-written stays behind";
-    EXPECT_FALSE(QFileInfo::exists(QString::fromStdString(tree.path("missing"))));
+    EXPECT_FALSE(QFileInfo::exists(q(runs.tree.path("missing"))));
 }
 
 TEST(RunHistoryWindow, TheTrendFollowsEachBenchmarkOverRunsOfTheSameLength) {
@@ -208,13 +203,10 @@ TEST(RunHistoryWindow, TheTrendFollowsEachBenchmarkOverRunsOfTheSameLength) {
         SavedRun saved;
         saved.quick = quick;
         saved.stopped = stopped;
-        for (const auto& [id, score] : scores)
-            saved.results.push_back({id,
-                                     std::string(title(*benchmarkFromRawValue(id))),
-                                     score > 0 ? "ok" : "failed",
-                                     score,
-                                     std::nullopt,
-                                     {}});
+        for (const auto& [id, score] : scores) {
+            const std::string name(title(*benchmarkFromRawValue(id)));
+            saved.results.push_back({id, name, score > 0 ? "ok" : "failed", score, std::nullopt, {}});
+        }
         return saved;
     };
     // Newest first, as the history lists them.
@@ -243,14 +235,12 @@ TEST(RunHistoryWindow, TheTrendFollowsEachBenchmarkOverRunsOfTheSameLength) {
 }
 
 TEST(RunHistoryWindow, TheSummaryComparesTheKeptRunWithAKnownMachineAndSharesItAsOnePage) {
-    FakeTree tree;
-    const std::string directory = tree.path("runs");
-    KeptRuns runs(directory);
+    KeptRuns runs;
     ui::SummaryPanel panel(runs.store);
-    HistoryWindowController history(directory);
+    HistoryWindowController history(runs.directory);
     SummaryActions actions(runs.store, panel, runs.recorder, history);
     EXPECT_FALSE(panel.shareButton()->isEnabled()) << "nothing kept yet";
-    EXPECT_FALSE(actions.share(q(tree.path("early.html"))));
+    EXPECT_FALSE(actions.share(q(runs.tree.path("early.html"))));
 
     QString keptPath;
     QObject::connect(&runs.recorder, &RunHistoryRecorder::runKept,
@@ -261,11 +251,11 @@ TEST(RunHistoryWindow, TheSummaryComparesTheKeptRunWithAKnownMachineAndSharesItA
     EXPECT_TRUE(panel.shareButton()->isEnabled());
 
     // The page carries the kept report byte for byte; a folder is not a page to write.
-    ASSERT_TRUE(actions.share(q(tree.path("run.html"))));
-    const SharedReport shared = embeddedReport(contentsOf(tree.path("run.html")));
+    ASSERT_TRUE(actions.share(q(runs.tree.path("run.html"))));
+    const SharedReport shared = embeddedReport(contentsOf(runs.tree.path("run.html")));
     EXPECT_EQ(shared.problem, "");
     EXPECT_EQ(shared.report, contentsOf(keptPath.toStdString()));
-    EXPECT_FALSE(actions.share(q(directory)));
+    EXPECT_FALSE(actions.share(q(runs.directory)));
     EXPECT_TRUE(runs.store.logLines().last().contains(QStringLiteral("Run not shared: the page ")))
         << qPrintable(runs.store.logLines().last());
 

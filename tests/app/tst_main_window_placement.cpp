@@ -37,16 +37,13 @@ TEST(MainWindowPlacement, RestoresOnlyAUsableSavedFrameElseCentresAndFitsTheScre
     const QList<QRect> laptop{QRect(0, 0, 1366, 768)};
     const QList<QRect> laptopWithPanel{QRect(0, 28, 1366, 740)};
     const QList<QRect> tiny{QRect(0, 0, 800, 600)};
+    // clang-format off
     const Case cases[] = {
         {"first launch", {}, {}, centred},
         {"valid frame", true, "100 120 900 640", {100, 120, 900, 640}},
         {"frame on the second screen", true, "2000 50 1100 800", {2000, 50, 1100, 800}},
         {"frame partly off the left edge", true, "-500 100 900 640", {0, 100, 900, 640}},
-        {"frame that fits a smaller screen but crosses its right edge",
-         true,
-         "600 100 1200 700",
-         {166, 68, 1200, 700},
-         laptop},
+        {"frame that fits a smaller screen, crossing its right edge", true, "600 100 1200 700", {166, 68, 1200, 700}, laptop},
         {"frame narrower than 840", true, "10 20 839 700", centred},
         {"frame lower than 560", true, "10 20 1000 559", centred},
         {"frame off every screen", true, "3300 0 1000 700", centred},
@@ -63,13 +60,9 @@ TEST(MainWindowPlacement, RestoresOnlyAUsableSavedFrameElseCentresAndFitsTheScre
         {"frame larger than the screen it overlaps most", true, "2000 100 1400 1100", {1920, 0, 1280, 1024}},
         {"frame from a larger screen", true, "0 0 1900 1000", {0, 28, 1366, 740}, laptopWithPanel},
         {"screen smaller than the minimum", {}, {}, {0, 0, 800, 600}, tiny, {800, 560}, {1200, 820}},
-        {"frame on a screen smaller than the minimum",
-         true,
-         "0 0 900 640",
-         {0, 0, 800, 600},
-         tiny,
-         {800, 560}},
+        {"frame on a screen smaller than the minimum", true, "0 0 900 640", {0, 0, 800, 600}, tiny, {800, 560}},
     };
+    // clang-format on
     for (const Case& c : cases) {
         MemorySettings settings;
         if (c.hasSavedFrame.isValid()) settings.values[placement::kHasSavedFrameKey] = c.hasSavedFrame;
@@ -115,23 +108,10 @@ TEST(MainWindowPlacement, ASecondWindowOpensBesideTheFirstAndStaysOnScreen) {
     EXPECT_EQ(low.pos(), QPoint(920, 380)) << "moved, then back in from the screen's edges";
 }
 
-TEST(MainWindowPlacement, SavedFrameRoundTrips) {
+TEST(MainWindowPlacementCoordinator, BurstOfResizesWritesOnceCloseWritesAtOnceAndTheFrameComesBack) {
     MemorySettings settings;
     QWidget window;
-    window.setGeometry(-300, 40, 1234, 777);
-    placement::save(window, settings);
-    EXPECT_EQ(settings.values[placement::kFrameKey].toString(), QStringLiteral("-300 40 1234 777"));
-    EXPECT_TRUE(settings.values[placement::kHasSavedFrameKey].toBool());
-
-    QWidget next;
-    placement::configure(next, settings, kScreens);
-    EXPECT_EQ(QRect(next.pos(), next.size()), QRect(0, 40, 1234, 777)) << "brought back on screen whole";
-}
-
-TEST(MainWindowPlacementCoordinator, BurstOfResizesWritesOnceAndCloseWritesAtOnce) {
-    MemorySettings settings;
-    QWidget window;
-    window.setGeometry(100, 100, 900, 600);
+    window.setGeometry(-300, 100, 900, 600);
     placement::Coordinator coordinator(settings);
     coordinator.observe(window);
 
@@ -140,13 +120,13 @@ TEST(MainWindowPlacementCoordinator, BurstOfResizesWritesOnceAndCloseWritesAtOnc
         QResizeEvent resize(window.size(), QSize(899 + i, 599 + i));
         QCoreApplication::sendEvent(&window, &resize);
     }
-    QMoveEvent move(QPoint(100, 100), QPoint(90, 90));
+    QMoveEvent move(QPoint(-300, 100), QPoint(90, 90));
     QCoreApplication::sendEvent(&window, &move);
     EXPECT_EQ(settings.frameWrites, 0) << "a save waits for the burst to end";
     ASSERT_TRUE(processEventsUntil([&] { return settings.frameWrites > 0; }));
     EXPECT_FALSE(coordinator.savePending());
     EXPECT_EQ(settings.frameWrites, 1);
-    EXPECT_EQ(settings.values[placement::kFrameKey].toString(), QStringLiteral("100 100 910 610"));
+    EXPECT_EQ(settings.values[placement::kFrameKey].toString(), QStringLiteral("-300 100 910 610"));
 
     window.resize(1000, 700);
     QResizeEvent resize(window.size(), QSize(910, 610));
@@ -154,5 +134,10 @@ TEST(MainWindowPlacementCoordinator, BurstOfResizesWritesOnceAndCloseWritesAtOnc
     window.close();
     EXPECT_EQ(settings.frameWrites, 2) << "closing saves at once";
     EXPECT_FALSE(coordinator.savePending()) << "and drops the pending save";
-    EXPECT_EQ(settings.values[placement::kFrameKey].toString(), QStringLiteral("100 100 1000 700"));
+    EXPECT_EQ(settings.values[placement::kFrameKey].toString(), QStringLiteral("-300 100 1000 700"));
+    EXPECT_TRUE(settings.values[placement::kHasSavedFrameKey].toBool());
+
+    QWidget next;
+    placement::configure(next, settings, kScreens);
+    EXPECT_EQ(QRect(next.pos(), next.size()), QRect(0, 100, 1000, 700)) << "brought back on screen whole";
 }

@@ -35,9 +35,7 @@ TEST(Translations, PseudoTranslationLengthensTheWordsAndKeepsMarkersAndMarkup) {
         const QString pseudo = app::pseudoTranslation(source);
         EXPECT_TRUE(pseudo.startsWith(QString::fromUtf8(c.starts))) << qPrintable(pseudo);
         EXPECT_TRUE(pseudo.contains(QString::fromUtf8(c.keeps)));
-        if (pseudo != source) {
-            EXPECT_GE(pseudo.size(), source.size() * 14 / 10) << qPrintable(pseudo);
-        }
+        EXPECT_TRUE(pseudo == source || pseudo.size() >= source.size() * 14 / 10) << qPrintable(pseudo);
     }
 }
 
@@ -76,12 +74,7 @@ std::string placeMarkers(const QString& text) {
 } // namespace
 
 TEST(Translations, EveryGermanTextIsFinishedAndKeepsThePlaceMarkersOfItsSource) {
-#ifdef QUARBEL_SOURCE_DIR
-    const QString root = QStringLiteral(QUARBEL_SOURCE_DIR);
-#else
-    const QString root = QFileInfo(QStringLiteral(__FILE__)).absolutePath() + QStringLiteral("/../..");
-#endif
-    QFile file(root + QStringLiteral("/translations/quarbel_de.ts"));
+    QFile file(QFileInfo(QStringLiteral(__FILE__)).absolutePath() + "/../../translations/quarbel_de.ts");
     ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << qPrintable(file.fileName());
     QXmlStreamReader xml(&file);
     QString source;
