@@ -2,8 +2,11 @@
 // Shared pieces of the GPU workload tests.
 #pragma once
 
+#include "model/gpu_execution.h"
 #include "model/outcome.h"
 #include "model/workload_context.h"
+
+#include <gtest/gtest.h>
 
 #include <array>
 #include <cmath>
@@ -45,6 +48,27 @@ class CancellingProgress : public ProgressSink {
     std::int64_t cancelAfter_;
     std::mutex mutex_;
 };
+
+// Runs `run(context, placement)` in every memory placement, cancelled once `units` workgroups are
+// done, and checks what all of them report alike: a first part of one group, the stop exactly at
+// `units`, and the placement with its bytes copied (none when unified); then `check` looks at the rest.
+template <typename Run, typename Check>
+void forEachPlacement(std::int64_t units, std::uint64_t bytesCopied, Run run, Check check) {
+    for (const auto placement :
+         {GpuMemoryPlacement::unified, GpuMemoryPlacement::deviceMapped, GpuMemoryPlacement::deviceStaged}) {
+        SCOPED_TRACE(rawValue(placement));
+        CancellingProgress progress(units);
+        const BenchmarkOutcome outcome = run(progress.context(), placement);
+        ASSERT_EQ(outcome.status, OutcomeStatus::ok) << outcome.detail;
+        EXPECT_EQ(progress.units.front(), 1);
+        EXPECT_EQ(progress.units.back(), units);
+        EXPECT_EQ(progress.unit.name, "workgroups");
+        ASSERT_TRUE(outcome.gpu.has_value());
+        EXPECT_EQ(outcome.gpu->placement, placement);
+        EXPECT_EQ(outcome.gpu->bytesCopied, placement == GpuMemoryPlacement::unified ? 0 : bytesCopied);
+        check(outcome, progress);
+    }
+}
 
 using Float4 = std::array<float, 4>;
 

@@ -13,7 +13,7 @@
 
 using namespace quarbel;
 
-TEST(WithoutDevices, EveryGpuWorkloadIsSkippedWithItsReason) {
+TEST(WithoutDevices, EveryGpuWorkloadIsSkippedWithItsReasonAndNoDeviceIsFound) {
     WorkloadContext context;
     context.budgetSeconds = 0.0;
     const BenchmarkOutcome metal = skippedOutcome("Metal is not available on this machine.");
@@ -22,9 +22,6 @@ TEST(WithoutDevices, EveryGpuWorkloadIsSkippedWithItsReason) {
     EXPECT_EQ(runMetalVisual(context, {16, 9, std::nullopt, std::nullopt}), metal);
     EXPECT_EQ(runOpenCLCompute(context, {64, 1}),
               skippedOutcome("OpenCL is unavailable or no compatible device was found."));
-}
-
-TEST(WithoutDevices, ThereIsNoDefaultGpuAndNoOpenCLDevice) {
     EXPECT_EQ(gpu::defaultDeviceName(), std::nullopt);
     cl_device_id device = nullptr;
     cl_platform_id platform = nullptr;

@@ -57,17 +57,14 @@ std::vector<std::uint32_t> decodeOnDevice(const std::vector<std::uint16_t>& samp
 // The decode of one pixel on the CPU, with the same edge clamping and single precision.
 std::uint32_t referencePixel(const std::vector<std::uint16_t>& raw, std::uint32_t width, std::uint32_t height,
                              std::uint32_t id) {
-    const int x = static_cast<int>(id % width);
-    const int y = static_cast<int>(id / width);
-    const int w = static_cast<int>(width);
-    const int h = static_cast<int>(height);
-    const std::uint32_t left = raw[static_cast<std::size_t>(y * w + std::max(x - 1, 0))];
-    const std::uint32_t right = raw[static_cast<std::size_t>(y * w + std::min(x + 1, w - 1))];
-    const std::uint32_t up = raw[static_cast<std::size_t>(std::max(y - 1, 0) * w + x)];
-    const std::uint32_t down = raw[static_cast<std::size_t>(std::min(y + 1, h - 1) * w + x)];
+    const int x = static_cast<int>(id % width), y = static_cast<int>(id / width);
+    const auto at = [&](int dx, int dy) -> std::uint32_t {
+        return raw[static_cast<std::size_t>(std::clamp(y + dy, 0, static_cast<int>(height) - 1)) * width +
+                   static_cast<std::size_t>(std::clamp(x + dx, 0, static_cast<int>(width) - 1))];
+    };
     const float c = static_cast<float>(raw[id]) / 65535.0f;
-    const float hz = static_cast<float>(left + right) / 131070.0f;
-    const float vt = static_cast<float>(up + down) / 131070.0f;
+    const float hz = static_cast<float>(at(-1, 0) + at(1, 0)) / 131070.0f;
+    const float vt = static_cast<float>(at(0, -1) + at(0, 1)) / 131070.0f;
     const float rgb[3] = {c * 1.38f - vt * 0.18f, (hz + vt) * 0.54f, c * 0.82f + hz * 0.22f};
     std::uint32_t pixel = 0xFF000000u;
     for (int channel = 0; channel < 3; ++channel) {
@@ -129,32 +126,17 @@ TEST(RawDecodeKernel, FramesDecodeLikeTheCpuWithEdgesAsTheirOwnNeighbours) {
 }
 
 TEST(RawMetalDecode, ReportsFramesPerSecondOfTheFramesItDecodedWhereverTheFrameLives) {
-    const struct {
-        GpuMemoryPlacement placement;
-        std::uint64_t bytesCopied; // the frame, once, before timing
-    } cases[] = {
-        {GpuMemoryPlacement::unified, 0},
-        {GpuMemoryPlacement::deviceMapped, rawInputBytes(64 * 32)},
-        {GpuMemoryPlacement::deviceStaged, rawInputBytes(64 * 32)},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(rawValue(c.placement));
-        // 16 groups of 128 a frame: a 16th first, then the rest, in parts or whole frames.
-        CancellingProgress progress(2 * 16);
-        const BenchmarkOutcome outcome =
-            runRawMetalDecode(progress.context(), {64, 32, std::nullopt, {c.placement, 128, 1}});
-        ASSERT_EQ(outcome.status, OutcomeStatus::ok) << outcome.detail;
-        EXPECT_EQ(progress.units.front(), 1);
-        EXPECT_EQ(progress.units.back(), 32);
-        EXPECT_EQ(progress.unit.name, "workgroups");
-        const double fps = 2.0 / outcome.duration;
-        EXPECT_EQ(outcome.primary, (MeasurementLine{"Decode", format(fps, 2), "FPS"}));
-        EXPECT_DOUBLE_EQ(outcome.score, fps * 2250.0);
-        EXPECT_EQ(outcome.secondary, (MeasurementLine{"Frame", "8K", "RAW"}));
-        EXPECT_EQ(outcome.detail,
-                  "Synthetic RAW Metal decode: 8K 16-bit Bayer, demosaic, and GPU color transform.");
-        ASSERT_TRUE(outcome.gpu.has_value());
-        EXPECT_EQ(outcome.gpu->placement, c.placement);
-        EXPECT_EQ(outcome.gpu->bytesCopied, c.bytesCopied);
-    }
+    // 16 groups of 128 a frame: a 16th first, then the rest, in parts or whole frames; the frame
+    // is copied once, before timing.
+    quarbel::testing::forEachPlacement(
+        2 * 16, rawInputBytes(64 * 32),
+        [](const WorkloadContext& context, GpuMemoryPlacement placement) {
+            return runRawMetalDecode(context, {64, 32, std::nullopt, {placement, 128, 1}});
+        },
+        [](const BenchmarkOutcome& outcome, const CancellingProgress&) {
+            const double fps = 2.0 / outcome.duration;
+            EXPECT_EQ(outcome.primary, (MeasurementLine{"Decode", format(fps, 2), "FPS"}));
+            EXPECT_DOUBLE_EQ(outcome.score, fps * 2250.0);
+            EXPECT_EQ(outcome.secondary, (MeasurementLine{"Frame", "8K", "RAW"}));
+        });
 }

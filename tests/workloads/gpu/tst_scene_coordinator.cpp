@@ -12,8 +12,7 @@ using namespace quarbel::gpu;
 
 namespace {
 
-class FakeTarget final : public SceneFrameTarget {
-  public:
+struct FakeTarget final : SceneFrameTarget {
     Size size{1920, 1080};
     bool available = true; // a drawable can be acquired
     bool renders = true;   // the device takes the frame
@@ -35,64 +34,54 @@ class FakeTarget final : public SceneFrameTarget {
     }
 };
 
-// Each frame reads the clock twice: when it starts and when it is presented; the last frame
-// reads it once more when the frames in flight have finished.
-struct ScriptedClock {
-    std::deque<double> times;
-    double operator()() {
-        const double t = times.front();
-        if (times.size() > 1) times.pop_front();
-        return t;
-    }
-};
-
+// A coordinator on a scripted clock: each frame reads it when it starts and when it is
+// presented; the last frame reads it once more when the frames in flight have finished.
 struct SceneRun {
+    SceneRun(std::deque<double> clockTimes, double seconds, int workload)
+        : times(std::move(clockTimes)),
+          coordinator(
+              {"A", seconds, workload}, [this](const VisualBenchmarkLiveStats& s) { live.push_back(s); },
+              [this](const BenchmarkOutcome& o) { outcomes.push_back(o); },
+              [this] {
+                  const double t = times.front();
+                  if (times.size() > 1) times.pop_front();
+                  return t;
+              }) {}
+    void draw(int frames) {
+        for (int i = 0; i < frames; ++i)
+            coordinator.draw(target);
+    }
+
+    std::deque<double> times;
     std::vector<VisualBenchmarkLiveStats> live;
     std::vector<BenchmarkOutcome> outcomes;
-    std::shared_ptr<ScriptedClock> clock = std::make_shared<ScriptedClock>();
-
-    MetalBenchmarkSceneCoordinator coordinator(double seconds, int workload) {
-        return MetalBenchmarkSceneCoordinator(
-            {"A", seconds, workload}, [this](const VisualBenchmarkLiveStats& s) { live.push_back(s); },
-            [this](const BenchmarkOutcome& o) { outcomes.push_back(o); },
-            [clock = clock] { return (*clock)(); });
-    }
+    FakeTarget target;
+    MetalBenchmarkSceneCoordinator coordinator;
 };
 
 } // namespace
 
 TEST(SceneCoordinator, DrawsThreePassesPerWorkloadLevelAndAtLeastOne) {
-    const struct {
-        int workload;
-        int passes;
-    } cases[] = {{-4, 1}, {0, 1}, {1, 3}, {2, 6}};
-    for (const auto& c : cases) {
-        SceneRun run;
-        run.clock->times = {10.0, 10.5};
-        FakeTarget target;
-        target.size = {800, 400};
-        auto coordinator = run.coordinator(0.1, c.workload);
-        coordinator.draw(target);
-        ASSERT_EQ(target.passes.size(), std::size_t(c.passes)) << c.workload;
-        for (int p = 0; p < c.passes; ++p) {
-            EXPECT_FLOAT_EQ(target.passes[p].time, float(p) * 0.021f);
-            EXPECT_FLOAT_EQ(target.passes[p].aspect, 2.0f);
-            EXPECT_FLOAT_EQ(target.passes[p].detail, float(c.workload));
-            EXPECT_FLOAT_EQ(target.passes[p].mode, float(p));
+    for (const auto& [workload, passes] : {std::pair{-4, 1}, {0, 1}, {1, 3}, {2, 6}}) {
+        SceneRun run({10.0, 10.5}, 0.1, workload);
+        run.target.size = {800, 400};
+        run.draw(1);
+        ASSERT_EQ(run.target.passes.size(), std::size_t(passes)) << workload;
+        for (int p = 0; p < passes; ++p) {
+            EXPECT_FLOAT_EQ(run.target.passes[p].time, float(p) * 0.021f);
+            EXPECT_FLOAT_EQ(run.target.passes[p].aspect, 2.0f);
+            EXPECT_FLOAT_EQ(run.target.passes[p].detail, float(workload));
+            EXPECT_FLOAT_EQ(run.target.passes[p].mode, float(p));
         }
         ASSERT_EQ(run.outcomes.size(), 1u);
         EXPECT_EQ(run.outcomes[0].detail, "Metal fly-through with 1 visible frames and " +
-                                              std::to_string(c.passes) + "x workload per frame.");
+                                              std::to_string(passes) + "x workload per frame.");
     }
 }
 
 TEST(SceneCoordinator, FewerThanThreeFramesShowTheAverageAsMinimumAndMaximum) {
-    SceneRun run;
-    run.clock->times = {0.0, 0.5, 0.6, 1.0};
-    FakeTarget target;
-    auto coordinator = run.coordinator(1.0, 2);
-    coordinator.draw(target);
-    coordinator.draw(target);
+    SceneRun run({0.0, 0.5, 0.6, 1.0}, 1.0, 2);
+    run.draw(2);
     ASSERT_EQ(run.outcomes.size(), 1u);
     EXPECT_EQ(run.outcomes[0].primary, (MeasurementLine{"Scene", "2.0", "FPS"}));
     EXPECT_EQ(run.outcomes[0].secondary, (MeasurementLine{"Min/Max", "2.0 / 2.0", "FPS"}));
@@ -100,14 +89,13 @@ TEST(SceneCoordinator, FewerThanThreeFramesShowTheAverageAsMinimumAndMaximum) {
 }
 
 TEST(SceneCoordinator, RangeLeavesOutTheFirstTwoFramesAndMeasuresBetweenFrames) {
-    struct Case {
+    const struct {
         const char* name;
         std::deque<double> times; // the clock at each frame's start and end, then at the finish
         double seconds;
         const char* range;
         const char* average; // empty: not checked
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"frame 2 follows a 1 s gap (start-up), frames 3 and 4 gaps of 0.1 s and 0.05 s",
          {0.0, 0.2, 1.2, 1.4, 1.5, 1.6, 1.65, 3.0},
          2.5,
@@ -120,14 +108,10 @@ TEST(SceneCoordinator, RangeLeavesOutTheFirstTwoFramesAndMeasuresBetweenFrames) 
          "1000000.0 / 1000000.0",
          ""},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        SceneRun run;
-        run.clock->times = c.times;
-        FakeTarget target;
-        auto coordinator = run.coordinator(c.seconds, 1);
-        for (int i = 0; i < 4; ++i)
-            coordinator.draw(target);
+        SceneRun run(c.times, c.seconds, 1);
+        run.draw(4);
         ASSERT_EQ(run.outcomes.size(), 1u);
         EXPECT_EQ(run.outcomes[0].secondary->value, c.range);
         if (*c.average != '\0') {
@@ -137,41 +121,33 @@ TEST(SceneCoordinator, RangeLeavesOutTheFirstTwoFramesAndMeasuresBetweenFrames) 
 }
 
 TEST(SceneCoordinator, CompletesOnceAndSkipsFramesWithoutADrawableOrARender) {
-    SceneRun run;
-    run.clock->times = {0.0, 0.4, 0.5, 0.9, 1.0, 1.3};
-    FakeTarget target;
-    auto coordinator = run.coordinator(1.0, 1);
-    target.available = false;
-    coordinator.draw(target);
-    EXPECT_TRUE(target.passes.empty());
-    target.available = true;
-    target.renders = false;
-    coordinator.draw(target);
-    EXPECT_EQ(coordinator.frames(), 0) << "a frame the device did not render is not counted";
-    target.renders = true;
-    for (int i = 0; i < 4; ++i)
-        coordinator.draw(target);
-    EXPECT_TRUE(coordinator.finished());
+    SceneRun run({0.0, 0.4, 0.5, 0.9, 1.0, 1.3}, 1.0, 1);
+    run.target.available = false;
+    run.draw(1);
+    EXPECT_TRUE(run.target.passes.empty());
+    run.target.available = true;
+    run.target.renders = false;
+    run.draw(1);
+    EXPECT_EQ(run.coordinator.frames(), 0) << "a frame the device did not render is not counted";
+    run.target.renders = true;
+    run.draw(4);
     EXPECT_EQ(run.outcomes.size(), 1u);
-    EXPECT_EQ(coordinator.frames(), 2);
-    EXPECT_EQ(target.begun, 4) << "nothing is drawn once the outcome is out";
+    EXPECT_EQ(run.coordinator.frames(), 2);
+    EXPECT_EQ(run.target.begun, 4) << "nothing is drawn once the outcome is out";
 
-    coordinator.update({"A", 1.0, 1});
-    EXPECT_TRUE(coordinator.finished()) << "the same request changes nothing";
-    coordinator.update({"B", 1.0, 1});
-    EXPECT_FALSE(coordinator.finished());
-    EXPECT_EQ(coordinator.frames(), 0);
+    run.coordinator.update({"A", 1.0, 1});
+    EXPECT_TRUE(run.coordinator.finished()) << "the same request changes nothing";
+    run.coordinator.update({"B", 1.0, 1});
+    EXPECT_FALSE(run.coordinator.finished());
+    EXPECT_EQ(run.coordinator.frames(), 0);
 }
 
 TEST(SceneCoordinator, CountsTheTimeOfTheFramesStillInFlightAndGivesNoOutcomeWhenTheyAreLost) {
     for (const bool finishes : {true, false}) {
-        SceneRun run;
-        run.clock->times = {0.0, 1.0, 2.0}; // the frames in flight take a second more
-        FakeTarget target;
-        target.finishes = finishes;
-        auto coordinator = run.coordinator(1.0, 1);
-        coordinator.draw(target);
-        EXPECT_EQ(target.waitsForFramesInFlight, 1);
+        SceneRun run({0.0, 1.0, 2.0}, 1.0, 1); // the frames in flight take a second more
+        run.target.finishes = finishes;
+        run.draw(1);
+        EXPECT_EQ(run.target.waitsForFramesInFlight, 1);
         if (!finishes) {
             EXPECT_TRUE(run.outcomes.empty());
             continue;
