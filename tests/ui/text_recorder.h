@@ -4,16 +4,19 @@
 // says and where, read without looking at its pixels.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <QPaintDevice>
 #include <QPaintEngine>
+#include <QPainter>
 #include <QPainterPath>
 #include <QRectF>
 #include <QSize>
 #include <QStringList>
 #include <QTransform>
 
+#include <functional>
 #include <string>
-
 #include <vector>
 
 namespace quarbel::test {
@@ -102,6 +105,20 @@ inline std::vector<std::string> layoutFaults(const TextRecorder& recorder, QSize
                 faults.push_back(name(texts[i]) + " runs over the edge of a shape");
     }
     return faults;
+}
+
+// The texts `paint` draws on a device of `size`, in order; with `legible`, each layout fault
+// fails the running test.
+inline QStringList recordTexts(QSize size, const std::function<void(QPainter&)>& paint,
+                               bool legible = false) {
+    TextRecorder recorder(size);
+    QPainter painter(&recorder);
+    paint(painter);
+    painter.end();
+    if (legible)
+        for (const std::string& fault : layoutFaults(recorder, size))
+            ADD_FAILURE() << fault;
+    return recorder.texts();
 }
 
 } // namespace quarbel::test

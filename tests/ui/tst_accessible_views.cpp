@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The main window as assistive technology reads it, through runs of fake workloads on the
-// offscreen platform. The events that carry its changes need a listening bridge: the AT-SPI
-// test of the desktop program hears those (tests/app/screen_reader_test.py).
+// The main window as assistive technology reads it. The events that carry its changes need a
+// listening bridge: the AT-SPI test of the desktop program hears those.
 #include "support/window_fixture.h"
 #include "ui/views/comparison_view.h"
 #include "ui/views/result_panel.h"
@@ -19,12 +18,10 @@ using namespace quarbel;
 using namespace quarbel::ui;
 using quarbel::test::FakeBehaviour;
 
-// Readable failures.
 void PrintTo(const QString& text, std::ostream* out) { *out << '"' << text.toStdString() << '"'; }
 
 namespace {
 
-// The window with its accessibility interfaces.
 struct Window : test::Window {
     Window() : test::Window({}, {}, true) {}
 };
@@ -80,27 +77,30 @@ TEST(AccessibleViews, TheListHasAnItemPerPaintedRowThatPressingSelects) {
 
 TEST(AccessibleViews, AnItemAndTheResultSayWhatBecameOfTheirBenchmark) {
     const struct {
+        BenchmarkID id;
         FakeBehaviour behaviour;
         QString item;   // the item's description
         QString result; // in the result panel's description
     } cases[] = {
-        {FakeBehaviour::instantOk, "Done, " + theme::qstring(scoreText(250)) + " points",
+        {BenchmarkID::ssdRandom, FakeBehaviour::instantOk,
+         "Done, " + theme::qstring(scoreText(250)) + " points",
          theme::qstring(scoreText(250)) + " Quarbel points"},
-        {FakeBehaviour::failing, QStringLiteral("Failed"), QStringLiteral("Failed: Disk exploded.")},
-        {FakeBehaviour::skipping, QStringLiteral("Skipped"), QStringLiteral("Skipped: No device here.")},
+        {BenchmarkID::ssdSequential, FakeBehaviour::failing, QStringLiteral("Failed"),
+         QStringLiteral("Failed: Disk exploded.")},
+        {BenchmarkID::cpuCrypto, FakeBehaviour::skipping, QStringLiteral("Skipped"),
+         QStringLiteral("Skipped: No device here.")},
     };
-    for (const auto& c : cases) {
-        Window w;
-        const BenchmarkID id = BenchmarkID::ssdRandom;
-        w.fakes.set(id, c.behaviour, 250);
+    Window w;
+    for (const auto& [id, behaviour, itemText, result] : cases) {
+        w.fakes.set(id, behaviour, 250);
         w.store.setSelectedID(id);
         QAccessibleInterface* item = itemOf(w, id);
         ASSERT_NE(item, nullptr);
         EXPECT_EQ(item->text(QAccessible::Description), QStringLiteral("Not run"));
         w.store.runSelected();
         ASSERT_TRUE(w.waitIdle());
-        EXPECT_EQ(item->text(QAccessible::Description), c.item);
-        EXPECT_TRUE(said(w.window.resultPanel()).startsWith(c.result))
+        EXPECT_EQ(item->text(QAccessible::Description), itemText);
+        EXPECT_TRUE(said(w.window.resultPanel()).startsWith(result))
             << said(w.window.resultPanel()).toStdString();
     }
 }

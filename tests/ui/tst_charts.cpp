@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The charts the window, the result cards and the HTML export share: what the sensor trace
-// chart names and where its texts land, run labels that stay apart, the HTML page's charts
-// as generated SVG, and the history window's trend charts.
+// The charts the window, the result cards and the HTML export share.
 #include "text_recorder.h"
 #include "ui/cards/html_export.h"
 #include "ui/cards/line_chart.h"
@@ -98,22 +96,18 @@ TEST(TraceChart, NamesEachLineWithItsRangeAndLaysItOutLegibly) {
         EXPECT_EQ(traceLegend(c.trace), c.legend);
 
         const QSize size(520, 150);
-        test::TextRecorder recorder(size);
-        QPainter recording(&recorder);
-        paintTraceChart(recording, QRectF(QPointF(0, 0), size), c.trace, palette);
-        recording.end();
+        const auto paint = [&](QPainter& p) {
+            paintTraceChart(p, QRectF(QPointF(0, 0), size), c.trace, palette);
+        };
+        const QStringList texts = test::recordTexts(size, paint, true);
         for (const QString& text : c.legend)
-            EXPECT_TRUE(recorder.texts().contains(text)) << text.toStdString() << " drawn whole";
-        if (c.legend.empty()) {
-            EXPECT_EQ(recorder.texts(), QStringList{"No sensor readings"});
-        }
-        for (const std::string& fault : test::layoutFaults(recorder, size))
-            ADD_FAILURE() << fault;
+            EXPECT_TRUE(texts.contains(text)) << text.toStdString() << " drawn whole";
+        EXPECT_EQ(texts == QStringList{"No sensor readings"}, c.legend.empty());
 
         QImage image(size, QImage::Format_ARGB32_Premultiplied);
         image.fill(Qt::black);
         QPainter painter(&image);
-        paintTraceChart(painter, QRectF(QPointF(0, 0), size), c.trace, palette);
+        paint(painter);
         painter.end();
         EXPECT_EQ(image.pixelColor(260, 75).alpha(), 255);
     }
@@ -139,14 +133,11 @@ TEST(LineChart, RunLabelsStayApartAndInsideTheChart) {
         LineChart chart{"Global score per run", Qt::cyan, {}, c.style};
         for (std::size_t i = 0; i < c.points; ++i)
             chart.points.push_back({c.label, 100.0 + double(i % 7), 3});
-        test::TextRecorder recorder(size);
-        QPainter painter(&recorder);
-        paintLineChart(painter, QRectF(QPointF(0, 0), size), chart, cardChartPalette());
-        painter.end();
-        // The title, the range's two values and at least one label.
-        EXPECT_GE(recorder.texts().size(), 4);
-        for (const std::string& fault : test::layoutFaults(recorder, size))
-            ADD_FAILURE() << fault;
+        const QStringList texts = test::recordTexts(
+            size,
+            [&](QPainter& p) { paintLineChart(p, QRectF(QPointF(0, 0), size), chart, cardChartPalette()); },
+            true);
+        EXPECT_GE(texts.size(), 4) << "the title, the range's two values and at least one label";
     }
 }
 

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The window's Save Result Card buttons: when they act, the dialog they open, the file it
-// writes and the warning when it cannot.
+// The window's Save Result Card buttons, the dialog they open and what it writes.
 #include "support/window_fixture.h"
 #include "ui/views/result_card_saver.h"
 #include "ui/views/result_panel.h"
@@ -52,26 +51,29 @@ struct Window : test::Window {
 
 } // namespace
 
-TEST(ResultCardSaver, SavesTheSelectedOutcomeAndTheSummaryThroughANonModalDialog) {
+// Cancel writes nothing; a failed write warns with the system's reason, and the folder that
+// refused the card is not offered again; a benchmark without a score has no card to save.
+TEST(ResultCardSaver, SavesThroughANonModalDialogWarnsOnAFailedWriteAndNeedsAScore) {
     Window w;
-    w.store.setSelectedID(BenchmarkID::cpuCrypto);
+    w.fakes.set(BenchmarkID::openCLCompute, FakeBehaviour::skipping);
+    w.fakes.set(BenchmarkID::cpuCrypto, FakeBehaviour::failing);
+    w.store.setSelectedID(BenchmarkID::cpuInteger);
     QPushButton* single = w.window.resultPanel()->saveCardButton();
     EXPECT_FALSE(single->isEnabled()) << "no outcome yet, nothing to save";
     w.runSelected();
     ASSERT_TRUE(single->isEnabled());
 
     QTemporaryDir dir;
-    struct Case {
+    const struct {
         QPushButton* button;
         QString prefix;
         QSize size;
-    };
-    const Case cases[] = {
-        {single, QStringLiteral("Quarbel-CPU-Workflow-Result-"), QSize(1400, 900)},
+    } cases[] = {
+        {single, QStringLiteral("Quarbel-CPU-Single-Core-Result-"), QSize(1400, 900)},
         {w.window.summaryPanel()->saveCardButton(), QStringLiteral("Quarbel-Global-Result-"),
          QSize(1500, 1220)},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         QFileDialog* dialog = w.openDialog(c.button);
         ASSERT_NE(dialog, nullptr) << c.prefix.toStdString();
         EXPECT_TRUE(dialog->isVisible());
@@ -94,19 +96,8 @@ TEST(ResultCardSaver, SavesTheSelectedOutcomeAndTheSummaryThroughANonModalDialog
     EXPECT_TRUE(QTest::qWaitFor([&] { return !w.savedNote()->isVisible(); },
                                 ResultCardSaver::kNoticeMilliseconds + 2000))
         << "the note goes by itself";
-}
 
-// Cancel writes nothing; a failed write warns with the system's reason, and the folder that
-// refused the card is not offered again; a benchmark without a score has no card to save.
-TEST(ResultCardSaver, CancelDoesNothingAFailedWriteWarnsAndNoCardWithoutAScore) {
-    Window w;
-    w.fakes.set(BenchmarkID::openCLCompute, FakeBehaviour::skipping);
-    w.fakes.set(BenchmarkID::cpuCrypto, FakeBehaviour::failing);
-    w.store.setSelectedID(BenchmarkID::cpuInteger);
-    w.runSelected();
-    QPushButton* button = w.window.resultPanel()->saveCardButton();
-    QTemporaryDir dir;
-    QFileDialog* dialog = w.openDialog(button);
+    QFileDialog* dialog = w.openDialog(single);
     ASSERT_NE(dialog, nullptr);
     dialog->selectFile(dir.filePath(QStringLiteral("cancelled.png")));
     dialog->reject();
@@ -114,9 +105,8 @@ TEST(ResultCardSaver, CancelDoesNothingAFailedWriteWarnsAndNoCardWithoutAScore) 
     EXPECT_EQ(w.errorBox(), nullptr);
     QTest::qWait(1);
 
-    w.saveTo(button, dir.filePath(QStringLiteral("first.png")));
     const QString unreachable = dir.filePath(QStringLiteral("missing/second.png"));
-    EXPECT_EQ(w.saveTo(button, unreachable), QDir(dir.path()).absolutePath());
+    EXPECT_EQ(w.saveTo(single, unreachable), QDir(dir.path()).absolutePath());
     QMessageBox* box = w.errorBox();
     ASSERT_NE(box, nullptr);
     EXPECT_EQ(box->icon(), QMessageBox::Warning);
@@ -126,13 +116,13 @@ TEST(ResultCardSaver, CancelDoesNothingAFailedWriteWarnsAndNoCardWithoutAScore) 
     EXPECT_FALSE(QFileInfo::exists(unreachable));
     box->close();
     QTest::qWait(1);
-    EXPECT_EQ(w.saveTo(button, dir.filePath(QStringLiteral("third.png"))), QDir(dir.path()).absolutePath())
+    EXPECT_EQ(w.saveTo(single, dir.filePath(QStringLiteral("third.png"))), QDir(dir.path()).absolutePath())
         << "the folder that refused the card is not offered again";
 
     for (const BenchmarkID id : {BenchmarkID::openCLCompute, BenchmarkID::cpuCrypto}) {
         w.store.setSelectedID(id);
         w.runSelected();
-        EXPECT_FALSE(button->isEnabled()) << title(id);
+        EXPECT_FALSE(single->isEnabled()) << title(id);
         w.saver->saveSelectedBenchmarkCard();
         EXPECT_EQ(w.window.findChild<QFileDialog*>(QStringLiteral("resultCardDialog")), nullptr) << title(id);
     }

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The result cards as a person reads them: their sizes and palette, what they say, the
-// names they are saved under and how a failed write leaves the file it would replace.
+// The result cards as a person reads them, the names they are saved under and their writing.
 #include "text_recorder.h"
 #include "ui/cards/result_card.h"
 #include "ui/cards/result_card_exporter.h"
@@ -73,15 +72,6 @@ SummaryCardContent summaryContent() {
     return content;
 }
 
-template <typename Content, typename Paint>
-QStringList textsOf(const Content& content, QSize size, Paint paint) {
-    test::TextRecorder recorder(size);
-    QPainter painter(&recorder);
-    paint(painter, content);
-    painter.end();
-    return recorder.texts();
-}
-
 // Every value as long as a real run could make it: nine-digit scores, long labels and units.
 BenchmarkOutcome longOutcome() {
     return {OutcomeStatus::ok,
@@ -92,11 +82,13 @@ BenchmarkOutcome longOutcome() {
             "A detail long enough to need its three lines and more. " + std::string(300, 'x')};
 }
 
-QStringList benchmarkTexts(const BenchmarkCardContent& c) {
-    return textsOf(c, kBenchmarkCardSize, paintBenchmarkCard);
+QStringList benchmarkTexts(const BenchmarkCardContent& c, bool legible = false) {
+    return test::recordTexts(
+        kBenchmarkCardSize, [&](QPainter& p) { paintBenchmarkCard(p, c); }, legible);
 }
-QStringList summaryTexts(const SummaryCardContent& c) {
-    return textsOf(c, kSummaryCardSize, paintSummaryCard);
+QStringList summaryTexts(const SummaryCardContent& c, bool legible = false) {
+    return test::recordTexts(
+        kSummaryCardSize, [&](QPainter& p) { paintSummaryCard(p, c); }, legible);
 }
 
 } // namespace
@@ -107,20 +99,15 @@ TEST(ResultCards, HaveExactlyTheirSizesAtScaleOneInThePaletteColours) {
     ASSERT_EQ(single.size(), QSize(1400, 900));
     ASSERT_EQ(global.size(), QSize(1500, 1220));
     EXPECT_EQ(single.devicePixelRatio(), 1.0);
-    struct Probe {
-        const QImage& image;
-        QPoint point;
-        QColor colour;
-    };
     // Corners are background; the probes inside panels are in gaps between their contents.
-    const Probe probes[] = {
+    const std::tuple<const QImage&, QPoint, QColor> probes[] = {
         {single, {3, 3}, Palette::background()}, {single, {1396, 896}, Palette::background()},
         {single, {784, 480}, Palette::panel()},  {global, {3, 1216}, Palette::background()},
         {global, {1434, 600}, Palette::panel()}, {global, {1434, 220}, Palette::panel()},
     };
-    for (const Probe& p : probes)
-        EXPECT_EQ(QColor(p.image.pixel(p.point)).name().toStdString(), p.colour.name().toStdString())
-            << p.point.x() << "," << p.point.y();
+    for (const auto& [image, point, colour] : probes)
+        EXPECT_EQ(QColor(image.pixel(point)).name().toStdString(), colour.name().toStdString())
+            << point.x() << "," << point.y();
 }
 
 TEST(ResultCards, GlobalCardHasTheTableInOrderAndTheSkippedAndFailedSection) {
@@ -172,28 +159,11 @@ TEST(ResultCards, LongValuesStayInsideTheirPlaces) {
         std::string(200, 'x');
     single.startCelsius = 123.4;
     single.energy.measured = {{PowerDomain::cpuPackage, "RAPL package-0", 1e9, 123456.7, 234567.8}};
-    const struct {
-        const char* card;
-        QSize size;
-        std::function<void(QPainter&)> paint;
-    } cases[] = {
-        {"single, normal values", kBenchmarkCardSize,
-         [](QPainter& p) { paintBenchmarkCard(p, benchmarkContent(false)); }},
-        {"single, long values", kBenchmarkCardSize, [&](QPainter& p) { paintBenchmarkCard(p, single); }},
-        {"global, normal values", kSummaryCardSize,
-         [](QPainter& p) { paintSummaryCard(p, summaryContent()); }},
-        {"global, long values", kSummaryCardSize, [&](QPainter& p) { paintSummaryCard(p, global); }},
-    };
-    for (const auto& c : cases) {
-        test::TextRecorder recorder(c.size);
-        QPainter painter(&recorder);
-        c.paint(painter);
-        painter.end();
-        for (const std::string& fault : test::layoutFaults(recorder, c.size))
-            ADD_FAILURE() << c.card << ": " << fault;
-    }
-    const QStringList texts = textsOf(single, kBenchmarkCardSize, paintBenchmarkCard);
-    EXPECT_TRUE(texts.contains(QStringLiteral("123456789"))) << "the score is shown whole";
+    benchmarkTexts(benchmarkContent(false), true);
+    summaryTexts(summaryContent(), true);
+    summaryTexts(global, true);
+    EXPECT_TRUE(benchmarkTexts(single, true).contains(QStringLiteral("123456789")))
+        << "the score is shown whole";
 }
 
 namespace {
@@ -206,8 +176,7 @@ const EnergyMeasurement kGpu{PowerDomain::gpu, "NVML", 400, 160, 181};
 
 } // namespace
 
-// What a result says about its energy: a line per domain with the efficiency, the primary
-// rate per watt on the domain that judges it, the reason for each missing domain.
+// The primary rate per watt is on the domain that judges the benchmark.
 TEST(ResultCardContent, EnergyTextsNameEachDomainAndTheEfficiency) {
     const MeasurementLine gflops{"Compute", "17.06", "GFLOPS"};
     const struct Case {
@@ -262,7 +231,6 @@ TEST(ResultCardContent, EnergyTextsNameEachDomainAndTheEfficiency) {
     }
 
     const std::tuple<const char*, std::optional<double>, const char*> sensors[] = {
-        {"steady", 45.2, "Sensors: steady \u00b7 started at 45 \u00b0C"},
         {"steady", std::nullopt, "Sensors: steady"},
         {"", 45.2, "Started at 45 \u00b0C"},
         {"", std::nullopt, ""},
@@ -280,23 +248,29 @@ TEST(ResultCardContent, EnergyTextsNameEachDomainAndTheEfficiency) {
     EXPECT_EQ(runEnergyText(runEnergy({{}, {}})), "");
 }
 
-// What each card says of its benchmark or run: the measurement, when and on which machine,
-// the mode, a skipped benchmark's reason, and what the report says of sensors and energy.
 TEST(ResultCards, SayWhatWasMeasuredWhenAndOnWhichMachine) {
     BenchmarkCardContent skipped = benchmarkContent(false);
     skipped.outcome = skippedOutcome("No OpenCL device.");
     skipped.temperature = TemperatureSnapshot::unavailable;
     RunReport report;
-    report.summary = summaryContent().summary;
     const BenchmarkOutcome outcome = *summaryContent().rows[BenchmarkID::cpuInteger].outcome; // 500 points
     report.results = {makeReportEntry(BenchmarkID::memoryStream, outcome),
-                      makeReportEntry(BenchmarkID::cpuInteger, outcome)};
+                      makeReportEntry(BenchmarkID::cpuInteger, outcome),
+                      makeReportEntry(BenchmarkID::cpuCrypto, skippedOutcome("none"))};
     report.results[0].statistics.energy = {{kPackage}, {kNoGpu, kNoBattery}};
     report.results[0].statistics.traceSummary = "steady";
     report.results[0].statistics.startCelsius = 45;
     report.results[1].statistics.energy = {{}, {kNoPackage, kNoGpu, kNoBattery}};
+    EXPECT_FALSE(summaryCard(report, {}).has_value()) << "a stopped run has no global card";
+    report.summary = summaryContent().summary;
+    const auto summary = summaryCard(report, {});
+    ASSERT_TRUE(summary.has_value());
+    EXPECT_EQ(summary->rows[BenchmarkID::cpuCrypto].state, TestRunState::skipped);
+    EXPECT_EQ(summary->rows[BenchmarkID::memoryStream].state, TestRunState::done);
+    EXPECT_EQ(summary->rows[BenchmarkID::ssdRandom].state, TestRunState::idle);
     const auto fromReport = benchmarkCards(report, {});
-    ASSERT_EQ(fromReport.size(), 2u);
+    ASSERT_EQ(fromReport.size(), 3u);
+    EXPECT_EQ(fromReport[1].id, BenchmarkID::cpuInteger);
     const struct {
         const char* name;
         QStringList texts;
@@ -321,9 +295,7 @@ TEST(ResultCards, SayWhatWasMeasuredWhenAndOnWhichMachine) {
         {"no energy measured",
          benchmarkTexts(fromReport[1]),
          {"Energy: not measured (a virtual machine exposes no power sensors)"}},
-        {"the run's energy",
-         summaryTexts(*summaryCard(report, {})),
-         {"Energy over the run: CPU package 31.2 J"}},
+        {"the run's energy", summaryTexts(*summary), {"Energy over the run: CPU package 31.2 J"}},
     };
     for (const auto& c : cases) {
         for (const char* text : c.shown)
@@ -363,11 +335,9 @@ TEST(ResultCardFilename, CollapsesRunsOfOtherCharactersTrimsDashesAndStampsTheLo
 
     const QString prefix = Exporter::benchmarkCardPrefix(BenchmarkID::cpuInteger);
     EXPECT_EQ(prefix, QStringLiteral("Quarbel-CPU Single-Core-Result"));
-    EXPECT_EQ(Exporter::filename(prefix, QDateTime(QDate(2026, 3, 3), QTime(14, 5, 0))),
-              Exporter::filename(prefix, QDateTime(QDate(2026, 3, 3), QTime(14, 5, 59))))
-        << "two saves in the same minute suggest the same name";
-    EXPECT_NE(Exporter::filename(prefix, QDateTime(QDate(2026, 3, 3), QTime(14, 5, 59))),
-              Exporter::filename(prefix, QDateTime(QDate(2026, 3, 3), QTime(14, 6, 0))));
+    for (const auto& [time, minute] : {std::pair{QTime(14, 5, 59), "1405"}, {QTime(14, 6, 0), "1406"}})
+        EXPECT_EQ(Exporter::filename(prefix, QDateTime(QDate(2026, 3, 3), time)),
+                  QStringLiteral("Quarbel-CPU-Single-Core-Result-2026-03-03-%1.png").arg(minute));
 }
 
 namespace {
@@ -392,8 +362,7 @@ struct FileSizeLimit {
 
 } // namespace
 
-// A card is written whole or not at all: a failed write keeps the file it would replace and
-// leaves nothing beside it, and says why, in the system's words where the system refused.
+// A failed write keeps the file it would replace and leaves nothing beside it.
 TEST(ResultCardWrite, WritesThePngWholeOrKeepsTheOldFileAndSaysWhy) {
     const QImage card = renderSummaryCard(summaryContent());
     QTemporaryDir dir;
@@ -437,21 +406,4 @@ TEST(ResultCardWrite, WritesThePngWholeOrKeepsTheOldFileAndSaysWhy) {
     struct stat status {};
     ASSERT_EQ(stat("/dev/full", &status), 0);
     EXPECT_TRUE(S_ISCHR(status.st_mode)) << "the device is still there";
-}
-
-TEST(ResultCardContent, ReportGivesOneCardPerResultAndTheRowsOfTheRun) {
-    RunReport report;
-    report.results.push_back(makeReportEntry(BenchmarkID::cpuCrypto, skippedOutcome("none")));
-    report.results.push_back(makeReportEntry(BenchmarkID::ssdRandom,
-                                             summaryContent().rows[BenchmarkID::cpuInteger].outcome.value()));
-    EXPECT_FALSE(summaryCard(report, {}).has_value()) << "a stopped run has no global card";
-    report.summary = summaryContent().summary;
-    const auto card = summaryCard(report, {});
-    ASSERT_TRUE(card.has_value());
-    EXPECT_EQ(card->rows[BenchmarkID::cpuCrypto].state, TestRunState::skipped);
-    EXPECT_EQ(card->rows[BenchmarkID::ssdRandom].state, TestRunState::done);
-    EXPECT_EQ(card->rows[BenchmarkID::cpuInteger].state, TestRunState::idle);
-    const auto singles = benchmarkCards(report, {});
-    ASSERT_EQ(singles.size(), 2u);
-    EXPECT_EQ(singles[1].id, BenchmarkID::ssdRandom);
 }
