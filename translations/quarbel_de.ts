@@ -4,7 +4,7 @@
 <context>
     <name>QObject</name>
     <message>
-        <location filename="../src/ui/views/summary_panel.cpp" line="+49"/>
+        <location filename="../src/ui/views/summary_panel.cpp" line="+48"/>
         <source>Skipped</source>
         <translation>Übersprungen</translation>
     </message>
@@ -22,7 +22,7 @@
 <context>
     <name>Speech</name>
     <message>
-        <location filename="../src/ui/views/accessibility.cpp" line="+41"/>
+        <location filename="../src/ui/views/accessibility.cpp" line="+42"/>
         <source>Global score</source>
         <translation>Gesamtwertung</translation>
     </message>
@@ -62,7 +62,7 @@
         <translation>Vergleich zweier Läufe</translation>
     </message>
     <message>
-        <location filename="../src/ui/views/accessible_stage.cpp" line="+29"/>
+        <location filename="../src/ui/views/accessible_stage.cpp" line="+30"/>
         <source>Progress</source>
         <translation>Fortschritt</translation>
     </message>
@@ -77,7 +77,7 @@
         <translation>Live-Anzeige</translation>
     </message>
     <message>
-        <location filename="../src/ui/views/accessible_text.cpp" line="+28"/>
+        <location filename="../src/ui/views/accessible_text.cpp" line="+29"/>
         <source>%1 Quarbel points</source>
         <translation>%1 Quarbel-Punkte</translation>
     </message>
@@ -249,7 +249,7 @@
 <context>
     <name>quarbel</name>
     <message>
-        <location filename="../src/model/catalogue.cpp" line="+17"/>
+        <location filename="../src/model/catalogue.cpp" line="+18"/>
         <source>CPU</source>
         <translation>CPU</translation>
     </message>
@@ -582,7 +582,7 @@
 <context>
     <name>quarbel::app::BenchmarkAnimationWindowController</name>
     <message>
-        <location filename="../src/app/animation_window_controller.cpp" line="+15"/>
+        <location filename="../src/app/animation_window_controller.cpp" line="+16"/>
         <source>Quarbel - %1</source>
         <translation>Quarbel - %1</translation>
     </message>
@@ -590,7 +590,7 @@
 <context>
     <name>quarbel::app::DevicesDialog</name>
     <message>
-        <location filename="../src/app/devices_dialog.cpp" line="+52"/>
+        <location filename="../src/app/devices_dialog.cpp" line="+53"/>
         <source>Automatic (%1)</source>
         <translation>Automatisch (%1)</translation>
     </message>
@@ -654,7 +654,7 @@
 <context>
     <name>quarbel::app::HistoryView</name>
     <message>
-        <location filename="../src/app/history_window.cpp" line="+97"/>
+        <location filename="../src/app/history_run_text.cpp" line="+45"/>
         <source>Stopped before its end</source>
         <translation>Vor dem Ende gestoppt</translation>
     </message>
@@ -694,12 +694,12 @@
         <translation>%1 und %2 weitere</translation>
     </message>
     <message>
-        <location line="+65"/>
+        <location filename="../src/app/history_tables.cpp" line="+89"/>
         <source>The two runs have no benchmark in common.</source>
         <translation>Die beiden Läufe haben keinen Benchmark gemeinsam.</translation>
     </message>
     <message>
-        <location line="+7"/>
+        <location filename="../src/app/history_window.cpp" line="+47"/>
         <source>Comparison</source>
         <translation>Vergleich</translation>
     </message>
@@ -836,52 +836,52 @@
         <translation>Einen auswählen, um ihn mit einem früheren Lauf zu vergleichen oder seine Ergebnisse zu öffnen.</translation>
     </message>
     <message>
-        <location line="+20"/>
+        <location filename="../src/app/history_saving.cpp" line="+46"/>
         <source>Could not save the result cards</source>
         <translation>Die Ergebniskarten konnten nicht gespeichert werden</translation>
     </message>
     <message>
-        <location line="+3"/>
+        <location line="+5"/>
         <source>%1 is not a folder.</source>
         <translation>%1 ist kein Ordner.</translation>
     </message>
     <message>
-        <location line="+16"/>
+        <location line="+11"/>
         <source>Saved 1 result card in %1.</source>
         <translation>1 Ergebniskarte in %1 gespeichert.</translation>
     </message>
     <message>
-        <location line="+1"/>
+        <location line="+2"/>
         <source>Saved %1 result cards in %2.</source>
         <translation>%1 Ergebniskarten in %2 gespeichert.</translation>
     </message>
     <message>
-        <location line="+7"/>
+        <location line="+9"/>
         <source>Could not save the report</source>
         <translation>Der Bericht konnte nicht gespeichert werden</translation>
     </message>
     <message>
-        <location line="+4"/>
+        <location line="+7"/>
         <source>%1 is not a regular file.</source>
         <translation>%1 ist keine reguläre Datei.</translation>
     </message>
     <message>
-        <location line="+8"/>
+        <location line="+6"/>
         <source>A complete copy is kept at %1.</source>
         <translation>Eine vollständige Kopie liegt unter %1.</translation>
     </message>
     <message>
-        <location line="+4"/>
+        <location line="+5"/>
         <source>Saved the report as %1.</source>
         <translation>Bericht als %1 gespeichert.</translation>
     </message>
     <message>
-        <location line="+6"/>
+        <location line="+18"/>
         <source>Save Result Cards</source>
         <translation>Ergebniskarten speichern</translation>
     </message>
     <message>
-        <location line="+17"/>
+        <location line="+11"/>
         <source>Save JSON Report</source>
         <translation>JSON-Bericht speichern</translation>
     </message>
@@ -889,7 +889,7 @@
 <context>
     <name>quarbel::app::OtherRunsQuestion</name>
     <message>
-        <location filename="../src/app/other_runs_question.cpp" line="+13"/>
+        <location filename="../src/app/other_runs_question.cpp" line="+14"/>
         <source>Another Quarbel run is going on (%1).</source>
         <translation>Ein anderer Quarbel-Lauf ist im Gange (%1).</translation>
     </message>
@@ -912,7 +912,7 @@
 <context>
     <name>quarbel::app::QuarbelAboutView</name>
     <message>
-        <location filename="../src/app/about_window.cpp" line="+20"/>
+        <location filename="../src/app/about_window.cpp" line="+21"/>
         <source>About Quarbel</source>
         <translation>Über Quarbel</translation>
     </message>
@@ -940,7 +940,7 @@
 <context>
     <name>quarbel::app::QuarbelCommands</name>
     <message>
-        <location filename="../src/app/commands.cpp" line="+14"/>
+        <location filename="../src/app/commands.cpp" line="+15"/>
         <source>&amp;Quarbel</source>
         <translation>&amp;Quarbel</translation>
     </message>
@@ -1003,7 +1003,7 @@
 <context>
     <name>quarbel::app::QuarbelHelpView</name>
     <message>
-        <location filename="../src/app/help_window.cpp" line="+12"/>
+        <location filename="../src/app/help_window.cpp" line="+13"/>
         <source>What Quarbel Does</source>
         <translation>Was Quarbel macht</translation>
     </message>
@@ -1112,7 +1112,7 @@
 <context>
     <name>quarbel::app::SummaryActions</name>
     <message>
-        <location filename="../src/app/summary_actions.cpp" line="+51"/>
+        <location filename="../src/app/summary_actions.cpp" line="+52"/>
         <source>This run is not in the run history, so there is nothing to compare or share</source>
         <translation>Dieser Lauf ist nicht im Laufverlauf, daher gibt es nichts zu vergleichen oder zu teilen</translation>
     </message>
@@ -1160,7 +1160,7 @@
 <context>
     <name>quarbel::ui::ComparisonView</name>
     <message>
-        <location filename="../src/ui/views/comparison_view.cpp" line="+32"/>
+        <location filename="../src/ui/views/comparison_view.cpp" line="+33"/>
         <source>faster</source>
         <translation>schneller</translation>
     </message>
@@ -1213,7 +1213,7 @@
 <context>
     <name>quarbel::ui::LiveText</name>
     <message>
-        <location filename="../src/ui/views/live_text.cpp" line="+20"/>
+        <location filename="../src/ui/views/live_text.cpp" line="+21"/>
         <source>%1 FPS average, %2 min, %3 max, %4 frames</source>
         <translation>%1 FPS im Mittel, %2 min., %3 max., %4 Frames</translation>
     </message>
@@ -1221,7 +1221,7 @@
 <context>
     <name>quarbel::ui::LogPanel</name>
     <message>
-        <location filename="../src/ui/views/log_panel.cpp" line="+96"/>
+        <location filename="../src/ui/views/log_panel.cpp" line="+97"/>
         <source>LOG</source>
         <translation>PROTOKOLL</translation>
     </message>
@@ -1229,7 +1229,7 @@
 <context>
     <name>quarbel::ui::ResultCardSaver</name>
     <message>
-        <location filename="../src/ui/views/result_card_saver.cpp" line="+142"/>
+        <location filename="../src/ui/views/result_card_saver.cpp" line="+143"/>
         <source>Save Result Card</source>
         <translation>Ergebniskarte speichern</translation>
     </message>
@@ -1247,7 +1247,7 @@
 <context>
     <name>quarbel::ui::ResultPanel</name>
     <message>
-        <location filename="../src/ui/views/result_panel.cpp" line="+213"/>
+        <location filename="../src/ui/views/result_panel.cpp" line="+214"/>
         <source>Save Result Card</source>
         <translation>Ergebniskarte speichern</translation>
     </message>
@@ -1381,7 +1381,7 @@
 <context>
     <name>quarbel::ui::RunHeader</name>
     <message>
-        <location filename="../src/ui/views/run_header.cpp" line="+40"/>
+        <location filename="../src/ui/views/run_header.cpp" line="+41"/>
         <source>Run</source>
         <translation>Ausführen</translation>
     </message>
@@ -1479,7 +1479,7 @@
 <context>
     <name>quarbel::ui::RunResultsView</name>
     <message>
-        <location filename="../src/ui/views/run_results_view.cpp" line="+96"/>
+        <location filename="../src/ui/views/run_results_view.cpp" line="+97"/>
         <source>RUN SUMMARY</source>
         <translation>LAUFÜBERSICHT</translation>
     </message>
@@ -1631,7 +1631,7 @@
 <context>
     <name>quarbel::ui::ScoreGauge</name>
     <message>
-        <location filename="../src/ui/views/score_gauge.cpp" line="+58"/>
+        <location filename="../src/ui/views/score_gauge.cpp" line="+59"/>
         <source>GLOBAL SCORE</source>
         <translation>GESAMTWERTUNG</translation>
     </message>
@@ -1649,7 +1649,7 @@
 <context>
     <name>quarbel::ui::SidebarFooter</name>
     <message>
-        <location filename="../src/ui/views/sidebar_footer.cpp" line="+28"/>
+        <location filename="../src/ui/views/sidebar_footer.cpp" line="+29"/>
         <source>COMPLETED</source>
         <translation>FERTIG</translation>
     </message>
@@ -1662,7 +1662,7 @@
 <context>
     <name>quarbel::ui::SidebarView</name>
     <message>
-        <location filename="../src/ui/views/sidebar_view.cpp" line="+23"/>
+        <location filename="../src/ui/views/sidebar_view.cpp" line="+24"/>
         <source>Idle</source>
         <translation>Bereit</translation>
     </message>
@@ -1695,7 +1695,7 @@
 <context>
     <name>quarbel::ui::StageView</name>
     <message>
-        <location filename="../src/ui/views/stage_view.cpp" line="+133"/>
+        <location filename="../src/ui/views/stage_view.cpp" line="+134"/>
         <source>RATE OVER TIME</source>
         <translation>RATE IM ZEITVERLAUF</translation>
     </message>
@@ -1803,7 +1803,7 @@
 <context>
     <name>quarbel::ui::SystemPanel</name>
     <message>
-        <location filename="../src/ui/views/system_panel.cpp" line="+33"/>
+        <location filename="../src/ui/views/system_panel.cpp" line="+34"/>
         <source>SYSTEM</source>
         <translation>SYSTEM</translation>
     </message>
@@ -1831,7 +1831,7 @@
 <context>
     <name>quarbel::ui::WorkloadAnimationView</name>
     <message>
-        <location filename="../src/ui/views/workload_animation_view.cpp" line="+68"/>
+        <location filename="../src/ui/views/workload_animation_view.cpp" line="+69"/>
         <source>%1  ·  LIVE WORKLOAD</source>
         <translation>%1  ·  LAUFENDE LAST</translation>
     </message>
