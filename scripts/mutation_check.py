@@ -195,7 +195,9 @@ def discovery_failure(output):
     return os.path.basename(found.group(1)) if found else "a test program"
 
 
-FAILED_LINE = re.compile(r"Test\s+#\d+: (\S+) \.*\s*\*\*\*(\w[\w :]*?)(?:\s{2,}|\s+[\d.]+ sec|$)")
+# A parameterised GoogleTest case is registered as "Suite/Case.Test/Name  # GetParam() = Name":
+# the name is the first word, the comment after it is skipped.
+FAILED_LINE = re.compile(r"Test\s+#\d+: (\S+)(?:\s+#.*?)? \.*\s*\*\*\*(\w[\w :]*?)(?:\s{2,}|\s+[\d.]+ sec|$)")
 
 
 def failed_tests(output):
@@ -216,7 +218,7 @@ def run_suite(build, jobs, log_path, stop_on_failure, only=None):
     if stop_on_failure:
         command.append("--stop-on-failure")
     if only:
-        command += ["-R", "^" + re.escape(only) + "$"]
+        command += ["-R", "^" + re.escape(only) + "( |$)"]
     status, output, seconds = run_logged(command, log_path)
     total = re.search(r"tests passed, \d+ tests failed out of (\d+)", output)
     return status, failed_tests(output), seconds, int(total.group(1)) if total else None
