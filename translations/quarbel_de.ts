@@ -1247,7 +1247,7 @@
 <context>
     <name>quarbel::ui::ResultPanel</name>
     <message>
-        <location filename="../src/ui/views/result_panel.cpp" line="+214"/>
+        <location filename="../src/ui/views/result_panel.cpp" line="+128"/>
         <source>Save Result Card</source>
         <translation>Ergebniskarte speichern</translation>
     </message>
@@ -1292,18 +1292,18 @@
         <translation>Quarbel-Punkte</translation>
     </message>
     <message>
-        <location line="-285"/>
-        <location line="+298"/>
+        <location line="+13"/>
+        <location filename="../src/ui/views/result_panel_text.cpp" line="+24"/>
         <source>Noisy machine</source>
         <translation>Unruhiges System</translation>
     </message>
     <message>
-        <location line="-323"/>
+        <location filename="../src/ui/views/result_panel_text.cpp" line="+30"/>
         <source>Target duration: %1 s per pass.</source>
         <translation>Zieldauer: %1 s pro Durchgang.</translation>
     </message>
     <message>
-        <location line="+12"/>
+        <location line="+8"/>
         <source>%1 (95 %): too wide to compare with</source>
         <translation>%1 (95 %): zu breit für Vergleiche</translation>
     </message>
@@ -1318,7 +1318,7 @@
         <translation>%1 (95-%-Intervall)</translation>
     </message>
     <message>
-        <location line="+12"/>
+        <location line="-39"/>
         <source>Noisy machine: other work took %1 % of the CPU, the host %2 % as steal while it ran</source>
         <translation>Unruhiges System: Während der Messung belegte andere Arbeit %1 % der CPU, der Host %2 % als Steal-Zeit</translation>
     </message>
@@ -1338,12 +1338,12 @@
         <translation>%1; beim Start des Laufs ausgelastet: %2</translation>
     </message>
     <message>
-        <location line="+69"/>
+        <location filename="../src/ui/views/result_panel.cpp" line="-190"/>
         <source>SENSORS AND ENERGY</source>
         <translation>SENSOREN UND ENERGIE</translation>
     </message>
     <message>
-        <location line="+22"/>
+        <location filename="../src/ui/views/result_panel_text.cpp" line="+43"/>
         <source>On Linux this benchmark runs on Vulkan. Install a Vulkan driver (mesa-vulkan-drivers for the CPU fallback, or your GPU vendor&apos;s), or pick another device with QUARBEL_GPU (see `quarbel info`).</source>
         <translation>Unter Linux läuft dieser Benchmark auf Vulkan. Einen Vulkan-Treiber installieren (mesa-vulkan-drivers als CPU-Ersatz oder den des GPU-Herstellers) oder mit QUARBEL_GPU ein anderes Gerät wählen (siehe `quarbel info`).</translation>
     </message>
@@ -1353,7 +1353,7 @@
         <translation>Einen OpenCL-Treiber (ICD) installieren: pocl-opencl-icd für die CPU oder den ICD des GPU-Herstellers. `clinfo` listet die Geräte, die OpenCL sieht.</translation>
     </message>
     <message>
-        <location line="+183"/>
+        <location filename="../src/ui/views/result_panel.cpp" line="+192"/>
         <source>Stability %1</source>
         <translation>Stabilität %1</translation>
     </message>

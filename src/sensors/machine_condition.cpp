@@ -86,10 +86,12 @@ std::optional<std::pair<std::string, std::uint64_t>> parseProcessStat(std::strin
     return std::pair{std::move(name), static_cast<std::uint64_t>(utime + stime)};
 }
 
+// Integer arithmetic, not printf: a desktop process runs under the user's numeric locale, and
+// the condition text must read "2.40" under every one of them.
 std::string gigahertz(long long kHz) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%.2f", static_cast<double>(kHz) / 1e6);
-    return text;
+    const long long hundredths = (kHz + 5000) / 10000;
+    const long long fraction = hundredths % 100;
+    return std::to_string(hundredths / 100) + (fraction < 10 ? ".0" : ".") + std::to_string(fraction);
 }
 
 } // namespace

@@ -3,12 +3,11 @@
 
 #include "model/number_format.h"
 #include "model/stability.h"
-#include "results/learned_floors.h"
-#include "results/result_statistics.h"
 #include "results/run_report.h"
 #include "run/benchmark_store.h"
 #include "ui/cards/card_content.h"
 #include "ui/cards/trace_chart.h"
+#include "ui/views/result_panel_text.h"
 #include "ui/views/theme.h"
 #include "ui/views/trend_view.h"
 
@@ -56,72 +55,6 @@ qreal wrappedHeight(const QFont& font, const QString& text, qreal width) {
     return QFontMetricsF(font)
         .boundingRect(QRectF(0, 0, width, 1e6), Qt::TextWordWrap | Qt::AlignLeft | Qt::AlignTop, text)
         .height();
-}
-
-QString explanation(BenchmarkID id) {
-    return theme::uiText(runningExplanation(id)) + QStringLiteral("\n\n") +
-           QCoreApplication::translate("quarbel::ui::ResultPanel", "Target duration: %1 s per pass.")
-               .arg(targetSeconds(id));
-}
-
-// "± 1.3 % (95 % interval)", naming the passes when the interval comes from several.
-// An interval wider than this says the score could be almost anything: it is named as such.
-constexpr double kWidestUsableIntervalPercent = 25.0;
-
-QString intervalText(const BenchmarkEndState& end) {
-    const QString interval = theme::qstring(uncertaintyText(end.uncertainty));
-    if (interval.isEmpty()) return {};
-    if (end.uncertainty && end.uncertainty->ci95Percent() > kWidestUsableIntervalPercent)
-        return QCoreApplication::translate("quarbel::ui::ResultPanel", "%1 (95 %): too wide to compare with")
-            .arg(interval);
-    if (end.passes > 1)
-        return QCoreApplication::translate("quarbel::ui::ResultPanel", "%1 (95 %, %2 passes)")
-            .arg(interval)
-            .arg(end.passes);
-    return QCoreApplication::translate("quarbel::ui::ResultPanel", "%1 (95 % interval)").arg(interval);
-}
-
-// What disturbed a noisy result: the share other work and the host took while it ran, and
-// the busiest other processes as the run started.
-QString noisyText(const BenchmarkEndState& end, const std::optional<MachineCondition>& atStart) {
-    // Whole sentences, so that a translation can order their parts as its language needs.
-    QString text = QCoreApplication::translate("quarbel::ui::ResultPanel", "Noisy machine");
-    if (const auto& interference = end.interference) {
-        const QString other = QString::number(interference->otherCpuPercent, 'f', 0);
-        text =
-            interference->stealPercent >= 1
-                ? QCoreApplication::translate("quarbel::ui::ResultPanel",
-                                              "Noisy machine: other work took %1 % of the CPU, the host %2 % "
-                                              "as steal while it ran")
-                      .arg(other, QString::number(interference->stealPercent, 'f', 0))
-                : QCoreApplication::translate("quarbel::ui::ResultPanel",
-                                              "Noisy machine: other work took %1 % of the CPU while it ran")
-                      .arg(other);
-    }
-    if (atStart && !atStart->busyProcesses.empty()) {
-        QStringList names;
-        for (const BusyProcess& process : atStart->busyProcesses)
-            if (names.size() < 3)
-                names << QCoreApplication::translate("quarbel::ui::ResultPanel", "%1 (%2 cores)")
-                             .arg(theme::qstring(process.name))
-                             .arg(process.cores, 0, 'f', 1);
-        text = QCoreApplication::translate("quarbel::ui::ResultPanel", "%1; busy as the run started: %2")
-                   .arg(text, names.join(QStringLiteral(", ")));
-    }
-    return text + QLatin1Char('.');
-}
-
-// The workload's detail, then what disturbed a noisy result, how a GPU benchmark used its
-// device and which run-to-run floor the interval added.
-QString shownDetail(const BenchmarkOutcome& outcome, const BenchmarkEndState& end,
-                    const std::optional<MachineCondition>& atStart) {
-    QString detail = theme::qstring(outcome.detail);
-    if (outcome.status == OutcomeStatus::ok && end.noisy)
-        detail += QStringLiteral("\n") + noisyText(end, atStart);
-    if (outcome.gpu) detail += QStringLiteral("\n") + theme::qstring(gpuExecutionText(*outcome.gpu));
-    if (outcome.status == OutcomeStatus::ok && end.noiseFloor)
-        detail += QStringLiteral("\n") + theme::qstring(noiseFloorText(*end.noiseFloor));
-    return detail;
 }
 
 constexpr qreal kSectionGap = 16;   // between the detail and the sensors
@@ -191,25 +124,6 @@ void paintSection(QPainter& painter, const QRectF& area, qreal y, const SensorSe
 
 } // namespace
 
-QString skipAdvice(BenchmarkID id) {
-    switch (id) {
-    case BenchmarkID::metalVisual:
-    case BenchmarkID::metalCompute:
-    case BenchmarkID::rawMetalDecode:
-        return QCoreApplication::translate(
-            "quarbel::ui::ResultPanel",
-            "On Linux this benchmark runs on Vulkan. Install a Vulkan driver "
-            "(mesa-vulkan-drivers for the CPU fallback, or your GPU vendor's), or "
-            "pick another device with QUARBEL_GPU (see `quarbel info`).");
-    case BenchmarkID::openCLCompute:
-        return QCoreApplication::translate(
-            "quarbel::ui::ResultPanel",
-            "Install an OpenCL driver (ICD): pocl-opencl-icd for the CPU, or your "
-            "GPU vendor's ICD. `clinfo` lists the devices OpenCL can see.");
-    default: return {};
-    }
-}
-
 ResultPanel::ResultPanel(BenchmarkStore& store, QWidget* parent)
     : QWidget(parent), store_(store), saveCard_(new QPushButton(tr("Save Result Card"), this)) {
     setAttribute(Qt::WA_OpaquePaintEvent);
@@ -244,15 +158,15 @@ qreal ResultPanel::contentHeight(qreal width) const {
     const BenchmarkRowState& row = store_.rows()[id];
     qreal height = kPadding + kHeaderHeight;
     if (!row.outcome)
-        return height + 34 + wrappedHeight(explanationFont(), explanation(id), textWidth) + kPadding;
+        return height + 34 + wrappedHeight(explanationFont(), resultExplanation(id), textWidth) + kPadding;
     const BenchmarkOutcome& outcome = *row.outcome;
     height += kScoreRowHeight;
     if (outcome.status == OutcomeStatus::ok) {
         const BenchmarkEndState& end = store_.endState(id);
-        height +=
-            kTilesHeight +
-            wrappedHeight(detailFont(), shownDetail(outcome, end, store_.runCondition().atStart), textWidth) +
-            sectionHeight(sensorSection(id, outcome, end), textWidth);
+        height += kTilesHeight +
+                  wrappedHeight(detailFont(), resultDetail(outcome, end, store_.runCondition().atStart),
+                                textWidth) +
+                  sectionHeight(sensorSection(id, outcome, end), textWidth);
     } else {
         height += wrappedHeight(detailFont(), theme::qstring(outcome.detail), textWidth);
         if (const QString advice = skipAdvice(id);
@@ -315,12 +229,12 @@ void ResultPanel::paintEvent(QPaintEvent* event) {
         painter.setFont(explanationFont());
         painter.setPen(theme::secondary());
         painter.drawText(QRectF(area.left(), y + 34, area.width(), area.bottom() - y - 34),
-                         Qt::TextWordWrap | Qt::AlignLeft | Qt::AlignTop, explanation(id));
+                         Qt::TextWordWrap | Qt::AlignLeft | Qt::AlignTop, resultExplanation(id));
         return;
     }
 
     const BenchmarkOutcome& outcome = *row.outcome;
-    const QString detail = shownDetail(outcome, store_.endState(id), store_.runCondition().atStart);
+    const QString detail = resultDetail(outcome, store_.endState(id), store_.runCondition().atStart);
     if (outcome.status != OutcomeStatus::ok) {
         // No score, no tiles: the status, the system's reason, and on a skip what would let
         // the benchmark run here.
@@ -365,7 +279,7 @@ void ResultPanel::paintEvent(QPaintEvent* event) {
     const qreal labelLeft = area.left() + QFontMetricsF(painter.font()).horizontalAdvance(score) + 10;
     // Beside the score: its unit, and under it the score's 95 % interval where one is known.
     const BenchmarkEndState& end = store_.endState(id);
-    const QString interval = intervalText(end);
+    const QString interval = resultIntervalText(end);
     const QFont unitFont = theme::font(14, QFont::DemiBold);
     const QFont intervalFont = theme::font(12.5);
     painter.setFont(unitFont);
