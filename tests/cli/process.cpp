@@ -20,9 +20,8 @@ extern char** environ;
 namespace quarbel::test {
 namespace {
 
-// Children keep their run history here, never in the home directory of whoever runs the
-// tests, and mark their runs in its "runtime" folder, where no other test program's children
-// or a real run see them; the folder goes when the test program ends.
+// Children keep their history and run marks here, out of the user's home and out of sight of
+// other test programs and real runs; the folder goes when the test program ends.
 const std::string& privateDataHome() {
     static const TempDir home;
     static const std::string path = [] {
@@ -38,9 +37,8 @@ ChildProcess::ChildProcess(const std::vector<std::string>& args, const std::vect
                            const std::function<void()>& inChild) {
     int outPipe[2], errPipe[2];
     if (pipe2(outPipe, O_CLOEXEC) != 0 || pipe2(errPipe, O_CLOEXEC) != 0)
-        return; // the test fails on no output
-    // A variable in extraEnv replaces the inherited one (or an earlier one) of its name.
-    std::vector<std::string> env;
+        return;                   // the test fails on no output
+    std::vector<std::string> env; // a later variable replaces an earlier one of its name
     const auto add = [&env](const std::string& variable) {
         const std::string name = variable.substr(0, variable.find('=') + 1);
         std::erase_if(env, [&](const std::string& e) { return e.starts_with(name); });
@@ -53,14 +51,14 @@ ChildProcess::ChildProcess(const std::vector<std::string>& args, const std::vect
     add("QUARBEL_RUN_LOCK_DIR=" + privateDataHome() + "/runtime/quarbel");
     for (const auto& variable : extraEnv)
         add(variable);
-    std::vector<char*> argv;
-    for (const auto& a : args)
-        argv.push_back(const_cast<char*>(a.c_str()));
-    argv.push_back(nullptr);
-    std::vector<char*> envp;
-    for (const auto& e : env)
-        envp.push_back(const_cast<char*>(e.c_str()));
-    envp.push_back(nullptr);
+    const auto pointers = [](const std::vector<std::string>& strings) {
+        std::vector<char*> list;
+        for (const auto& s : strings)
+            list.push_back(const_cast<char*>(s.c_str()));
+        list.push_back(nullptr);
+        return list;
+    };
+    std::vector<char*> argv = pointers(args), envp = pointers(env);
 
     pid_ = fork();
     if (pid_ == 0) {

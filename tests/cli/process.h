@@ -19,9 +19,8 @@ struct ProcessResult {
 
 class ChildProcess {
   public:
-    // Starts args[0] with `extraEnv` ("NAME=value") added, later values winning. `inChild` runs in the child
-    // just before exec, after standard output and error are connected to this process:
-    // it may redirect descriptors, lower limits or change directory.
+    // Starts args[0] with `extraEnv` ("NAME=value") added, later values winning. `inChild` runs in the
+    // child just before exec, after its standard output and error are connected to this process.
     explicit ChildProcess(const std::vector<std::string>& args, const std::vector<std::string>& extraEnv = {},
                           const std::function<void()>& inChild = {});
     ~ChildProcess(); // kills and reaps a child that is still running
@@ -33,8 +32,7 @@ class ChildProcess {
     bool readUntil(const std::function<bool()>& done, int timeoutMs);
     const std::string& out() const { return result_.out; }
 
-    // This end of the child's standard output is closed: the reader goes away.
-    void closeStdout();
+    void closeStdout(); // the reader of the child's standard output goes away
     void signal(int signalNumber);
     pid_t pid() const { return pid_; }
 
@@ -63,15 +61,13 @@ ProcessResult runQuarbel(const std::vector<std::string>& args, const std::vector
 ProcessResult runQuarbelOk(const std::vector<std::string>& args,
                            const std::vector<std::string>& extraEnv = {});
 
-// One command line, its words split at spaces, and what quarbel must answer: its exit status and
-// a part of standard error. Each "@" in both stands for a folder the test names. A refusal (2)
-// must also print nothing on standard output: nothing ran.
+// A command line (words split at spaces) and what quarbel answers: its exit status and a part of
+// standard error, each "@" standing for a folder the test names. A refusal (2) prints no output.
 struct Answer {
     std::string command;
     int exitCode;
     std::string err;
 };
-// `text` with each "@" replaced by `at`, and a command line's words split at spaces.
 std::string expandAt(std::string text, const std::string& at);
 std::vector<std::string> words(const std::string& command);
 void expectAnswers(const std::vector<Answer>& rows, const std::vector<std::string>& extraEnv = {},

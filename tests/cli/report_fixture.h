@@ -23,9 +23,6 @@ struct Result {
 // A report as `quarbel run --json` writes it, cut down to what the readers use.
 inline std::string reportText(const std::string& startedAt, const std::vector<Result>& results = {},
                               const std::string& version = "1.0", bool quick = false, bool stopped = false) {
-    const auto orNull = [](const auto& value) {
-        return value ? nlohmann::json(*value) : nlohmann::json(nullptr);
-    };
     nlohmann::json entries = nlohmann::json::array();
     for (const auto& r : results)
         entries.push_back(
@@ -33,7 +30,7 @@ inline std::string reportText(const std::string& startedAt, const std::vector<Re
              {"title", r.title},
              {"status", r.score > 0 ? "ok" : "failed"},
              {"score", r.score},
-             {"spreadPercent", orNull(r.spread)},
+             {"spreadPercent", r.spread ? nlohmann::json(*r.spread) : nlohmann::json(nullptr)},
              {"noisy", r.noisy},
              {"uncertainty", r.standardError ? nlohmann::json{{"relativeStandardError", *r.standardError},
                                                               {"degreesOfFreedom", 19},

@@ -33,18 +33,12 @@ TEST(RunAgainstBaseline, TheGateRerunsOnlyWhatItFlaggedAndExitsByWhatRemains) {
         std::size_t runs; // the first run and the confirming reruns
         const char* message;
     } cases[] = {
-        {"fast.json",
-         {"--fail-on-slower", "5", "--confirm", "1", "--junit", tree.path("j.xml")},
-         3,
-         2,
-         "slower than allowed (5.0 %): CPU Single-Core"},
+        // clang-format off
+        {"fast.json", {"--fail-on-slower", "5", "--confirm", "1", "--junit", tree.path("j.xml")}, 3, 2, "slower than allowed (5.0 %): CPU Single-Core"},
         {"slow.json", {"--fail-on-slower", "--confirm", "2"}, 0, 1, ""},
-        {"noisy.json",
-         {"--fail-on-slower", "--confirm", "1"},
-         4,
-         2,
-         "could not judge: CPU Single-Core (noisy machine in A"},
+        {"noisy.json", {"--fail-on-slower", "--confirm", "1"}, 4, 2, "could not judge: CPU Single-Core (noisy machine in A"},
         {"slow.json", {}, 0, 1, ""}, // compared and printed, no gate
+        // clang-format on
     };
     for (const auto& c : cases) {
         std::vector<std::string> command{"run",          "cpuInteger", "--quick",

@@ -25,8 +25,7 @@ namespace {
 
 constexpr int kTimeoutMs = 30000;
 
-// One row's private directories: `tmp` is the run's TMPDIR, `work` holds report targets and
-// stands for every "@" in a row's command and environment.
+// A row's TMPDIR (`tmp`) and `work`, which holds report targets and stands for each "@" of the row.
 struct Sandbox {
     Sandbox() {
         fs::create_directory(tmp = root.path() / "tmp");
@@ -45,8 +44,7 @@ struct Sandbox {
     fs::path tmp, work;
 };
 
-// What the test does to the running child: the storage benchmark's scratch file or the first
-// benchmark's start is its cue.
+// What the test does to the running child, on the storage test's scratch file or the first start.
 enum class During { nothing, closeStdoutOnScratchFile, hangUpOnScratchFile, removeWorkOnStart };
 
 using Step = std::function<void(const Sandbox&)>;
@@ -134,9 +132,6 @@ const std::vector<FaultCase> kCases = {
      .inChild = [](const Sandbox&) { forbidThreads(); }, .unavailable = threadsCannotBeForbidden},
 };
 // clang-format on
-
-// Rows print as their names in test listings.
-void PrintTo(const FaultCase& row, std::ostream* out) { *out << row.name; }
 
 class Faults : public testing::TestWithParam<FaultCase> {};
 
