@@ -23,34 +23,18 @@ TEST(Accuracy, TheMedianPassSpeaksForAllAndTheSpreadSaysHowFarTheyAgree) {
         std::vector<BenchmarkOutcome> passes;
         double score;
         std::string detail;
-    } cases[] = {
-        {"the median of three, pass order kept in the detail",
-         {pass(1010, 1, "c"), pass(980, 2, "a"), pass(1000, 3, "b")},
-         1000,
-         "b Accuracy Mode: median of 3 passes; pass scores 1010.0, 980.00, 1000.0 pts; spread 3.0%; "
-         "confidence "
-         "Good."},
-        {"an even count takes the upper middle",
-         {pass(200, 1, "upper"), pass(100, 1, "lower")},
-         200,
-         "upper Accuracy Mode: median of 2 passes; pass scores 200.00, 100.00 pts; spread 50.0%; confidence "
-         "Unstable."},
-        {"equal scores keep pass order",
-         {pass(50, 1, "first"), pass(50, 1, "second"), pass(50, 1, "third")},
-         50,
-         "second Accuracy Mode: median of 3 passes; pass scores 50.00, 50.00, 50.00 pts; spread 0.0%; "
-         "confidence High."},
-        {"all skipped: no spread, the median's status",
-         {skipped, skipped, skipped},
-         0,
-         "No device. Accuracy Mode: median of 3 passes; pass scores 0.00, 0.00, 0.00 pts; spread 0.0%; "
-         "confidence High."},
-        {"a failed pass pulls the median down",
-         {pass(1000, 1), failedOutcome("Disk full."), pass(1100, 1)},
-         1000,
-         "Work done. Accuracy Mode: median of 3 passes; pass scores 1000.0, 0.00, 1100.0 pts; spread 110.0%; "
-         "confidence Unstable."},
-    };
+    } cases[] = {// clang-format off
+        {"the median of three, pass order kept in the detail", {pass(1010, 1, "c"), pass(980, 2, "a"), pass(1000, 3, "b")},
+         1000, "b Accuracy Mode: median of 3 passes; pass scores 1010.0, 980.00, 1000.0 pts; spread 3.0%; confidence Good."},
+        {"an even count takes the upper middle", {pass(200, 1, "upper"), pass(100, 1, "lower")},
+         200, "upper Accuracy Mode: median of 2 passes; pass scores 200.00, 100.00 pts; spread 50.0%; confidence Unstable."},
+        {"equal scores keep pass order", {pass(50, 1, "first"), pass(50, 1, "second"), pass(50, 1, "third")},
+         50, "second Accuracy Mode: median of 3 passes; pass scores 50.00, 50.00, 50.00 pts; spread 0.0%; confidence High."},
+        {"all skipped: no spread, the median's status", {skipped, skipped, skipped},
+         0, "No device. Accuracy Mode: median of 3 passes; pass scores 0.00, 0.00, 0.00 pts; spread 0.0%; confidence High."},
+        {"a failed pass pulls the median down", {pass(1000, 1), failedOutcome("Disk full."), pass(1100, 1)}, 1000,
+         "Work done. Accuracy Mode: median of 3 passes; pass scores 1000.0, 0.00, 1100.0 pts; spread 110.0%; confidence Unstable."}};
+    // clang-format on
     for (const auto& c : cases) {
         const auto result = accuracyOutcome(c.passes);
         EXPECT_EQ(result.score, c.score) << c.name;

@@ -15,6 +15,9 @@ BenchmarkOutcome okOutcome(double score) {
     return {OutcomeStatus::ok, score, {"Rate", "1.00", "GB/s"}, std::nullopt, 1.0, "done"};
 }
 
+const std::vector<BenchmarkID> kFour{BenchmarkID::cpuInteger, BenchmarkID::cpuFloating,
+                                     BenchmarkID::cpuCrypto, BenchmarkID::memoryStream};
+
 BenchmarkRows rowsWith(std::initializer_list<std::pair<BenchmarkID, BenchmarkRowState>> entries) {
     BenchmarkRows rows;
     for (const auto& [id, row] : entries)
@@ -67,9 +70,7 @@ TEST(Scores, GeometricMeanLiftsSmallScoresAndSkipsNonPositiveOnes) {
     EXPECT_NEAR(globalScore(rows), std::cbrt(100.0 * 400.0 * 1.0) * 3 / 13, 1e-9);
     EXPECT_EQ(completedCount(rows), 4);
     // A run's own score divides by the run's own size.
-    const std::vector<BenchmarkID> ids{BenchmarkID::cpuInteger, BenchmarkID::cpuFloating,
-                                       BenchmarkID::cpuCrypto, BenchmarkID::memoryStream};
-    EXPECT_NEAR(runScore(rows, ids), std::cbrt(100.0 * 400.0 * 1.0) * 3 / 4, 1e-9);
+    EXPECT_NEAR(runScore(rows, kFour), std::cbrt(100.0 * 400.0 * 1.0) * 3 / 4, 1e-9);
 }
 
 TEST(RunSummary, StoppedBenchmarkCountsInTotalOnly) {
@@ -77,8 +78,7 @@ TEST(RunSummary, StoppedBenchmarkCountsInTotalOnly) {
                                 {BenchmarkID::cpuFloating, {TestRunState::skipped, skippedOutcome("x")}},
                                 {BenchmarkID::cpuCrypto, {TestRunState::failed, failedOutcome("y")}},
                                 {BenchmarkID::memoryStream, {TestRunState::idle, std::nullopt}}});
-    const std::vector<BenchmarkID> ids{BenchmarkID::cpuInteger, BenchmarkID::cpuFloating,
-                                       BenchmarkID::cpuCrypto, BenchmarkID::memoryStream};
+    const std::vector<BenchmarkID>& ids = kFour;
     const auto now = std::chrono::system_clock::now();
     const auto summary = makeRunSummary(
         rows, ids, {"Selected Test Summary", now - std::chrono::seconds(3), 61.0, std::nullopt, now});
@@ -89,10 +89,9 @@ TEST(RunSummary, StoppedBenchmarkCountsInTotalOnly) {
     EXPECT_FALSE(summary.peakGPU);
     EXPECT_EQ(summary.finishedAt, now);
 
-    const auto futureStart = makeRunSummary(rows, ids, {"t", now + std::chrono::seconds(5), {}, {}, now});
-    EXPECT_EQ(futureStart.duration, 0) << "a negative duration is replaced by 0";
-    const auto noStart = makeRunSummary(rows, ids, {"t", std::nullopt, {}, {}, now});
-    EXPECT_EQ(noStart.duration, 0);
+    EXPECT_EQ(makeRunSummary(rows, ids, {"t", now + std::chrono::seconds(5), {}, {}, now}).duration, 0)
+        << "a negative duration is replaced by 0";
+    EXPECT_EQ(makeRunSummary(rows, ids, {"t", std::nullopt, {}, {}, now}).duration, 0);
 }
 
 TEST(OutcomeStatus, RawValuesRoundTripAndRowStatesFollow) {

@@ -3,16 +3,15 @@
 #pragma once
 
 #include "run/benchmark_store.h"
+#include "support/temp_dir.h"
 
 #include <array>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <deque>
-#include <filesystem>
 #include <mutex>
 #include <thread>
-#include <unistd.h>
 
 namespace quarbel::test {
 
@@ -23,24 +22,18 @@ enum class FakeBehaviour { instantOk, failing, skipping, untilCancelled, gated, 
 // Runs of this test process mark themselves here, where neither a real Quarbel run nor
 // another test process sees them; removed when the process ends.
 inline const std::string& privateRunLockDirectory() {
-    static const struct Directory {
-        Directory() {
-            std::string pattern = std::filesystem::temp_directory_path() / "quarbel-test-locks-XXXXXX";
-            path = ::mkdtemp(pattern.data()) != nullptr ? pattern : std::string();
-        }
-        ~Directory() {
-            std::error_code ignored;
-            if (!path.empty()) std::filesystem::remove_all(path, ignored);
-        }
-        std::string path;
-    } directory;
-    return directory.path;
+    static const TempDir directory;
+    static const std::string path = directory.path().string();
+    return path;
 }
 
 // Each benchmark behaves as configured; a gated one blocks until release() or cancellation.
 class FakeWorkloads {
   public:
-    FakeWorkloads() { behaviours_.fill(FakeBehaviour::instantOk); }
+    FakeWorkloads() {
+        behaviours_.fill(FakeBehaviour::instantOk);
+        scores_.fill(100);
+    }
 
     void set(BenchmarkID id, FakeBehaviour behaviour, double score = 100) {
         behaviours_[indexOf(id)] = behaviour;
@@ -70,35 +63,25 @@ class FakeWorkloads {
             ~Leave() { --counter; }
         } leave{running_};
         double score = scores_[indexOf(id)];
-        {
-            std::lock_guard lock(mutex_);
-            auto& queue = queued_[indexOf(id)];
-            if (!queue.empty()) {
-                score = queue.front();
-                queue.pop_front();
-            }
+        if (std::lock_guard lock(mutex_); !queued_[indexOf(id)].empty()) {
+            score = queued_[indexOf(id)].front();
+            queued_[indexOf(id)].pop_front();
         }
         switch (behaviours_[indexOf(id)]) {
         case FakeBehaviour::failing: return failedOutcome("Disk exploded.");
         case FakeBehaviour::skipping: return skippedOutcome("No device here.");
-        case FakeBehaviour::untilCancelled: {
-            std::int64_t units = 0;
-            while (!context.cancelled()) {
-                ++units;
-                context.reportProgress(units, 0.001 * static_cast<double>(units), "units");
-                std::this_thread::sleep_for(std::chrono::milliseconds(1));
-            }
-            ++cancelledSeen_;
-            return okOutcome(score);
-        }
+        case FakeBehaviour::untilCancelled:
         case FakeBehaviour::steady: {
+            const bool steady = behaviours_[indexOf(id)] == FakeBehaviour::steady;
             const auto start = std::chrono::steady_clock::now();
             for (std::int64_t units = 1; !context.cancelled(); ++units) {
                 const std::chrono::duration<double> spent = std::chrono::steady_clock::now() - start;
-                if (spent.count() >= 0.8) break;
-                context.reportProgress(units, 10 * spent.count(), "units");
+                if (steady && spent.count() >= 0.8) break;
+                context.reportProgress(
+                    units, steady ? 10 * spent.count() : 0.001 * static_cast<double>(units), "units");
                 std::this_thread::sleep_for(std::chrono::milliseconds(1));
             }
+            if (!steady) ++cancelledSeen_;
             return okOutcome(score);
         }
         case FakeBehaviour::gated: {
@@ -138,8 +121,7 @@ class FakeWorkloads {
 
   private:
     std::array<FakeBehaviour, kBenchmarkCount> behaviours_{};
-    std::array<double, kBenchmarkCount> scores_{100, 100, 100, 100, 100, 100, 100,
-                                                100, 100, 100, 100, 100, 100};
+    std::array<double, kBenchmarkCount> scores_{};
     std::array<std::deque<double>, kBenchmarkCount> queued_{};
     std::array<std::atomic<int>, kBenchmarkCount> calls_{};
     std::atomic<int> cancelledSeen_{0};

@@ -1,7 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-// The mark a run leaves while it lasts: where it goes, what a finished or killed run leaves
-// behind (nothing that counts) and the warning a second run logs. Finding the runs beside one
-// is ConcurrentRunWatch's test; two real processes meeting are tested on the command line.
 #include "run/run_lock.h"
 #include "support/temp_dir.h"
 
@@ -17,8 +14,7 @@ namespace fs = std::filesystem;
 
 TEST(RunLock, EverySessionOfTheUserFindsTheSameFolderWhateverItsRuntimeDirectory) {
     const char* saved = std::getenv("QUARBEL_RUN_LOCK_DIR");
-    const std::optional<std::string> savedValue =
-        saved != nullptr ? std::optional<std::string>(saved) : std::nullopt;
+    const std::optional<std::string> savedValue = saved ? std::optional<std::string>(saved) : std::nullopt;
     ::unsetenv("QUARBEL_RUN_LOCK_DIR");
     for (const char* runtime : {"/run/user/1000", ""}) {
         ::setenv("XDG_RUNTIME_DIR", runtime, 1);

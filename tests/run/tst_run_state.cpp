@@ -77,9 +77,7 @@ TEST(RunState, TheEndStateKeepsTheMedianPassAndAStoppedAccuracyRunKeepsNoResult)
         run.passOutcomes.push_back(FakeWorkloads::okOutcome(score));
         run.passEnded({PhaseSlice{0, {1, score}}}, score / 10);
     }
-    const auto outcome = run.passesOutcome();
-    ASSERT_TRUE(outcome);
-    EXPECT_EQ(outcome->score, 1000);
+    EXPECT_EQ(run.passesOutcome().value().score, 1000);
     const BenchmarkEndState end = run.endState(OutcomeStatus::ok, {}, CpuTickSample{1300, 180, 11000, 150});
     EXPECT_EQ(end.slices, (std::vector{PhaseSlice{0, {1, 1000}}}))
         << "the slices of the pass whose score is kept";
@@ -87,9 +85,8 @@ TEST(RunState, TheEndStateKeepsTheMedianPassAndAStoppedAccuracyRunKeepsNoResult)
     EXPECT_EQ(end.startCelsius, 45.0);
     EXPECT_EQ(end.passes, 3);
     EXPECT_TRUE(end.spreadPercent);
-    ASSERT_TRUE(end.interference);
-    EXPECT_DOUBLE_EQ(end.interference->stealPercent, 8.0);
-    EXPECT_DOUBLE_EQ(end.interference->otherCpuPercent, 20.0);
+    EXPECT_DOUBLE_EQ(end.interference.value().stealPercent, 8.0);
+    EXPECT_DOUBLE_EQ(end.interference.value().otherCpuPercent, 20.0);
     EXPECT_TRUE(end.noisy) << "8 % steal";
 
     run.beginBenchmark(std::nullopt, std::nullopt);

@@ -27,8 +27,7 @@ TEST(RunWindows, TheVisualPassResumesOnceFromTheEventLoopAndIgnoresEarlierWindow
     ASSERT_TRUE(w.windows.request());
     EXPECT_EQ(w.presenter.lastRequest.seconds, 20.0);
     w.presenter.live({60, 59.5, 50, 70});
-    ASSERT_TRUE(w.windows.liveStats());
-    EXPECT_EQ(w.windows.liveStats()->frames, 60);
+    EXPECT_EQ(w.windows.liveStats().value().frames, 60);
 
     const auto staleLive = w.presenter.live;
     const auto staleCompletion = w.presenter.completion;

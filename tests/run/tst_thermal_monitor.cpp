@@ -10,25 +10,17 @@
 
 using namespace quarbel;
 
-namespace {
-TemperatureSnapshot celsius(double cpu) {
-    TemperatureSnapshot snapshot;
-    snapshot.cpuCelsius = cpu;
-    return snapshot;
-}
-} // namespace
-
 TEST(ThermalMonitor, PeaksRiseOnlyWhileABenchmarkRuns) {
     QObject receiver;
     BackgroundTasks background(&receiver);
     ThermalMonitor monitor(background, [] { return QLTemperatureReading{}; }, {});
-    monitor.apply(celsius(55));
+    monitor.apply({55, {}, {}});
     monitor.beginRun();
     monitor.setPeaksRising(true);
-    monitor.apply(celsius(70));
-    monitor.apply(celsius(65));
+    monitor.apply({70, {}, {}});
+    monitor.apply({65, {}, {}});
     monitor.setPeaksRising(false);
-    monitor.apply(celsius(95));
+    monitor.apply({95, {}, {}});
     EXPECT_EQ(monitor.peakCPU(), 70.0) << "the peak never falls, and stops following between benchmarks";
     EXPECT_EQ(monitor.snapshot().cpuCelsius, 95.0);
     EXPECT_FALSE(monitor.peakGPU());
@@ -36,7 +28,6 @@ TEST(ThermalMonitor, PeaksRiseOnlyWhileABenchmarkRuns) {
     EXPECT_EQ(monitor.peakCPU(), 95.0) << "a new run starts from the latest reading";
 }
 
-// Whether a throttle sample comes with a reading is seen through the run's condition.
 TEST(ThermalMonitor, ReadsOffTheMainThreadNeverTwoAtOnce) {
     QObject receiver;
     BackgroundTasks background(&receiver);

@@ -12,28 +12,29 @@ using quarbel::testing::FakeTree;
 
 namespace {
 
-// Writes one hwmon chip: its name and, per sensor, an optional label and a value.
-struct FakeSensor {
-    int index;
-    std::string label; // empty = no label file
-    std::string millidegrees;
-};
-
-void addChip(const FakeTree& tree, const std::string& hwmon, const std::string& name,
-             const std::vector<FakeSensor>& sensors) {
-    tree.write("hwmon/" + hwmon + "/name", name + "\n");
-    for (const auto& sensor : sensors) {
-        const std::string base = "hwmon/" + hwmon + "/temp" + std::to_string(sensor.index);
-        tree.write(base + "_input", sensor.millidegrees + "\n");
-        if (!sensor.label.empty()) tree.write(base + "_label", sensor.label + "\n");
+// Writes chip `index` of the tree from "name: label=millidegrees, ..." (sensors numbered from 1, an
+// empty label is no label file), or a thermal zone from "zone type=millidegrees".
+void addChip(const FakeTree& tree, int index, const std::string& chip) {
+    const std::string number = std::to_string(index);
+    if (chip.starts_with("zone ")) {
+        tree.writeRows("type=" + chip.substr(5, chip.find('=') - 5) +
+                           " temp=" + chip.substr(chip.find('=') + 1),
+                       "thermal/thermal_zone" + number + "/");
+        return;
+    }
+    const std::string base = "hwmon/hwmon" + number + "/";
+    tree.write(base + "name", chip.substr(0, chip.find(':')) + "\n");
+    int sensor = 0;
+    for (std::size_t at = chip.find(':') + 2, end = 0; at < chip.size(); at = end + 2) {
+        end = std::min(chip.find(", ", at), chip.size());
+        const std::size_t equals = chip.find('=', at);
+        const std::string temp = base + "temp" + std::to_string(++sensor);
+        tree.write(temp + "_input", chip.substr(equals + 1, end - equals - 1) + "\n");
+        if (equals > at) tree.write(temp + "_label", chip.substr(at, equals - at) + "\n");
     }
 }
 
 SensorLocations locationsIn(const FakeTree& tree) { return {tree.path("hwmon"), tree.path("thermal")}; }
-
-QLTemperatureReading readTree(const FakeTree& tree) {
-    return readSensorPlan(discoverSensors(locationsIn(tree)));
-}
 
 } // namespace
 
@@ -73,53 +74,30 @@ TEST(HwmonClassification, LabelsRankTheSensorsOfAChip) {
 }
 
 TEST(HwmonReader, PicksEachChannelsSensorFromTheChipsAndZones) {
-    // A chip is "name: label=millidegrees, ...", its sensors numbered from 1; a zone "zone
-    // type=millidegrees".
     const struct {
-        std::vector<std::string> chips;
         std::optional<double> cpu, gpu;
+        std::vector<std::string> chips;
     } cases[] = {
-        {{"acpitz: =91000", "coretemp: Package id 0=55000, Core 0=60000, Core 1=62000",
-          "nvme: Composite=70850", "amdgpu: edge=48000, junction=65000, mem=80000", "iwlwifi_1: =99000"},
-         55.0,
-         48.0},
+        // clang-format off
+        {55.0, 48.0, {"acpitz: =91000", "coretemp: Package id 0=55000, Core 0=60000, Core 1=62000",
+                      "nvme: Composite=70850", "amdgpu: edge=48000, junction=65000, mem=80000", "iwlwifi_1: =99000"}},
         // A package stuck at 150 °C falls back to the cores; 200 °C and garbage are skipped.
-        {{"coretemp: Package id 0=150000, Core 0=58500, Core 1=200000, Core 2=n/a", "nouveau: =-40000"},
-         58.5,
-         {}},
-        {{"coretemp: Package id 0=51000, Core 0=77000", "coretemp: Package id 1=63000, Core 0=79000",
-          "amdgpu: edge=44000", "nouveau: =52250"},
-         63.0,
-         52.25},
-        {{"k10temp: Tctl=87000, Tdie=60000, Tccd1=75000"}, 60.0, {}},
-        {{"k10temp: Tctl=70125, Tccd1=75000"}, 70.125, {}},
-        {{"cpu_thermal: =45277", "gpu_thermal: =41000"}, 45.277, 41.0},
-        {{"zone cpu-thermal=47000", "zone gpu-thermal=43000", "zone acpitz=99000"}, 47.0, 43.0},
-        {{"coretemp: Package id 0=55000", "zone x86_pkg_temp=88000", "zone gpu-thermal=50000"}, 55.0, 50.0},
+        {58.5, {}, {"coretemp: Package id 0=150000, Core 0=58500, Core 1=200000, Core 2=n/a", "nouveau: =-40000"}},
+        {63.0, 52.25, {"coretemp: Package id 0=51000, Core 0=77000", "coretemp: Package id 1=63000, Core 0=79000",
+                       "amdgpu: edge=44000", "nouveau: =52250"}},
+        {60.0, {}, {"k10temp: Tctl=87000, Tdie=60000, Tccd1=75000"}},
+        {70.125, {}, {"k10temp: Tctl=70125, Tccd1=75000"}},
+        {45.277, 41.0, {"cpu_thermal: =45277", "gpu_thermal: =41000"}},
+        {47.0, 43.0, {"zone cpu-thermal=47000", "zone gpu-thermal=43000", "zone acpitz=99000"}},
+        {55.0, 50.0, {"coretemp: Package id 0=55000", "zone x86_pkg_temp=88000", "zone gpu-thermal=50000"}},
         {{}, {}, {}},
-        {{"nvme: Composite=40000", "i915: "}, {}, {}}};
+        {{}, {}, {"nvme: Composite=40000", "i915: "}}};
+    // clang-format on
     for (const auto& c : cases) {
         FakeTree tree;
-        for (std::size_t i = 0; i < c.chips.size(); ++i) {
-            const std::string& chip = c.chips[i];
-            const std::string index = std::to_string(i);
-            if (chip.starts_with("zone ")) {
-                const std::size_t equals = chip.find('=');
-                tree.write("thermal/thermal_zone" + index + "/type", chip.substr(5, equals - 5));
-                tree.write("thermal/thermal_zone" + index + "/temp", chip.substr(equals + 1));
-                continue;
-            }
-            std::vector<FakeSensor> sensors;
-            for (std::size_t at = chip.find(':') + 2; at < chip.size();) {
-                const std::size_t end = std::min(chip.find(", ", at), chip.size()),
-                                  equals = chip.find('=', at);
-                sensors.push_back({static_cast<int>(sensors.size()) + 1, chip.substr(at, equals - at),
-                                   chip.substr(equals + 1, end - equals - 1)});
-                at = end + 2;
-            }
-            addChip(tree, "hwmon" + index, chip.substr(0, chip.find(':')), sensors);
-        }
-        const QLTemperatureReading reading = readTree(tree);
+        for (std::size_t i = 0; i < c.chips.size(); ++i)
+            addChip(tree, static_cast<int>(i), c.chips[i]);
+        const QLTemperatureReading reading = readSensorPlan(discoverSensors(locationsIn(tree)));
         const std::string name = c.chips.empty() ? "nothing" : c.chips[0];
         EXPECT_EQ(reading.hasCPU != 0 ? std::optional(reading.cpu) : std::nullopt, c.cpu) << name;
         EXPECT_EQ(reading.hasGPU != 0 ? std::optional(reading.gpu) : std::nullopt, c.gpu) << name;
@@ -130,8 +108,7 @@ TEST(HwmonReader, PicksEachChannelsSensorFromTheChipsAndZones) {
 
 TEST(HwmonReader, TheHottestCoreAndTheFilesOfOlderDrivers) {
     FakeTree tree;
-    addChip(tree, "hwmon1", "coretemp",
-            {{1, "Package id 0", "55000"}, {2, "Core 0", "60000"}, {3, "Core 1", "62000"}});
+    addChip(tree, 1, "coretemp: Package id 0=55000, Core 0=60000, Core 1=62000");
     std::optional<double> hottest;
     for (const SensorChip& chip : discoverSensors(locationsIn(tree)).chips)
         if (const auto core = readHottestCore(chip); core && chip.kind == SensorKind::cpu)
@@ -140,16 +117,16 @@ TEST(HwmonReader, TheHottestCoreAndTheFilesOfOlderDrivers) {
 
     FakeTree older("name=coretemp temp1_input=49000 temp2_input=66000", "hwmon/hwmon0/device/");
     older.write("hwmon/hwmon0/device/temp1_label", "Physical id 0\n");
-    EXPECT_EQ(readTree(older).cpu, 49.0);
+    EXPECT_EQ(readSensorPlan(discoverSensors(locationsIn(older))).cpu, 49.0);
 }
 
-TEST(HwmonTemperatureReaderCache, RereadsValuesAndRediscoversWhenChipsMove) {
+TEST(HwmonTemperatureReaderCache, RereadsValuesRediscoversWhenChipsMoveAndAgreesAcrossThreads) {
     FakeTree tree;
     HwmonTemperatureReader reader(locationsIn(tree));
     EXPECT_EQ(reader.read().hasCPU, 0);
 
     // A driver that loads after the first reading is found by the next one.
-    addChip(tree, "hwmon0", "coretemp", {{1, "Package id 0", "50000"}});
+    addChip(tree, 0, "coretemp: Package id 0=50000, Core 0=64000");
     EXPECT_EQ(reader.read().cpu, 50.0);
 
     tree.write("hwmon/hwmon0/temp1_input", "57000\n");
@@ -157,13 +134,6 @@ TEST(HwmonTemperatureReaderCache, RereadsValuesAndRediscoversWhenChipsMove) {
 
     // A reloaded driver comes back under another hwmon number.
     tree.rename("hwmon/hwmon0", "hwmon/hwmon4");
-    EXPECT_EQ(reader.read().cpu, 57.0);
-}
-
-TEST(HwmonTemperatureReaderCache, ConcurrentReadsAgree) {
-    FakeTree tree;
-    addChip(tree, "hwmon0", "coretemp", {{1, "Package id 0", "61000"}, {2, "Core 0", "64000"}});
-    HwmonTemperatureReader reader(locationsIn(tree));
     std::vector<double> seen(4, 0);
     std::vector<std::thread> threads;
     for (size_t i = 0; i < seen.size(); ++i)
@@ -173,5 +143,5 @@ TEST(HwmonTemperatureReaderCache, ConcurrentReadsAgree) {
         });
     for (auto& thread : threads)
         thread.join();
-    EXPECT_EQ(seen, std::vector<double>(4, 61.0));
+    EXPECT_EQ(seen, std::vector<double>(4, 57.0));
 }

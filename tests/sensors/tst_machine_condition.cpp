@@ -13,11 +13,6 @@ namespace {
 
 ConditionLocations locationsOf(const FakeTree& tree) { return {tree.path("sys"), tree.path("proc")}; }
 
-std::string statLine(int pid, const std::string& name, unsigned long long utime, unsigned long long stime) {
-    return std::to_string(pid) + " (" + name + ") R 1 1 1 0 -1 4194304 100 0 0 0 " + std::to_string(utime) +
-           " " + std::to_string(stime) + " 0 0 20 0 1 0 100 1000 100\n";
-}
-
 } // namespace
 
 TEST(MachineCondition, GovernorsBatteryAndLoadFromSysAndProc) {
@@ -27,28 +22,17 @@ TEST(MachineCondition, GovernorsBatteryAndLoadFromSysAndProc) {
         std::vector<std::string> expectedGovernors;
         std::optional<bool> onBattery;
         std::vector<std::string> badges;
-    } cases[] = {{{"powersave", "powersave"},
-                  "AC/type=Mains AC/online=0 BAT0/type=Battery BAT0/status=Discharging",
-                  {"powersave"},
-                  true,
-                  {"on battery", "powersave governor"}},
-                 {{"schedutil"},
-                  "AC/type=Mains AC/online=1 BAT0/type=Battery BAT0/status=Charging",
-                  {"schedutil"},
-                  false,
-                  {"schedutil governor"}},
-                 // A discharging mouse is not the machine's battery.
-                 {{"performance", ""},
-                  "AC/type=Mains AC/online=1 mouse/type=Battery mouse/status=Discharging mouse/scope=Device",
-                  {"performance"},
-                  false,
-                  {}},
-                 {{"performance", "powersave"},
-                  "",
-                  {"performance", "powersave"},
-                  std::nullopt,
-                  {"powersave governor"}},
-                 {{"", ""}, "", {}, std::nullopt, {}}};
+    } cases[] = {// clang-format off
+        {{"powersave", "powersave"}, "AC/type=Mains AC/online=0 BAT0/type=Battery BAT0/status=Discharging",
+         {"powersave"}, true, {"on battery", "powersave governor"}},
+        {{"schedutil"}, "AC/type=Mains AC/online=1 BAT0/type=Battery BAT0/status=Charging",
+         {"schedutil"}, false, {"schedutil governor"}},
+        // A discharging mouse is not the machine's battery.
+        {{"performance", ""}, "AC/type=Mains AC/online=1 mouse/type=Battery mouse/status=Discharging mouse/scope=Device",
+         {"performance"}, false, {}},
+        {{"performance", "powersave"}, "", {"performance", "powersave"}, std::nullopt, {"powersave governor"}},
+        {{"", ""}, "", {}, std::nullopt, {}}};
+    // clang-format on
     for (const auto& c : cases) {
         FakeTree tree(c.supplies, "sys/class/power_supply/");
         for (std::size_t cpu = 0; cpu < c.governors.size(); ++cpu) {
@@ -70,7 +54,9 @@ TEST(MachineCondition, GovernorsBatteryAndLoadFromSysAndProc) {
 TEST(MachineCondition, BusyProcessesBetweenTwoSamples) {
     FakeTree tree;
     const auto write = [&](int pid, const std::string& name, unsigned long long ticks) {
-        tree.write("proc/" + std::to_string(pid) + "/stat", statLine(pid, name, ticks, 0));
+        tree.write("proc/" + std::to_string(pid) + "/stat",
+                   std::to_string(pid) + " (" + name + ") R 1 1 1 0 -1 4194304 100 0 0 0 " +
+                       std::to_string(ticks) + " 0 0 0 20 0 1 0 100 1000 100\n");
     };
     write(10, "ffmpeg", 1000);
     write(11, "idle daemon", 50);
@@ -85,8 +71,8 @@ TEST(MachineCondition, BusyProcessesBetweenTwoSamples) {
     write(11, "idle daemon", 50 + 10);
     write(12, "quarbel", 200);
     write(14, "odd) name (x", 30);
-    write(15, "newcomer", 500);                                        // not in the first sample
-    tree.write("proc/13/stat", statLine(13, "other program", 900, 0)); // pid reused
+    write(15, "newcomer", 500);      // not in the first sample
+    write(13, "other program", 900); // pid reused
     ProcessTicks after = readProcessTicks(locationsOf(tree));
     after.at = before.at + std::chrono::seconds(1);
 

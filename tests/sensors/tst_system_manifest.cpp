@@ -11,41 +11,32 @@
 using namespace quarbel;
 using quarbel::testing::FakeTree;
 
-namespace {
-
-std::map<std::string, std::string> valuesByKey(const SystemManifest& manifest) {
-    std::map<std::string, std::string> values;
-    for (const auto& field : manifest)
-        values[field.key] = field.value;
-    return values;
-}
-
-} // namespace
-
 TEST(SystemManifest, ReadsTheSetUpThatCanMoveScoresFromProcAndSys) {
     FakeTree tree;
-    tree.write("proc/sys/kernel/osrelease", "6.1.0-18-amd64\n");
+    tree.writeRows("proc/sys/kernel/osrelease=6.1.0-18-amd64 sys/devices/system/cpu/smt/control=on "
+                   "sys/devices/virtual/dmi/id/sys_vendor=QEMU");
     tree.write("proc/cmdline", "BOOT_IMAGE=/vmlinuz mitigations=off quiet\n");
     tree.write("proc/cpuinfo", "processor\t: 0\nmicrocode\t: 0xb4\n\nprocessor\t: 1\nmicrocode\t: 0xb4\n");
     tree.write("sys/devices/system/cpu/vulnerabilities/spectre_v2", "Mitigation: Retpolines\n");
     tree.write("sys/devices/system/cpu/vulnerabilities/meltdown", "Not affected\n");
-    tree.write("sys/devices/system/cpu/smt/control", "on\n");
     tree.write("sys/kernel/mm/transparent_hugepage/enabled", "always [madvise] never\n");
-    tree.write("sys/devices/system/cpu/cpu0/cpufreq/scaling_governor", "performance\n");
-    tree.write("sys/devices/system/cpu/cpu1/cpufreq/scaling_governor", "powersave\n");
-    tree.write("sys/devices/system/cpu/cpu1/cpufreq/energy_performance_preference", "balance_power\n");
-    tree.write("sys/devices/system/cpu/cpufreq/policy0/scaling_governor", "ignored\n"); // not a CPU folder
+    // policy0 is not a CPU folder.
+    tree.writeRows(
+        "cpu0/cpufreq/scaling_governor=performance cpu1/cpufreq/scaling_governor=powersave "
+        "cpu1/cpufreq/energy_performance_preference=balance_power cpufreq/policy0/scaling_governor=ignored",
+        "sys/devices/system/cpu/");
     tree.write("proc/self/mountinfo", "22 1 8:1 / / rw,relatime shared:1 - ext4 /dev/sda1 rw\n"
                                       "30 22 0:40 / /scratch rw,noatime shared:2 - xfs /dev/nvme0n1 rw\n"
                                       "31 22 0:41 / /scratchy rw shared:3 - tmpfs tmpfs rw\n");
-    tree.write("sys/devices/virtual/dmi/id/sys_vendor", "QEMU\n");
     tree.write("sys/devices/virtual/dmi/id/product_name", "Standard PC (Q35 + ICH9, 2009)\n");
 
     ManifestSources sources{tree.root(), "/scratch/runs", "KVMKVMKVM", "kvm", "none"};
     setDriverDescriptionProvider([] {
         return std::pair<std::string, std::string>{"NVIDIA 580.65", "CUDA 13"};
     });
-    const auto values = valuesByKey(readSystemManifest(sources));
+    std::map<std::string, std::string> values;
+    for (const auto& field : readSystemManifest(sources))
+        values[field.key] = field.value;
     setDriverDescriptionProvider({});
     const std::map<std::string, std::string> expected = {
         {"kernel", "6.1.0-18-amd64"},

@@ -24,39 +24,29 @@ const char* const kIntelName = "Intel(R) Xeon(R) Gold 6338 CPU @ 2.00GHz  ";
 } // namespace
 
 TEST(SystemSnapshotCpuName, FromCpuinfoArmPartsTheHardwareModelOrUnknown) {
-    const std::string x86 = "x86-64 (x86_64)", arm = "Arm (arm64)";
+    const std::string x86 = "x86-64 (x86_64)", arm = "Arm (arm64)",
+                      dmi = "sys/devices/virtual/dmi/id/product_name";
     const struct {
         std::string architecture;
         std::vector<std::pair<std::string, std::string>> files;
         std::string name;
     } cases[] = {
+        // clang-format off
         {x86, {{"proc/cpuinfo", kIntelCpuinfo}}, kIntelName},
-        {arm,
-         {{"proc/cpuinfo",
-           "processor\t: 0\nCPU implementer\t: 0x41\nCPU part\t: 0xd08\n\nHardware\t: BCM2835\n"}},
+        {arm, {{"proc/cpuinfo", "processor\t: 0\nCPU implementer\t: 0x41\nCPU part\t: 0xd08\n\nHardware\t: BCM2835\n"}},
          "ARM Cortex-A72"},
-        {arm,
-         {{"proc/cpuinfo", "CPU implementer\t: 0x41\nCPU part\t: 0xfff\nHardware\t: Some SoC\n"}},
-         "Some SoC"},
-        {arm,
-         {{"proc/cpuinfo", "Processor\t: ARMv7 Processor rev 4 (v7l)\nprocessor\t: 0\n"}},
+        {arm, {{"proc/cpuinfo", "CPU implementer\t: 0x41\nCPU part\t: 0xfff\nHardware\t: Some SoC\n"}}, "Some SoC"},
+        {arm, {{"proc/cpuinfo", "Processor\t: ARMv7 Processor rev 4 (v7l)\nprocessor\t: 0\n"}},
          "ARMv7 Processor rev 4 (v7l)"},
         // The processor number line of x86 is not a brand.
-        {x86,
-         {{"proc/cpuinfo", "processor\t: 0\nmodel name\t:   \n"},
-          {"sys/devices/virtual/dmi/id/product_name", "Standard PC (Q35 + ICH9, 2009)\n"}},
+        {x86, {{"proc/cpuinfo", "processor\t: 0\nmodel name\t:   \n"}, {dmi, "Standard PC (Q35 + ICH9, 2009)\n"}},
          "Standard PC (Q35 + ICH9, 2009)"},
-        {arm,
-         {{"proc/device-tree/model", std::string("Raspberry Pi 4 Model B Rev 1.4\0", 31)}},
+        {arm, {{"proc/device-tree/model", std::string("Raspberry Pi 4 Model B Rev 1.4\0", 31)}},
          "Raspberry Pi 4 Model B Rev 1.4"},
-        {x86,
-         {{"proc/cpuinfo", "processor\t: 0\n"}, {"sys/devices/virtual/dmi/id/product_name", " \n"}},
-         "Unknown CPU"},
-        {"Apple Silicon (arm64)",
-         {{"sys/devices/virtual/dmi/id/product_name", "Mac14,2\n"}},
-         "Apple Silicon SoC"},
-        {x86, {{"sys/devices/virtual/dmi/id/product_name", "Mac14,2\n"}}, "Mac14,2"},
-    };
+        {x86, {{"proc/cpuinfo", "processor\t: 0\n"}, {dmi, " \n"}}, "Unknown CPU"},
+        {"Apple Silicon (arm64)", {{dmi, "Mac14,2\n"}}, "Apple Silicon SoC"},
+        {x86, {{dmi, "Mac14,2\n"}}, "Mac14,2"}};
+    // clang-format on
     for (const auto& c : cases) {
         FakeTree tree;
         for (const auto& [path, text] : c.files)
@@ -78,18 +68,14 @@ TEST(SystemSnapshotTexts, MemoryAndOperatingSystem) {
                   SystemSnapshot::memoryText(0),
               "16.0 GB7.5 GB0.0 GB");
 
-    FakeTree debian;
-    debian.write("etc/os-release",
-                 "NAME=\"Debian GNU/Linux\"\nPRETTY_NAME=\"Debian GNU/Linux 12 (bookworm)\"\n");
-    EXPECT_EQ(SystemSnapshot::operatingSystemText(sourcesIn(debian)),
+    FakeTree tree;
+    EXPECT_EQ(SystemSnapshot::operatingSystemText(sourcesIn(tree)), "Linux, kernel 6.1.0-test");
+    tree.write("usr/lib/os-release", "PRETTY_NAME=Arch\\ Linux\n"); // the fallback, unquoted and escaped
+    EXPECT_EQ(SystemSnapshot::operatingSystemText(sourcesIn(tree)), "Arch Linux, kernel 6.1.0-test");
+    tree.write("etc/os-release",
+               "NAME=\"Debian GNU/Linux\"\nPRETTY_NAME=\"Debian GNU/Linux 12 (bookworm)\"\n");
+    EXPECT_EQ(SystemSnapshot::operatingSystemText(sourcesIn(tree)),
               "Debian GNU/Linux 12 (bookworm), kernel 6.1.0-test");
-
-    FakeTree usrLib; // the fallback location, unquoted and escaped values
-    usrLib.write("usr/lib/os-release", "PRETTY_NAME=Arch\\ Linux\n");
-    EXPECT_EQ(SystemSnapshot::operatingSystemText(sourcesIn(usrLib)), "Arch Linux, kernel 6.1.0-test");
-
-    FakeTree none;
-    EXPECT_EQ(SystemSnapshot::operatingSystemText(sourcesIn(none)), "Linux, kernel 6.1.0-test");
 }
 
 TEST(SystemSnapshotRows, SixLabelledRowsWithTheGpuFromItsProvider) {
