@@ -22,7 +22,6 @@ inline bool processEventsUntil(const std::function<bool()>& done, int timeoutMs 
     return true;
 }
 
-// Processes events for `ms` milliseconds.
 inline void processEventsFor(int ms) {
     QElapsedTimer timer;
     timer.start();

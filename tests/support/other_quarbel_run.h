@@ -35,7 +35,6 @@ class OtherQuarbelRun {
     OtherQuarbelRun(const OtherQuarbelRun&) = delete;
     OtherQuarbelRun& operator=(const OtherQuarbelRun&) = delete;
 
-    // Whether the child holds its mark now.
     bool marked() const { return marked_; }
     pid_t pid() const { return pid_; }
 

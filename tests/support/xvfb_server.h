@@ -52,7 +52,6 @@ class XvfbServer {
         waitpid(pid_, nullptr, 0);
     }
 
-    // The DISPLAY value of the server, ":N".
     const std::string& display() const { return display_; }
 
   private:

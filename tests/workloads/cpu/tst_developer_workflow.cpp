@@ -32,7 +32,7 @@ std::uint8_t referenceWorker(std::int64_t worker, std::int64_t rounds,
 
 } // namespace
 
-TEST(WorkflowSeed, StartsWithTheSpecifiedBytes) {
+TEST(WorkflowSeed, FollowsItsGeneratorToTheLastByte) {
     const std::vector<std::uint8_t> seed = makeWorkflowSeed();
     ASSERT_EQ(seed.size(), 262'144u);
     const std::vector<std::uint8_t> first(seed.begin(), seed.begin() + 9);

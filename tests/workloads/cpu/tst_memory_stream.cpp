@@ -44,8 +44,6 @@ TEST(StreamTriad, WritesEveryElementFromItsOwnInputsRoundingTheProductBeforeTheA
         EXPECT_EQ(c[i], static_cast<float>(2 * i));
 }
 
-// Large arrays start on a 2 MiB boundary, so that whole huge pages can back them; small ones
-// take ordinary memory. Both hold what was put in them.
 TEST(HugePageAllocator, LargeArraysStartOnAHugePageBoundary) {
     const HugePageVector<float> large(std::size_t{3} << 20, 2.5f);
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(large.data()) % (std::uintptr_t{2} << 20), 0u);

@@ -13,7 +13,6 @@
 #endif
 #include <sleef.h>
 
-#include <algorithm>
 #include <array>
 #include <bit>
 #include <cmath>

@@ -55,10 +55,9 @@ TEST(RawDecode, RowsMatchAReferenceDecodeAndDependOnTheFrameWhichLeavesItsBorder
     EXPECT_EQ(rows.back(), 0u);
     for (int y = 1; y <= kSmallHeight - 2; ++y) {
         EXPECT_EQ(rows[static_cast<std::size_t>(y)], referenceRow(raw, kSmallWidth, y, 3)) << y;
-        EXPECT_EQ(decodeRawRow(raw, kSmallWidth, kSmallHeight, y, 0), referenceRow(raw, kSmallWidth, y, 0))
-            << y;
-        EXPECT_EQ(decodeRawRow(raw, kSmallWidth, kSmallHeight, y, 9), referenceRow(raw, kSmallWidth, y, 9))
-            << y;
+        for (const std::uint64_t frame : {0u, 9u})
+            EXPECT_EQ(decodeRawRow(raw, kSmallWidth, kSmallHeight, y, frame),
+                      referenceRow(raw, kSmallWidth, y, frame));
     }
     EXPECT_NE(decodeRawRow(raw, kSmallWidth, kSmallHeight, 1, 0),
               decodeRawRow(raw, kSmallWidth, kSmallHeight, 1, 1));

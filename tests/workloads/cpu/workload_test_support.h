@@ -7,7 +7,6 @@
 #include "model/workload_context.h"
 
 #include <cstdint>
-#include <string>
 #include <vector>
 
 namespace quarbel::testing {

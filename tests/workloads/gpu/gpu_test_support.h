@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-// Shared pieces of the GPU workload tests.
 #pragma once
 
 #include "model/gpu_execution.h"
@@ -12,9 +11,6 @@
 #include <cmath>
 #include <cstdint>
 #include <mutex>
-#include <optional>
-#include <regex>
-#include <string>
 #include <vector>
 
 namespace quarbel::testing {
@@ -32,13 +28,8 @@ class CancellingProgress : public ProgressSink {
         if (progress.unitsDone >= cancelAfter_) token.cancel();
     }
 
-    WorkloadContext context() {
-        WorkloadContext context;
-        context.cancellation = &token;
-        context.progress = this;
-        context.budgetSeconds = 60.0; // the cancellation, not the clock, ends these runs
-        return context;
-    }
+    // The cancellation, not the clock, ends these runs.
+    WorkloadContext context() { return {&token, this, 60.0, 1.0}; }
 
     CancellationToken token;
     std::vector<std::int64_t> units;
@@ -92,14 +83,6 @@ inline Float4 referenceKernel(const Float4& value, std::uint32_t iterations) {
         }
     }
     return v;
-}
-
-// The first decimal number after `marker` in `text`.
-inline std::optional<double> numberAfter(const std::string& text, const std::string& marker) {
-    std::smatch match;
-    const std::regex pattern(marker + R"(\s*(-?[0-9]+(\.[0-9]+)?))");
-    if (!std::regex_search(text, match, pattern)) return std::nullopt;
-    return std::stod(match[1].str());
 }
 
 } // namespace quarbel::testing

@@ -9,7 +9,6 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <unistd.h>
 
 using namespace quarbel;
 

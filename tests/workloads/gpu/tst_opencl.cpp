@@ -3,14 +3,7 @@
 #include "workloads/gpu/opencl_compute.h"
 #include "workloads/gpu/opencl_detail.h"
 
-#include <gtest/gtest.h>
-
 #include "gpu_test_support.h"
-
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <vector>
 
 using namespace quarbel;
 using quarbel::testing::Float4;
@@ -57,6 +50,8 @@ cl_int findWithFakes(cl_device_id& device, cl_platform_id& platform) {
 } // namespace
 
 TEST(OpenCLDeviceDiscovery, AGpuOnAnyOfTheFirstEightPlatformsBeatsACpuAndErrorsSayWhatWasMissing) {
+    std::vector<std::array<int, 2>> nineWithADeviceOnlyOnTheLast(9);
+    nineWithADeviceOnlyOnTheLast[8] = {1, 1};
     const struct {
         const char* name;
         std::vector<std::array<int, 2>> platforms;
@@ -68,13 +63,7 @@ TEST(OpenCLDeviceDiscovery, AGpuOnAnyOfTheFirstEightPlatformsBeatsACpuAndErrorsS
         {"else the first CPU", {{0, 0}, {0, 2}, {0, 1}}, CL_SUCCESS, CL_SUCCESS, 1, CL_DEVICE_TYPE_CPU},
         {"no platform", {}, CL_SUCCESS, -1},
         {"no device", {{0, 0}, {0, 0}}, CL_SUCCESS, -2},
-        {"only the first 8 platforms count",
-         [] {
-             std::vector<std::array<int, 2>> nine(8);
-             nine.push_back({1, 1});
-             return nine;
-         }(),
-         CL_SUCCESS, -2},
+        {"only the first 8 platforms count", nineWithADeviceOnlyOnTheLast, CL_SUCCESS, -2},
         // CL_PLATFORM_NOT_FOUND_KHR, as ocl-icd says without vendors.
         {"the loader's error", {{1, 1}}, -1001, -1001},
     };
@@ -156,13 +145,12 @@ TEST(OpenCLCompute, ArgumentsBelowOneRunOneElementOneIterationForOneSecondAndThe
     EXPECT_NEAR(dispatches, std::round(dispatches), 1e-3);
     EXPECT_DOUBLE_EQ(result.score, 120.0 * result.gflops);
 
-    // Through the controller: the CPU device and the dispatches as progress.
+    // Through the controller: the dispatches as progress.
     quarbel::testing::CancellingProgress progress(1'000'000);
     WorkloadContext context = progress.context();
     context.budgetSeconds = 0.05;
     const BenchmarkOutcome outcome = runOpenCLCompute(context, {256, 4});
     ASSERT_EQ(outcome.status, OutcomeStatus::ok) << outcome.detail;
-    EXPECT_EQ(outcome.primary.label, "Compute");
     EXPECT_EQ(outcome.secondary, (MeasurementLine{"Device", "CPU", ""}));
     ASSERT_FALSE(progress.units.empty());
     EXPECT_GE(progress.units.back(), 1);

@@ -9,10 +9,7 @@
 #include "workloads/gpu/gpu_context.h"
 #include "workloads/gpu/raw_frame.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 
 using namespace quarbel;

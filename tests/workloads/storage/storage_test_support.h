@@ -1,7 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-// Helpers for the storage tests: a private temporary root per test (TMPDIR points at it),
-// small tmpfs mounts for out-of-space and read-only cases, and a progress sink that can
-// stop the workload at a chosen point.
 #pragma once
 
 #include "model/workload_context.h"
@@ -26,7 +23,8 @@
 
 namespace quarbel::storage::testing {
 
-// Names in `directory` that start with "Quarbel-" (empty when the directory is missing).
+constexpr std::int64_t kMiB = 1'048'576;
+
 inline std::vector<std::string> scratchEntries(const std::string& directory) {
     std::vector<std::string> names;
     std::error_code error;
@@ -43,7 +41,6 @@ inline std::string onlyScratchDirectory(const std::string& root) {
     return entries.size() == 1 ? root + "/" + entries.front() : std::string();
 }
 
-// Sets TMPDIR for its lifetime and restores the previous value afterwards.
 class ScopedTemporaryRoot {
   public:
     explicit ScopedTemporaryRoot(const std::string& value) {
@@ -63,7 +60,6 @@ class ScopedTemporaryRoot {
     std::optional<std::string> previous_;
 };
 
-// A fresh directory under /tmp, removed with its contents at the end.
 class TestDirectory {
   public:
     TestDirectory() {
@@ -82,21 +78,16 @@ class TestDirectory {
     std::string path_ = "/tmp/quarbel-storage-test-XXXXXX";
 };
 
-// A tmpfs mounted at `where` (created if needed) and unmounted at the end. Needs root
-// (CAP_SYS_ADMIN); when mounting fails, mounted() is false and skipReason() says why.
+// A tmpfs mounted at `where` (created if needed) and unmounted at the end; needs CAP_SYS_ADMIN.
 class TmpfsMount {
   public:
     TmpfsMount(const std::string& where, std::int64_t sizeBytes, bool readOnly) : where_(where) {
-        if (::geteuid() != 0) {
-            skipReason_ = "mounting a tmpfs needs root";
-            return;
-        }
+        if (::geteuid() != 0) return;
         std::error_code ignored;
         std::filesystem::create_directories(where, ignored);
         const std::string options = "size=" + std::to_string(sizeBytes) + ",mode=0755";
         const unsigned long flags = MS_NOSUID | MS_NODEV | (readOnly ? MS_RDONLY : 0);
         mounted_ = ::mount("tmpfs", where.c_str(), "tmpfs", flags, options.c_str()) == 0;
-        if (!mounted_) skipReason_ = std::string("cannot mount a tmpfs here: ") + std::strerror(errno);
     }
     ~TmpfsMount() {
         if (mounted_) ::umount2(where_.c_str(), MNT_DETACH);
@@ -104,15 +95,12 @@ class TmpfsMount {
     TmpfsMount(const TmpfsMount&) = delete;
     TmpfsMount& operator=(const TmpfsMount&) = delete;
     bool mounted() const { return mounted_; }
-    const std::string& skipReason() const { return skipReason_; }
 
   private:
     std::string where_;
     bool mounted_ = false;
-    std::string skipReason_;
 };
 
-// Writes `bytes` bytes of 'x' to a new file.
 inline void writeFile(const std::string& path, std::size_t bytes) {
     std::ofstream(path, std::ios::binary) << std::string(bytes, 'x');
 }
@@ -129,20 +117,15 @@ class RecordingSink : public ProgressSink {
     }
 
     std::vector<std::int64_t> units; // unitsDone of each report, in order
-    std::vector<int> phases;         // the phase of each report, in order
-    std::string unitName;            // the unit of the last report
+    std::vector<int> phases;
+    std::string unitName; // of the last report
     std::function<void(const ProgressReport&)> onReport;
 };
 
-// A context wired to `token` and `sink`.
 inline WorkloadContext contextWith(const CancellationToken& token, RecordingSink& sink) {
-    WorkloadContext context;
-    context.cancellation = &token;
-    context.progress = &sink;
-    return context;
+    return {&token, &sink, std::nullopt, 1.0};
 }
 
-// Whether a regular file in `directory` accepts O_DIRECT through fcntl.
 inline bool fileSystemAcceptsDirectIO(const std::string& directory) {
     const std::string probe = directory + "/direct-io-probe";
     const int fd = ::open(probe.c_str(), O_RDWR | O_CREAT | O_EXCL, 0600);

@@ -1,36 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
-// The three storage workloads end to end on real files in a private temporary root.
 #include "storage_test_support.h"
 #include "workloads/storage/posix_io.h"
 #include "workloads/storage/scratch_directory.h"
 #include "workloads/storage/storage_patterns.h"
 #include "workloads/storage/storage_workloads.h"
 
-#include <gtest/gtest.h>
-
-#include <cerrno>
-#include <cmath>
 #include <csignal>
-#include <cstring>
-#include <fcntl.h>
-#include <filesystem>
-#include <fstream>
-#include <functional>
-#include <optional>
 #include <sstream>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
-#include <unistd.h>
-#include <vector>
 
 using namespace quarbel;
 using namespace quarbel::storage;
 using namespace quarbel::storage::testing;
 
 namespace {
-
-constexpr std::int64_t kMiB = 1'048'576;
 
 // Each test gets its own temporary root; afterwards no scratch directory may remain in it.
 class StorageWorkloadTest : public ::testing::Test {
@@ -64,9 +49,34 @@ void expectRatesAndScore(const BenchmarkOutcome& outcome, double factor) {
     EXPECT_NEAR(outcome.score, sum * 0.5 * factor, factor * 0.5 * tolerance + 1e-9);
 }
 
-} // namespace
+// Each workload at a small size, with the texts of its failures.
+struct SmallRun {
+    const char* prefix;      // of every failure
+    const char* writePrefix; // of a failed write
+    BenchmarkOutcome (*run)(const WorkloadContext&);
+};
 
-// ---- Sequential file test ----
+const SmallRun kEveryWorkload[] = {
+    {"SSD sequential test failed: ", "SSD sequential test failed: ",
+     [](const WorkloadContext& c) {
+         return runSSDSequential(c, {kMiB, 2});
+     }},
+    {"SSD real speed test failed: ", "SSD real speed test failed: write failed: ",
+     [](const WorkloadContext& c) {
+         return runSSDRealSpeed(
+             c, {.fileSize = 2 * kMiB, .blockSize = kMiB, .writePassCap = 1, .readPassCap = 1});
+     }},
+    {"Random SSD test failed: ", "Random SSD test failed: ",
+     [](const WorkloadContext& c) {
+         return runSSDRandom(c, {.preparationChunkSize = kMiB,
+                                 .preparationCount = 2,
+                                 .readsPerRound = 16,
+                                 .writesPerRound = 8,
+                                 .timeBudgetSeconds = 0});
+     }},
+};
+
+} // namespace
 
 TEST_F(StorageWorkloadTest, SequentialWritesThePatternThenReadsTheWholeFileBack) {
     const SSDSequentialParameters parameters{kMiB, 4};
@@ -115,8 +125,6 @@ TEST_F(StorageWorkloadTest, SequentialWriteTimeIncludesTheFlushToTheDisk) {
     EXPECT_EQ(unsynced[4], 0u) << "the write time was taken before the data reached the disk";
 }
 
-// ---- Real disk speed ----
-
 TEST_F(StorageWorkloadTest, RealSpeedRunsUpToThreeWriteAndFourReadPassesOrOneOnceTheTargetIsMet) {
     const std::string mode = fileSystemAcceptsDirectIO(root()) ? "uncached" : "standard";
     const struct {
@@ -142,8 +150,6 @@ TEST_F(StorageWorkloadTest, RealSpeedRunsUpToThreeWriteAndFourReadPassesOrOneOnc
         EXPECT_EQ(sink_.units[2], 3 * kMiB);
     }
 }
-
-// ---- Random 4K ----
 
 TEST_F(StorageWorkloadTest, RandomRunsWholeRoundsInsideAFileThatNeverGrows) {
     const SSDRandomParameters parameters{
@@ -197,13 +203,11 @@ TEST_F(StorageWorkloadTest, AStopEndsEachWorkloadAtItsNextSafePoint) {
          4 * kMiB,
          nullptr,
          {kMiB, 2 * kMiB, 3 * kMiB, 4 * kMiB, 4 * kMiB, 5 * kMiB}},
-        // The pass in progress ends, its flush included.
         {"real speed",
          [&](auto& c) { return runSSDRealSpeed(c, realSpeed); },
          0,
          "SSD real speed test was cancelled.",
          {kMiB, 2 * kMiB, 3 * kMiB, 3 * kMiB}},
-        // The round in progress ends.
         {"random", [&](auto& c) { return runSSDRandom(c, random); }, 0, nullptr, {64, 96}},
     };
     for (const auto& c : cases) {
@@ -222,39 +226,6 @@ TEST_F(StorageWorkloadTest, AStopEndsEachWorkloadAtItsNextSafePoint) {
         EXPECT_EQ(sink.units, c.units);
     }
 }
-
-// ---- Every workload: stale directories first, clean failures ----
-
-namespace {
-
-// Each workload at a small size, with the texts of its failures.
-struct SmallRun {
-    const char* prefix;      // of every failure
-    const char* writePrefix; // of a failed write
-    BenchmarkOutcome (*run)(const WorkloadContext&);
-};
-
-const SmallRun kEveryWorkload[] = {
-    {"SSD sequential test failed: ", "SSD sequential test failed: ",
-     [](const WorkloadContext& c) {
-         return runSSDSequential(c, {kMiB, 2});
-     }},
-    {"SSD real speed test failed: ", "SSD real speed test failed: write failed: ",
-     [](const WorkloadContext& c) {
-         return runSSDRealSpeed(
-             c, {.fileSize = 2 * kMiB, .blockSize = kMiB, .writePassCap = 1, .readPassCap = 1});
-     }},
-    {"Random SSD test failed: ", "Random SSD test failed: ",
-     [](const WorkloadContext& c) {
-         return runSSDRandom(c, {.preparationChunkSize = kMiB,
-                                 .preparationCount = 2,
-                                 .readsPerRound = 16,
-                                 .writesPerRound = 8,
-                                 .timeBudgetSeconds = 0});
-     }},
-};
-
-} // namespace
 
 TEST_F(StorageWorkloadTest, EveryWorkloadFirstReclaimsStaleScratchDirectoriesAndSaysSo) {
     std::vector<std::string> notices;
