@@ -13,9 +13,8 @@
 
 #include <gtest/gtest.h>
 
-#include <condition_variable>
-#include <mutex>
 #include <regex>
+#include <thread>
 
 using namespace quarbel;
 using namespace quarbel::app;
@@ -23,13 +22,9 @@ using namespace quarbel::test;
 
 namespace {
 
-// Skips the calling test unless a scene window can really be shown.
 #define REQUIRE_SCENE_WINDOW(presenter)                                                                      \
-    do {                                                                                                     \
-        if (QGuiApplication::platformName() != QStringLiteral("xcb"))                                        \
-            GTEST_SKIP() << "no X display: Xvfb could not be started";                                       \
-        if (!(presenter).hasVisualDevice()) GTEST_SKIP() << "no Vulkan device with graphics";                \
-    } while (false)
+    if (QGuiApplication::platformName() != "xcb" || !(presenter).hasVisualDevice())                          \
+    GTEST_SKIP() << "no X display (Xvfb could not be started) or no Vulkan device with graphics"
 
 QStringList messages(const BenchmarkStore& store) {
     QStringList result;
@@ -55,9 +50,8 @@ TEST(SceneWindow, AOneSecondRequestIsMeasuredInAWindowOfItsOwn) {
     ASSERT_NE(window, nullptr);
     EXPECT_EQ(window->title(), "Quarbel - GPU Visual Tour");
     EXPECT_EQ(window->transientParent(), mainWindow.windowHandle());
-    // Also run with QT_SCALE_FACTOR=2 (see CMakeLists.txt): the window holds the drawable's
-    // 960 x 540 device pixels at either scale and cannot be resized, so that the frames present
-    // the same pixels and the score measures the same work.
+    // Also run at QT_SCALE_FACTOR=2 (see CMakeLists.txt): the window holds 960 x 540 device pixels
+    // at either scale and cannot be resized, so the frames and the score measure the same work.
     const qreal ratio = qEnvironmentVariable("QT_SCALE_FACTOR", "1").toDouble();
     EXPECT_EQ(window->devicePixelRatio(), ratio);
     EXPECT_EQ(window->size() * ratio, QSize(960, 540));
@@ -71,7 +65,6 @@ TEST(SceneWindow, AOneSecondRequestIsMeasuredInAWindowOfItsOwn) {
     ASSERT_TRUE(std::regex_search(outcome.detail, frames, std::regex("with ([0-9]+) visible frames and 1x")))
         << outcome.detail;
     const int frameCount = std::stoi(frames[1].str());
-    EXPECT_GT(frameCount, 0);
     EXPECT_GE(liveUpdates, 3);
     EXPECT_GE(outcome.duration, 1.0);
     // The pixels of the measured drawable, taken back out of the score: megapixels x 8 + FPS x 155.
@@ -84,8 +77,6 @@ TEST(SceneWindow, AOneSecondRequestIsMeasuredInAWindowOfItsOwn) {
     EXPECT_EQ(outcomes.size(), 1u) << "a close after the outcome reports nothing";
 }
 
-// A scene closed by the user, or whose pipeline fails (after a bounded wait), fails the visual
-// benchmark once; the run goes on to the next benchmark and ends with its summary.
 TEST(SceneWindow, AFailedSceneFailsTheBenchmarkOnceAndTheRunGoesOn) {
     const struct {
         const char* name;
@@ -126,16 +117,13 @@ TEST(SceneWindow, AFailedSceneFailsTheBenchmarkOnceAndTheRunGoesOn) {
 
 TEST(AnimationWindows, OneOpensAroundEachOfTheFiveBenchmarksAndClosesAfterIt) {
     // Each pass waits for the test's permit, so the windows can be looked at mid-pass.
-    std::mutex mutex;
-    std::condition_variable changed;
-    int permits = 0;
+    std::atomic<int> permits{0};
     std::atomic<bool> waiting{false};
     StoreServices services = FakeWorkloads().services();
     services.runWorkload = [&](BenchmarkID, const WorkloadContext& context) {
-        std::unique_lock lock(mutex);
         waiting = true;
         while (permits == 0 && !context.cancelled())
-            changed.wait_for(lock, std::chrono::milliseconds(2));
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
         --permits;
         waiting = false;
         return FakeWorkloads::okOutcome(10);
@@ -170,18 +158,12 @@ TEST(AnimationWindows, OneOpensAroundEachOfTheFiveBenchmarksAndClosesAfterIt) {
             EXPECT_EQ(window->minimumSize(), QSize(720, 405));
             EXPECT_EQ(window->windowHandle()->transientParent(), mainWindow.windowHandle());
         }
-        {
-            std::lock_guard lock(mutex);
-            ++permits;
-        }
-        changed.notify_all();
+        ++permits;
     }
     ASSERT_TRUE(processEventsUntil([&] { return !store.busy(); }));
     EXPECT_EQ(openWindows(), QStringList{});
 }
 
-// Closing the main window stops the run at once whatever benchmark window is open, as Stop
-// does during the scene: no outcome, no next benchmark, no summary.
 TEST(BenchmarkWindows, StopOrClosingTheMainWindowEndsTheRunAtOnceWhateverBenchmarkWindowIsOpen) {
     const std::pair<BenchmarkID, bool> cases[] = {
         {BenchmarkID::cineTile, true}, {BenchmarkID::metalVisual, true}, {BenchmarkID::metalVisual, false}};

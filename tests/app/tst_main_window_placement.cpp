@@ -1,16 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
-// Where the main window opens, and how often its frame is written.
+// The window's saved settings: where the main window opens, how often its frame is written,
+// and the devices chosen for the next run.
+#include "app/devices_dialog.h"
 #include "app/main_window_placement.h"
-#include "memory_settings.h"
 #include "support/event_loop.h"
+#include "support/temp_dir.h"
 
+#include <QComboBox>
 #include <QCoreApplication>
+#include <QLineEdit>
 #include <QMoveEvent>
 #include <QResizeEvent>
 #include <QWidget>
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <map>
 
 using namespace quarbel::app;
@@ -19,12 +24,36 @@ namespace placement = quarbel::app::MainWindowPlacement;
 
 namespace {
 
+class MemorySettings : public FrameSettings {
+  public:
+    QVariant value(const QString& key) const override {
+        const auto it = values.find(key);
+        return it == values.end() ? QVariant() : it->second;
+    }
+    void setValue(const QString& key, const QVariant& value) override {
+        values[key] = value;
+        if (key == QLatin1String(placement::kFrameKey)) ++frameWrites;
+    }
+    std::map<QString, QVariant> values;
+    int frameWrites = 0;
+};
+
+std::string variable(const char* name) {
+    const char* value = std::getenv(name);
+    return value != nullptr ? value : "<unset>";
+}
+
 const QList<QRect> kScreens{QRect(0, 0, 1920, 1080), QRect(1920, 0, 1280, 1024)};
 
 } // namespace
 
 TEST(MainWindowPlacement, RestoresOnlyAUsableSavedFrameElseCentresAndFitsTheScreen) {
-    struct Case {
+    const QRect centred(460, 190, 1000, 700); // 1000 x 700 centred on the first screen
+    const QList<QRect> laptop{QRect(0, 0, 1366, 768)};
+    const QList<QRect> laptopWithPanel{QRect(0, 28, 1366, 740)};
+    const QList<QRect> tiny{QRect(0, 0, 800, 600)};
+    // clang-format off
+    const struct Case {
         const char* name;
         QVariant hasSavedFrame;
         QVariant frame;
@@ -32,13 +61,7 @@ TEST(MainWindowPlacement, RestoresOnlyAUsableSavedFrameElseCentresAndFitsTheScre
         QList<QRect> screens = kScreens;
         QSize minimum{840, 560};
         QSize startSize{1000, 700};
-    };
-    const QRect centred(460, 190, 1000, 700); // 1000 x 700 centred on the first screen
-    const QList<QRect> laptop{QRect(0, 0, 1366, 768)};
-    const QList<QRect> laptopWithPanel{QRect(0, 28, 1366, 740)};
-    const QList<QRect> tiny{QRect(0, 0, 800, 600)};
-    // clang-format off
-    const Case cases[] = {
+    } cases[] = {
         {"first launch", {}, {}, centred},
         {"valid frame", true, "100 120 900 640", {100, 120, 900, 640}},
         {"frame on the second screen", true, "2000 50 1100 800", {2000, 50, 1100, 800}},
@@ -77,20 +100,20 @@ TEST(MainWindowPlacement, RestoresOnlyAUsableSavedFrameElseCentresAndFitsTheScre
 
 TEST(MainWindowPlacement, AFittedFrameLeavesRoomForTheWindowManagersDecorations) {
     const QMargins titleBar(0, 30, 0, 0);
-    EXPECT_EQ(placement::fittedFrame({40, 10, 1200, 820}, {0, 0, 1366, 768}, titleBar),
-              QRect(40, 0, 1200, 738));
-    EXPECT_EQ(placement::fittedFrame({40, 10, 1200, 700}, {0, 0, 1366, 768}, titleBar),
-              QRect(40, 10, 1200, 700));
-    EXPECT_EQ(placement::fittedFrame({40, 60, 1200, 700}, {0, 0, 1366, 768}, titleBar),
-              QRect(40, 38, 1200, 700))
-        << "moved up until the frame's foot is on screen";
+    const std::tuple<QRect, QRect, QRect> fits[] = {
+        // frame, screen, the frame fitted
+        {{40, 10, 1200, 820}, {0, 0, 1366, 768}, {40, 0, 1200, 738}},  // cut to the screen
+        {{40, 10, 1200, 700}, {0, 0, 1366, 768}, {40, 10, 1200, 700}}, // left alone
+        {{40, 60, 1200, 700}, {0, 0, 1366, 768}, {40, 38, 1200, 700}}, // moved up until its foot is on screen
+        {{0, 0, 900, 640}, {0, 0, 900, 580}, {0, 0, 900, 560}}, // not below the minimum height, with room
+    };
+    for (const auto& [frame, screen, fitted] : fits)
+        EXPECT_EQ(placement::fittedFrame(frame, screen, titleBar), fitted) << frame.y();
     // The whole window fits 1280 x 720 and 1366 x 768, from a frame saved on a larger screen.
     for (const QRect& screen : {QRect(0, 0, 1280, 720), QRect(0, 0, 1366, 768)}) {
         const QRect fitted = placement::fittedFrame({300, 200, 1400, 900}, screen, titleBar);
         EXPECT_TRUE(screen.contains(fitted.adjusted(0, 0, 0, 30))) << fitted.x() << "," << fitted.y();
     }
-    // Not below the minimum height where the screen has room for it, decorations or not.
-    EXPECT_EQ(placement::fittedFrame({0, 0, 900, 640}, {0, 0, 900, 580}, titleBar), QRect(0, 0, 900, 560));
 }
 
 TEST(MainWindowPlacement, ASecondWindowOpensBesideTheFirstAndStaysOnScreen) {
@@ -140,4 +163,48 @@ TEST(MainWindowPlacementCoordinator, BurstOfResizesWritesOnceCloseWritesAtOnceAn
     QWidget next;
     placement::configure(next, settings, kScreens);
     EXPECT_EQ(QRect(next.pos(), next.size()), QRect(0, 100, 1000, 700)) << "brought back on screen whole";
+}
+
+TEST(DevicesDialog, OffersEveryDeviceRemembersTheChoiceAndAppliesItToTheNextRun) {
+    MemorySettings settings;
+    TempDir folder;
+    {
+        DevicesDialog dialog(settings);
+        ASSERT_EQ(dialog.gpuChooser()->count(), 2) << "Automatic and lavapipe";
+        EXPECT_TRUE(dialog.gpuChooser()->itemText(0).startsWith("Automatic (llvmpipe"));
+        EXPECT_GE(dialog.openclChooser()->count(), 2) << "Automatic and PoCL";
+        dialog.gpuChooser()->setCurrentIndex(1);
+        dialog.openclChooser()->setCurrentIndex(1);
+        dialog.storageField()->setText(QString::fromStdString(folder.path().string() + "/missing"));
+        dialog.accept();
+        EXPECT_EQ(dialog.result(), QDialog::Rejected) << "a folder that is not there keeps the dialog open";
+        EXPECT_TRUE(settings.values.empty()) << "and changes nothing";
+        dialog.storageField()->setText(QString::fromStdString(folder.path().string()));
+        dialog.accept();
+        EXPECT_EQ(dialog.result(), QDialog::Accepted);
+    }
+    EXPECT_EQ(variable("QUARBEL_GPU"), "llvmpipe (LLVM 15.0.6, 256 bits)");
+    EXPECT_NE(variable("QUARBEL_OPENCL_DEVICE"), "<unset>");
+    EXPECT_EQ(variable("QUARBEL_STORAGE_DIR"), folder.path().string());
+    EXPECT_EQ(settings.value(kStorageDirectoryKey).toString().toStdString(), folder.path().string());
+
+    // Reopened, it shows what was chosen; Automatic undoes it.
+    {
+        DevicesDialog dialog(settings);
+        EXPECT_EQ(dialog.gpuChooser()->currentIndex(), 1);
+        EXPECT_EQ(dialog.storageField()->text().toStdString(), folder.path().string());
+        dialog.gpuChooser()->setCurrentIndex(0);
+        dialog.storageField()->clear();
+        dialog.accept();
+    }
+    EXPECT_EQ(variable("QUARBEL_GPU"), "<unset>");
+    EXPECT_EQ(variable("QUARBEL_STORAGE_DIR"), "<unset>");
+
+    // At the next start, a saved choice that is gone is dropped and named.
+    settings.setValue(kGpuDeviceKey, QStringLiteral("GeForce that was taken out"));
+    const QString dropped = applySavedDeviceChoices(settings).value_or(QString());
+    EXPECT_TRUE(dropped.contains("GPU \"GeForce that was taken out\"")) << dropped.toStdString();
+    EXPECT_TRUE(settings.value(kGpuDeviceKey).toString().isEmpty());
+    EXPECT_EQ(variable("QUARBEL_GPU"), "<unset>");
+    ::unsetenv("QUARBEL_OPENCL_DEVICE");
 }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// A paint device that keeps the texts painted on it, in order, with where they were
-// drawn, and the bounds of the shapes it was asked to fill; it draws nothing: what a card
-// says and where, read without looking at its pixels.
+// A paint device that draws nothing and keeps the texts painted on it, in order and where, and
+// the bounds of the shapes it fills: what a card says and where, without looking at its pixels.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -88,36 +87,27 @@ class TextRecorder : public QPaintDevice {
     mutable Engine engine_;
 };
 
-// Texts that overlap each other or a shape they do not belong to, or leave the device.
-inline std::vector<std::string> layoutFaults(const TextRecorder& recorder, QSize size) {
-    std::vector<std::string> faults;
-    const auto& texts = recorder.drawnTexts();
-    const auto name = [](const DrawnText& t) { return t.text.left(24).toStdString(); };
-    for (std::size_t i = 0; i < texts.size(); ++i) {
-        const QRectF a = texts[i].bounds.adjusted(1, 1, -1, -1);
-        if (!QRectF(QPointF(0, 0), size).contains(a)) faults.push_back(name(texts[i]) + " leaves the card");
-        for (std::size_t j = i + 1; j < texts.size(); ++j)
-            if (a.intersects(texts[j].bounds.adjusted(1, 1, -1, -1)))
-                faults.push_back(name(texts[i]) + " overlaps " + name(texts[j]));
-        // A text lies inside a shape (its panel, tile or pill) or clear of it.
-        for (const QRectF& shape : recorder.shapes())
-            if (a.intersects(shape) && !shape.contains(a))
-                faults.push_back(name(texts[i]) + " runs over the edge of a shape");
-    }
-    return faults;
-}
-
-// The texts `paint` draws on a device of `size`, in order; with `legible`, each layout fault
-// fails the running test.
+// The texts `paint` draws on a device of `size`, in order; with `legible`, a text that leaves
+// the device or overlaps another text or a shape it does not belong to fails the running test.
 inline QStringList recordTexts(QSize size, const std::function<void(QPainter&)>& paint,
                                bool legible = false) {
     TextRecorder recorder(size);
     QPainter painter(&recorder);
     paint(painter);
     painter.end();
-    if (legible)
-        for (const std::string& fault : layoutFaults(recorder, size))
-            ADD_FAILURE() << fault;
+    const auto& texts = recorder.drawnTexts();
+    const auto name = [](const DrawnText& t) { return t.text.left(24).toStdString(); };
+    for (std::size_t i = 0; legible && i < texts.size(); ++i) {
+        const QRectF a = texts[i].bounds.adjusted(1, 1, -1, -1);
+        if (!QRectF(QPointF(0, 0), size).contains(a)) ADD_FAILURE() << name(texts[i]) << " leaves the card";
+        for (std::size_t j = i + 1; j < texts.size(); ++j)
+            if (a.intersects(texts[j].bounds.adjusted(1, 1, -1, -1)))
+                ADD_FAILURE() << name(texts[i]) << " overlaps " << name(texts[j]);
+        // A text lies inside a shape (its panel, tile or pill) or clear of it.
+        for (const QRectF& shape : recorder.shapes())
+            if (a.intersects(shape) && !shape.contains(a))
+                ADD_FAILURE() << name(texts[i]) << " runs over the edge of a shape";
+    }
     return recorder.texts();
 }
 

@@ -1,15 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
-// The main window as assistive technology reads it. The events that carry its changes need a
-// listening bridge: the AT-SPI test of the desktop program hears those.
+// The main window as assistive technology reads it (the AT-SPI test of the desktop program hears
+// the events that carry its changes), and the Save Result Card dialog and what it writes.
 #include "support/window_fixture.h"
 #include "ui/views/comparison_view.h"
+#include "ui/views/result_card_saver.h"
 #include "ui/views/result_panel.h"
 #include "ui/views/sidebar_view.h"
 #include "ui/views/stage_view.h"
+#include "ui/views/summary_panel.h"
 #include "ui/views/theme.h"
 #include "ui/views/trend_view.h"
 
 #include <QAccessible>
+#include <QFileDialog>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -27,9 +34,7 @@ struct Window : test::Window {
 };
 
 QAccessibleInterface* view(QWidget* widget) { return QAccessible::queryAccessibleInterface(widget); }
-QString said(QWidget* widget, QAccessible::Text text = QAccessible::Description) {
-    return view(widget)->text(text);
-}
+QString said(QWidget* w, QAccessible::Text text = QAccessible::Description) { return view(w)->text(text); }
 
 QString titleOf(BenchmarkID id) { return theme::qstring(title(id)); }
 
@@ -39,6 +44,27 @@ QAccessibleInterface* itemOf(const Window& w, BenchmarkID id) {
         if (list->child(i)->text(QAccessible::Name) == titleOf(id)) return list->child(i);
     return nullptr;
 }
+
+struct CardWindow : test::Window {
+    ResultCardSaver* saver = new ResultCardSaver(store, window);
+
+    QFileDialog* openDialog(QPushButton* button) {
+        QTest::mouseClick(button, Qt::LeftButton);
+        return window.findChild<QFileDialog*>(QStringLiteral("resultCardDialog"));
+    }
+    QMessageBox* errorBox() const { return window.findChild<QMessageBox*>("resultCardError"); }
+    QLabel* savedNote() const { return window.findChild<QLabel*>(QStringLiteral("resultCardSaved")); }
+    // Saves through the dialog `button` opens, as its Save button would; returns where it opened.
+    QString saveTo(QPushButton* button, const QString& path) {
+        QFileDialog* dialog = openDialog(button);
+        if (!dialog) return {};
+        const QString opened = dialog->directory().absolutePath();
+        dialog->selectFile(path);
+        static_cast<QDialog*>(dialog)->accept();
+        QTest::qWait(1); // the finished dialog goes on the next turn of the event loop
+        return opened;
+    }
+};
 
 } // namespace
 
@@ -153,4 +179,77 @@ TEST(AccessibleViews, TheHistoryChartsSayWhatTheyDraw) {
     EXPECT_EQ(view(&comparison)->text(QAccessible::Description),
               QStringLiteral("A: first. B: second. SSD Random: 80.00 then 90.00, +12.5 % ±3.0 %, ") +
                   theme::qstring(verdictText(Verdict::faster)));
+}
+
+// Cancel writes nothing; the folder that refused a card is not offered again.
+TEST(ResultCardSaver, SavesThroughANonModalDialogWarnsOnAFailedWriteAndNeedsAScore) {
+    CardWindow w;
+    w.fakes.set(BenchmarkID::cpuCrypto, FakeBehaviour::failing);
+    w.store.setSelectedID(BenchmarkID::cpuInteger);
+    QPushButton* single = w.window.resultPanel()->saveCardButton();
+    EXPECT_FALSE(single->isEnabled()) << "no outcome yet, nothing to save";
+    w.store.runSelected();
+    ASSERT_TRUE(w.waitIdle());
+    ASSERT_TRUE(single->isEnabled());
+
+    QTemporaryDir dir;
+    const struct {
+        QPushButton* button;
+        QString prefix;
+        QSize size;
+    } cases[] = {
+        {single, QStringLiteral("Quarbel-CPU-Single-Core-Result-"), QSize(1400, 900)},
+        {w.window.summaryPanel()->saveCardButton(), QStringLiteral("Quarbel-Global-Result-"),
+         QSize(1500, 1220)},
+    };
+    for (const auto& c : cases) {
+        QFileDialog* dialog = w.openDialog(c.button);
+        ASSERT_NE(dialog, nullptr) << c.prefix.toStdString();
+        EXPECT_TRUE(dialog->isVisible());
+        EXPECT_FALSE(dialog->isModal()) << "the window stays usable";
+        EXPECT_EQ(dialog->acceptMode(), QFileDialog::AcceptSave);
+        const QString suggested = QFileInfo(dialog->selectedFiles().value(0)).fileName();
+        EXPECT_TRUE(suggested.startsWith(c.prefix) && suggested.endsWith(QStringLiteral(".png")))
+            << suggested.toStdString();
+
+        const QString path = dir.filePath(suggested);
+        dialog->selectFile(path);
+        static_cast<QDialog*>(dialog)->accept(); // the dialog's own accept, as its Save button
+        EXPECT_EQ(QImage(path).size(), c.size) << suggested.toStdString();
+        EXPECT_EQ(w.errorBox(), nullptr);
+        ASSERT_NE(w.savedNote(), nullptr) << "a saved card says where it went";
+        EXPECT_TRUE(w.savedNote()->isVisible());
+        EXPECT_TRUE(w.savedNote()->text().contains(path)) << w.savedNote()->text().toStdString();
+        QTest::qWait(1); // the finished dialog goes on the next turn of the event loop
+    }
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !w.savedNote()->isVisible(); },
+                                ResultCardSaver::kNoticeMilliseconds + 2000))
+        << "the note goes by itself";
+
+    QFileDialog* dialog = w.openDialog(single);
+    ASSERT_NE(dialog, nullptr);
+    dialog->selectFile(dir.filePath(QStringLiteral("cancelled.png")));
+    dialog->reject();
+    EXPECT_FALSE(QFileInfo::exists(dir.filePath(QStringLiteral("cancelled.png"))));
+    EXPECT_EQ(w.errorBox(), nullptr);
+    QTest::qWait(1);
+
+    const QString unreachable = dir.filePath(QStringLiteral("missing/second.png"));
+    EXPECT_EQ(w.saveTo(single, unreachable), QDir(dir.path()).absolutePath());
+    QMessageBox* box = w.errorBox();
+    ASSERT_NE(box, nullptr);
+    EXPECT_EQ(box->icon(), QMessageBox::Warning);
+    EXPECT_EQ(box->text(), QStringLiteral("Could not save result card"));
+    EXPECT_FALSE(box->informativeText().isEmpty());
+    EXPECT_NE(box->informativeText(), QStringLiteral("Quarbel could not render the PNG card."));
+    box->close();
+    QTest::qWait(1);
+    EXPECT_EQ(w.saveTo(single, dir.filePath(QStringLiteral("third.png"))), QDir(dir.path()).absolutePath())
+        << "the folder that refused the card is not offered again";
+
+    w.store.setSelectedID(BenchmarkID::cpuCrypto); // failed: no score for a card
+    w.store.runSelected();
+    ASSERT_TRUE(w.waitIdle());
+    w.saver->saveSelectedBenchmarkCard();
+    EXPECT_EQ(w.window.findChild<QFileDialog*>(QStringLiteral("resultCardDialog")), nullptr);
 }

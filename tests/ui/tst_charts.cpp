@@ -37,40 +37,6 @@ SensorTrace fullTrace() {
     return t;
 }
 
-struct TraceCase {
-    const char* name;
-    SensorTrace trace;
-    std::vector<QString> legend;
-};
-
-std::vector<TraceCase> traceCases() {
-    SensorTrace single;
-    single.seconds = {0.5f};
-    single.coreMHzMean = {3400};
-    single.cpuCelsius = {kNaN}; // present but never read: nothing to name
-
-    SensorTrace gaps;
-    gaps.seconds = {0, 1, 2, 3, 4, 5};
-    gaps.cpuCelsius = {40, kNaN, 55, 60, kNaN, 70};
-    gaps.cpuWatts = {kNaN, 8.5f, 9, kNaN, 9.5f, 9.9f};
-
-    SensorTrace throttled;
-    throttled.seconds = {0, 1, 2, 3, 4};
-    throttled.gpuWatts = {100, 250, 240, 230, 120};
-    throttled.gpuThrottleReasons = {0, 0, 4, 4, 0};
-
-    return {
-        {"empty", {}, {}},
-        {"single sample", single, {"CPU clock 3.40 GHz"}},
-        {"NaN gaps", gaps, {"CPU 40–70 °C", "CPU 8.5–9.9 W"}},
-        {"every column",
-         fullTrace(),
-         {"CPU clock 0.80–4.85 GHz", "CPU 45–88 °C", "CPU 12–60 W, limit 65 W", "GPU 30–220 W",
-          "GPU clock 600–900 MHz", "Other processes 0.0–1.3 cores", "GPU throttled"}},
-        {"throttled span", throttled, {"GPU 100–250 W", "GPU throttled"}},
-    };
-}
-
 std::size_t count(const std::string& text, const std::string& part) {
     std::size_t n = 0;
     for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
@@ -91,7 +57,31 @@ ReportEntry entry(BenchmarkID id, double score, SensorTrace trace = {}, std::str
 
 TEST(TraceChart, NamesEachLineWithItsRangeAndLaysItOutLegibly) {
     const ChartPalette palette = cardChartPalette();
-    for (const TraceCase& c : traceCases()) {
+    SensorTrace single, gaps, throttled;
+    single.seconds = {0.5f};
+    single.coreMHzMean = {3400};
+    single.cpuCelsius = {kNaN}; // present but never read: nothing to name
+    gaps.seconds = {0, 1, 2, 3, 4, 5};
+    gaps.cpuCelsius = {40, kNaN, 55, 60, kNaN, 70};
+    gaps.cpuWatts = {kNaN, 8.5f, 9, kNaN, 9.5f, 9.9f};
+    throttled.seconds = {0, 1, 2, 3, 4};
+    throttled.gpuWatts = {100, 250, 240, 230, 120};
+    throttled.gpuThrottleReasons = {0, 0, 4, 4, 0};
+    const struct {
+        const char* name;
+        SensorTrace trace;
+        std::vector<QString> legend;
+    } cases[] = {
+        {"empty", {}, {}},
+        {"single sample", single, {"CPU clock 3.40 GHz"}},
+        {"NaN gaps", gaps, {"CPU 40–70 °C", "CPU 8.5–9.9 W"}},
+        {"every column",
+         fullTrace(),
+         {"CPU clock 0.80–4.85 GHz", "CPU 45–88 °C", "CPU 12–60 W, limit 65 W", "GPU 30–220 W",
+          "GPU clock 600–900 MHz", "Other processes 0.0–1.3 cores", "GPU throttled"}},
+        {"throttled span", throttled, {"GPU 100–250 W", "GPU throttled"}},
+    };
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         EXPECT_EQ(traceLegend(c.trace), c.legend);
 
@@ -114,13 +104,12 @@ TEST(TraceChart, NamesEachLineWithItsRangeAndLaysItOutLegibly) {
 }
 
 TEST(LineChart, RunLabelsStayApartAndInsideTheChart) {
-    struct Case {
+    const struct Case {
         const char* name;
         std::size_t points;
         LineChart::Style style;
         QString label;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"one bar", 1, LineChart::Style::bars, "quarbel-2026-11-23T14-15-02-a-very-long-report-name.json"},
         {"a few runs", 4, LineChart::Style::line, "run 12"},
         {"a band", 12, LineChart::Style::band, "12"},

@@ -32,13 +32,10 @@ const HardwareRows kHardware = {
     {"GPU (Vulkan)", "Unavailable"},     {"Operating system", "Debian 12, kernel 6.1"}};
 
 BenchmarkCardContent benchmarkContent(bool accuracyMode) {
+    const BenchmarkOutcome outcome{OutcomeStatus::ok, 1234.56, {"Read", "2.50", " GB/s\n"},
+                                   std::nullopt,      15.018,  "Wrote and read 1 GB."};
     return {BenchmarkID::ssdSequential,
-            {OutcomeStatus::ok,
-             1234.56,
-             {"Read", "2.50", " GB/s\n"},
-             std::nullopt,
-             15.018,
-             "Wrote and read 1 GB."},
+            outcome,
             {52.0, std::nullopt, std::nullopt},
             accuracyMode,
             false,
@@ -54,13 +51,9 @@ BenchmarkCardContent benchmarkContent(bool accuracyMode) {
 SummaryCardContent summaryContent() {
     SummaryCardContent content;
     content.summary = {"Selected Test Summary", 1, 1, 1, 3, 500, 150, 61.0, std::nullopt, {}};
-    content.rows[BenchmarkID::cpuInteger] = {TestRunState::done,
-                                             BenchmarkOutcome{OutcomeStatus::ok,
-                                                              500,
-                                                              {"Rate", "3.1", "Mops/s"},
-                                                              MeasurementLine{"Threads", "1", ""},
-                                                              1.5,
-                                                              "ok"}};
+    const BenchmarkOutcome done{
+        OutcomeStatus::ok, 500, {"Rate", "3.1", "Mops/s"}, MeasurementLine{"Threads", "1", ""}, 1.5, "ok"};
+    content.rows[BenchmarkID::cpuInteger] = {TestRunState::done, done};
     content.rows[BenchmarkID::metalCompute] = {TestRunState::skipped, skippedOutcome("No Vulkan device.")};
     content.rows[BenchmarkID::ssdRandom] = {TestRunState::failed, failedOutcome("Disk full.")};
     content.globalScore = 38.46;
@@ -82,13 +75,25 @@ BenchmarkOutcome longOutcome() {
             "A detail long enough to need its three lines and more. " + std::string(300, 'x')};
 }
 
-QStringList benchmarkTexts(const BenchmarkCardContent& c, bool legible = false) {
+// What a card says, each text legible: inside the card, clear of the others and of shapes it is not in.
+QStringList benchmarkTexts(const BenchmarkCardContent& c) {
     return test::recordTexts(
-        kBenchmarkCardSize, [&](QPainter& p) { paintBenchmarkCard(p, c); }, legible);
+        kBenchmarkCardSize, [&](QPainter& p) { paintBenchmarkCard(p, c); }, true);
 }
-QStringList summaryTexts(const SummaryCardContent& c, bool legible = false) {
+QStringList summaryTexts(const SummaryCardContent& c) {
     return test::recordTexts(
-        kSummaryCardSize, [&](QPainter& p) { paintSummaryCard(p, c); }, legible);
+        kSummaryCardSize, [&](QPainter& p) { paintSummaryCard(p, c); }, true);
+}
+
+const EnergyAbsence kNoPackage{PowerDomain::cpuPackage, "a virtual machine exposes no power sensors"};
+const EnergyAbsence kNoGpu{PowerDomain::gpu, "a virtual machine exposes no power sensors"};
+const EnergyAbsence kNoBattery{PowerDomain::battery, "no battery"};
+const EnergyMeasurement kPackage{PowerDomain::cpuPackage, "RAPL package-0", 31.2, 20.8, 28.4};
+const EnergyMeasurement kGpu{PowerDomain::gpu, "NVML", 400, 160, 181};
+
+QByteArray contentsOf(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 } // namespace
@@ -129,8 +134,7 @@ TEST(ResultCards, GlobalCardHasTheTableInOrderAndTheSkippedAndFailedSection) {
          {std::pair{"Rate", "3.1 Mops/s"}, {"Threads", "1"}, {"Status", "Skipped"}}) {
         const qsizetype at = texts.indexOf(QString::fromUtf8(label), firstRow);
         EXPECT_TRUE(at > 0 && texts.value(at + 1) == QString::fromUtf8(value))
-            << label << "\n"
-            << texts.join('|').toStdString();
+            << label << ": " << texts.join('|').toStdString();
     }
 
     const qsizetype section = texts.indexOf(QStringLiteral("Skipped / Failed"));
@@ -159,73 +163,60 @@ TEST(ResultCards, LongValuesStayInsideTheirPlaces) {
         std::string(200, 'x');
     single.startCelsius = 123.4;
     single.energy.measured = {{PowerDomain::cpuPackage, "RAPL package-0", 1e9, 123456.7, 234567.8}};
-    benchmarkTexts(benchmarkContent(false), true);
-    summaryTexts(summaryContent(), true);
-    summaryTexts(global, true);
-    EXPECT_TRUE(benchmarkTexts(single, true).contains(QStringLiteral("123456789")))
-        << "the score is shown whole";
+    summaryTexts(global);
+    EXPECT_TRUE(benchmarkTexts(single).contains(QStringLiteral("123456789"))) << "the score is shown whole";
 }
 
-namespace {
-
-const EnergyAbsence kNoPackage{PowerDomain::cpuPackage, "a virtual machine exposes no power sensors"};
-const EnergyAbsence kNoGpu{PowerDomain::gpu, "a virtual machine exposes no power sensors"};
-const EnergyAbsence kNoBattery{PowerDomain::battery, "no battery"};
-const EnergyMeasurement kPackage{PowerDomain::cpuPackage, "RAPL package-0", 31.2, 20.8, 28.4};
-const EnergyMeasurement kGpu{PowerDomain::gpu, "NVML", 400, 160, 181};
-
-} // namespace
-
-// The primary rate per watt is on the domain that judges the benchmark.
+// The primary rate per watt is on the domain that judges the benchmark; a measured line has no
+// reason after a colon.
 TEST(ResultCardContent, EnergyTextsNameEachDomainAndTheEfficiency) {
     const MeasurementLine gflops{"Compute", "17.06", "GFLOPS"};
+    const std::string package =
+        "CPU package 31.2 J \u00b7 20.8 W average \u00b7 28.4 W peak \u00b7 57.7 pts/J";
     const struct Case {
         const char* name;
         BenchmarkID id;
         ResultEnergy energy;
         MeasurementLine primary;
-        std::vector<std::pair<std::string, bool>> lines; // text, measured
+        std::vector<std::string> lines;
         const char* efficiency;
     } cases[] = {
         {"package measured",
          BenchmarkID::cpuInteger,
          {{kPackage}, {kNoGpu}},
          gflops,
-         {{"CPU package 31.2 J \u00b7 20.8 W average \u00b7 28.4 W peak \u00b7 57.7 pts/J \u00b7 0.82 "
-           "GFLOPS/W",
-           true},
-          {"GPU: a virtual machine exposes no power sensors", false}},
+         {package + " \u00b7 0.82 GFLOPS/W", "GPU: a virtual machine exposes no power sensors"},
          "57.7 pts/J \u00b7 20.8 W average (CPU package)"},
         {"a GPU benchmark is judged by the GPU; a rate with a slash",
          BenchmarkID::metalCompute,
          {{kPackage, kGpu}, {}},
          {"Rate", "12.50", " GB/s\n"},
-         {{"CPU package 31.2 J \u00b7 20.8 W average \u00b7 28.4 W peak \u00b7 57.7 pts/J", true},
-          {"GPU 400 J \u00b7 160 W average \u00b7 181 W peak \u00b7 7.50 pts/J \u00b7 0.08 GB/s per W",
-           true}},
+         {package,
+          "GPU 400 J \u00b7 160 W average \u00b7 181 W peak \u00b7 7.50 pts/J \u00b7 0.08 GB/s per W"},
          "7.50 pts/J \u00b7 160 W average (GPU)"},
         {"no rate per watt for a size",
          BenchmarkID::memoryStream,
          {{kPackage}, {}},
          {"Working Set", "183", "MB"},
-         {{"CPU package 31.2 J \u00b7 20.8 W average \u00b7 28.4 W peak \u00b7 57.7 pts/J", true}},
+         {package},
          "57.7 pts/J \u00b7 20.8 W average (CPU package)"},
         {"nothing measured",
          BenchmarkID::metalCompute,
          {{}, {kNoPackage, {PowerDomain::gpu, "no permission to read the GPU's power"}, kNoBattery}},
          gflops,
-         {{"CPU package: a virtual machine exposes no power sensors", false},
-          {"GPU: no permission to read the GPU's power", false},
-          {"Machine (battery): no battery", false}},
+         {"CPU package: a virtual machine exposes no power sensors",
+          "GPU: no permission to read the GPU's power", "Machine (battery): no battery"},
          "Energy: not measured (no permission to read the GPU's power)"},
         {"a report from before energy was recorded", BenchmarkID::cpuInteger, {}, gflops, {}, ""},
     };
     for (const Case& c : cases) {
         const BenchmarkOutcome outcome{OutcomeStatus::ok, 1200, c.primary, std::nullopt, 1, ""};
         const bool gpu = judgedByGpu(c.id, outcome);
-        std::vector<std::pair<std::string, bool>> lines;
-        for (const EnergyLine& line : energyLines(c.energy, 1200, c.primary, gpu))
-            lines.emplace_back(line.text, line.measured);
+        std::vector<std::string> lines;
+        for (const EnergyLine& line : energyLines(c.energy, 1200, c.primary, gpu)) {
+            lines.push_back(line.text);
+            EXPECT_EQ(line.measured, line.text.find(": ") == std::string::npos) << line.text;
+        }
         EXPECT_EQ(lines, c.lines) << c.name;
         EXPECT_EQ(efficiencyText(c.energy, 1200, gpu), c.efficiency) << c.name;
     }
@@ -299,8 +290,8 @@ TEST(ResultCards, SayWhatWasMeasuredWhenAndOnWhichMachine) {
     };
     for (const auto& c : cases) {
         for (const char* text : c.shown)
-            EXPECT_TRUE(c.texts.contains(QString::fromUtf8(text))) << c.name << ": " << text << "\n"
-                                                                   << c.texts.join('|').toStdString();
+            EXPECT_TRUE(c.texts.contains(QString::fromUtf8(text)))
+                << c.name << ": " << text << " in " << c.texts.join('|').toStdString();
         for (const char* text : c.absent)
             EXPECT_FALSE(c.texts.contains(QString::fromUtf8(text))) << c.name << ": " << text;
     }
@@ -340,29 +331,6 @@ TEST(ResultCardFilename, CollapsesRunsOfOtherCharactersTrimsDashesAndStampsTheLo
                   QStringLiteral("Quarbel-CPU-Single-Core-Result-2026-03-03-%1.png").arg(minute));
 }
 
-namespace {
-
-QByteArray contentsOf(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-// Lowers the file size limit for its life, so that writing a card runs out of room.
-struct FileSizeLimit {
-    explicit FileSizeLimit(rlim_t bytes) {
-        std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &saved);
-        rlimit lowered = saved;
-        lowered.rlim_cur = bytes;
-        setrlimit(RLIMIT_FSIZE, &lowered);
-    }
-    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &saved); }
-    rlimit saved{};
-};
-
-} // namespace
-
-// A failed write keeps the file it would replace and leaves nothing beside it.
 TEST(ResultCardWrite, WritesThePngWholeOrKeepsTheOldFileAndSaysWhy) {
     const QImage card = renderSummaryCard(summaryContent());
     QTemporaryDir dir;
@@ -378,9 +346,15 @@ TEST(ResultCardWrite, WritesThePngWholeOrKeepsTheOldFileAndSaysWhy) {
     } failures[] = {
         {"nothing rendered", [&] { return Exporter::writePNG(QImage(), path); }, Exporter::renderErrorText()},
         {"file size limit",
-         [&] {
-             FileSizeLimit limit(4096);
-             return Exporter::writePNG(card, path);
+         [&] { // the write runs out of room
+             std::signal(SIGXFSZ, SIG_IGN);
+             rlimit saved{};
+             getrlimit(RLIMIT_FSIZE, &saved);
+             const rlimit lowered{4096, saved.rlim_max};
+             setrlimit(RLIMIT_FSIZE, &lowered);
+             auto result = Exporter::writePNG(card, path);
+             setrlimit(RLIMIT_FSIZE, &saved);
+             return result;
          }},
         {"read-only folder",
          [&] {
