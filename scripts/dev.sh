@@ -113,7 +113,7 @@ case "$ACTION" in
       ctest --test-dir "$ROOT/build/asan" --output-on-failure --no-tests=error -j "$(nproc)" "$@"
     configure_and_build "$ROOT/build/tsan" -DCMAKE_BUILD_TYPE=Debug -DQUARBEL_SANITIZE=thread
     TSAN_OPTIONS="halt_on_error=1 suppressions=$ROOT/tests/tsan.supp" \
-      ctest --test-dir "$ROOT/build/tsan" --output-on-failure --no-tests=error -R "BenchmarkStore|RunSession|QuarbelCommand" "$@"
+      ctest --test-dir "$ROOT/build/tsan" --output-on-failure --no-tests=error -R "BenchmarkStore|RunSession|QuarbelCommand|ConcurrentRunWatch|CooldownPause|RunClock|RunWindows|ThermalMonitor|WorkloadPass|SensorTrace" "$@"
     ;;
   *)
     echo "usage: scripts/dev.sh {suite|test|sanitize|build|app} [args...]" >&2
