@@ -9,6 +9,7 @@
 #include "session/run_session.h"
 #include "session/stop_signals.h"
 #include "support/event_loop.h"
+#include "support/unsynced_pages.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -128,6 +129,16 @@ TEST(ReportFile, AFinalWriteThatFailsAfterTheRunKeepsOrReturnsTheReport) {
     EXPECT_NE(written.problem, "");
     std::ifstream kept(written.keptAt);
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(kept), {}), "{}\n") << written.keptAt;
+    // A report written without trouble is on the disk, not only in the page cache, when its
+    // write returns: a crash or a power cut right after the run keeps it.
+    if (pageCacheShowsUnsyncedPages((dir / "probe").string())) {
+        fs::remove_all(dir / "r.json");
+        EXPECT_EQ(writeReportFile(std::get<ReportTarget>(target), std::string(65'536, ' ')).problem, "");
+        EXPECT_EQ(unsyncedPages((dir / "r.json").string()), 0u);
+        const NewReportFile added =
+            writeNewReportFile(dir.string(), {"new", 1}, 0644, std::string(65'536, ' '));
+        EXPECT_EQ(unsyncedPages(added.path), 0u) << added.problem;
+    }
     fs::remove_all(dir);
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "model/workload_context.h"
+#include "support/unsynced_pages.h"
 
 #include <gtest/gtest.h>
 
@@ -137,22 +138,7 @@ inline bool fileSystemAcceptsDirectIO(const std::string& directory) {
     return accepted;
 }
 
-// Pages of `path` in the page cache that are not yet on the disk (dirty or being written
-// back); none where the kernel cannot say (cachestat, system call 451 everywhere, came with
-// Linux 6.5).
-inline std::optional<std::uint64_t> unsyncedPages(const std::string& path) {
-    struct {
-        std::uint64_t offset = 0, length = 0; // to the end of the file
-    } range;
-    struct {
-        std::uint64_t cached, dirty, writeback, evicted, recentlyEvicted;
-    } state{};
-    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) return std::nullopt;
-    const long result = ::syscall(451, fd, &range, &state, 0);
-    ::close(fd);
-    if (result != 0) return std::nullopt;
-    return state.dirty + state.writeback;
-}
+using quarbel::test::pageCacheShowsUnsyncedPages;
+using quarbel::test::unsyncedPages;
 
 } // namespace quarbel::storage::testing
