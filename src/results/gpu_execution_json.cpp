@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "results/gpu_execution_json.h"
 
+#include "results/json_reading.h"
+
 #include <cmath>
 #include <limits>
 
 namespace quarbel {
 namespace {
 
-using json = nlohmann::json;
-
-struct Malformed {
-    std::string text;
-};
+using json_reading::json;
+using json_reading::Malformed;
 
 // A whole number from 0 to `most`, or `fallback` when the member is absent.
 template <typename T> T count(const json& object, const char* key, T fallback) {

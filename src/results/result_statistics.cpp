@@ -2,6 +2,7 @@
 #include "results/result_statistics.h"
 
 #include "model/number_format.h"
+#include "results/json_reading.h"
 #include "results/trace_json.h"
 
 #include <cmath>
@@ -10,12 +11,9 @@
 namespace quarbel {
 namespace {
 
-using json = nlohmann::json;
-using ordered = nlohmann::ordered_json;
-
-struct Malformed {
-    std::string text;
-};
+using json_reading::json;
+using json_reading::Malformed;
+using json_reading::ordered;
 
 ordered optionalNumber(const std::optional<double>& value) {
     return value ? ordered(*value) : ordered(nullptr);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "results/trace_json.h"
 
+#include "results/json_reading.h"
 #include "sensors/trace_packing.h"
 
 #include <cmath>
@@ -10,12 +11,9 @@
 namespace quarbel {
 namespace {
 
-using json = nlohmann::json;
-using ordered = nlohmann::ordered_json;
-
-struct Malformed {
-    std::string text;
-};
+using json_reading::json;
+using json_reading::Malformed;
+using json_reading::ordered;
 
 // Reports written before the packed form kept each column as its lowest and highest value and
 // one hexadecimal byte per point: a step of 254 between them, ff for a missing sample.
