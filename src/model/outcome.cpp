@@ -53,6 +53,11 @@ std::string cardValue(const MeasurementLine& line) {
     return line.value + " " + std::string(unit);
 }
 
+BenchmarkOutcome completedOutcome(double score, MeasurementLine primary, MeasurementLine secondary,
+                                  double seconds, std::string detail) {
+    return {OutcomeStatus::ok, score, std::move(primary), std::move(secondary), seconds, std::move(detail)};
+}
+
 BenchmarkOutcome skippedOutcome(std::string detail) {
     return {OutcomeStatus::skipped, 0, {"Status", "Skipped", ""}, std::nullopt, 0, std::move(detail)};
 }

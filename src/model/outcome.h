@@ -45,6 +45,10 @@ struct BenchmarkOutcome {
     bool operator==(const BenchmarkOutcome&) const = default;
 };
 
+// A workload that measured to its end: its score, two lines and the seconds they cover.
+BenchmarkOutcome completedOutcome(double score, MeasurementLine primary, MeasurementLine secondary,
+                                  double seconds, std::string detail);
+
 // The "Status" outcomes shared by every workload: score 0, no secondary, duration 0.
 BenchmarkOutcome skippedOutcome(std::string detail);
 BenchmarkOutcome failedOutcome(std::string detail);

@@ -57,16 +57,12 @@ BenchmarkOutcome runCPUWorkloadProfile(std::int64_t workers, BenchmarkID /*id*/,
         const std::int64_t units =
             checkedMultiply(checkedMultiply(batches, workers), kProductionRoundsPerBatch);
         const double rate = static_cast<double>(units) / timing.elapsedSeconds;
-        BenchmarkOutcome outcome;
-        outcome.status = OutcomeStatus::ok;
-        outcome.score = rate * (workers == 1 ? kSingleWorkerScoreFactor : kMultiWorkerScoreFactor);
-        outcome.primary = {std::string(name), format(rate, 2), "units/s"};
-        outcome.secondary = MeasurementLine{"Threads", std::to_string(workers), ""};
-        outcome.duration = timing.elapsedSeconds;
-        outcome.detail = "Mixed production workload: text/binary transforms, image math, simulation, "
-                         "lightweight ML, and SIMD mixing. Checksum " +
-                         checksumPrefix(checksum) + ".";
-        return outcome;
+        return completedOutcome(rate * (workers == 1 ? kSingleWorkerScoreFactor : kMultiWorkerScoreFactor),
+                                {std::string(name), format(rate, 2), "units/s"},
+                                {"Threads", std::to_string(workers), ""}, timing.elapsedSeconds,
+                                "Mixed production workload: text/binary transforms, image math, simulation, "
+                                "lightweight ML, and SIMD mixing. Checksum " +
+                                    checksumPrefix(checksum) + ".");
     } catch (const std::exception& error) {
         return failedOutcome("The CPU production mix could not run: " + std::string(error.what()) + ".");
     }

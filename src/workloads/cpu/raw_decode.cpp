@@ -96,8 +96,8 @@ BenchmarkOutcome runRawCPUDecode(const WorkloadContext& context, int width, int 
 
         const double fps = static_cast<double>(frames) / timing.elapsedSeconds;
         return completedOutcome(
-            timing, fps * kRawScoreFactor, MeasurementLine{"Decode", format(fps, 2), "FPS"},
-            MeasurementLine{"Frame", "4K DCI", "RAW"},
+            fps * kRawScoreFactor, MeasurementLine{"Decode", format(fps, 2), "FPS"},
+            MeasurementLine{"Frame", "4K DCI", "RAW"}, timing.elapsedSeconds,
             "Synthetic RAW CPU decode: 16-bit Bayer, simple demosaic, color transform, and gamma. "
             "Checksum " +
                 checksumPrefix(checksum) + ".");

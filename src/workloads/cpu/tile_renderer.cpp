@@ -159,9 +159,9 @@ BenchmarkOutcome runCineTile(const WorkloadContext& context, int width, int heig
         const std::int64_t samples = checkedMultiply(std::max<std::int64_t>(frames, 1), samplesPerFrame);
         // Counts samples (four per pixel) although the unit reads MPix/s.
         const double rate = static_cast<double>(samples) / timing.elapsedSeconds / 1e6;
-        return completedOutcome(timing, rate * kTileScoreFactor,
+        return completedOutcome(rate * kTileScoreFactor,
                                 MeasurementLine{"Renderer", format(rate, 2), "MPix/s"},
-                                MeasurementLine{"Frames", std::to_string(frames), ""},
+                                MeasurementLine{"Frames", std::to_string(frames), ""}, timing.elapsedSeconds,
                                 "Sustained CPU tile render at " + std::to_string(width) + "x" +
                                     std::to_string(height) + ", checksum " + checksumPrefix(checksum) + ".");
     } catch (const std::exception& error) {

@@ -3,15 +3,12 @@
 // budget is spent or the run is cancelled, reporting progress after each unit.
 #pragma once
 
-#include "model/outcome.h"
 #include "model/workload_context.h"
 #include "workloads/cpu/unit_of_work.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <string>
 #include <string_view>
-#include <utility>
 
 namespace quarbel::cpu {
 
@@ -37,19 +34,6 @@ TimedLoopResult repeatUntilBudget(const WorkloadContext& context, double budgetS
         if (context.cancelled()) break;
     }
     return {start, std::max(monotonicSeconds() - start, 0.000001)};
-}
-
-// What a loop that ran to its end measured: its score and two lines, over the loop's time.
-inline BenchmarkOutcome completedOutcome(const TimedLoopResult& timing, double score, MeasurementLine primary,
-                                         MeasurementLine secondary, std::string detail) {
-    BenchmarkOutcome outcome;
-    outcome.status = OutcomeStatus::ok;
-    outcome.score = score;
-    outcome.primary = std::move(primary);
-    outcome.secondary = std::move(secondary);
-    outcome.duration = timing.elapsedSeconds;
-    outcome.detail = std::move(detail);
-    return outcome;
 }
 
 } // namespace quarbel::cpu

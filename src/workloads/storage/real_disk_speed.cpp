@@ -150,16 +150,11 @@ BenchmarkOutcome realDiskSpeedOutcome(const DiskSpeedPass& write, const DiskSpee
     const double readRate = megabytesPerSecond(read.bytes, read.seconds);
     const char* mode = write.uncached && read.uncached ? "uncached" : "standard";
 
-    BenchmarkOutcome outcome;
-    outcome.status = OutcomeStatus::ok;
-    outcome.score = (writeRate + readRate) * 0.5 * kScoreFactor;
-    outcome.primary = rateMeasurement("Read", readRate);
-    outcome.secondary = rateMeasurement("Write", writeRate);
-    outcome.duration = write.seconds + read.seconds;
-    outcome.detail = std::string("Real disk speed: ") + mode + " POSIX sequential I/O, " +
-                     formatBytes(fileSize) + " test file, " + std::to_string(write.passes) +
-                     "x write pass, " + std::to_string(read.passes) + "x read pass.";
-    return outcome;
+    return completedOutcome((writeRate + readRate) * 0.5 * kScoreFactor, rateMeasurement("Read", readRate),
+                            rateMeasurement("Write", writeRate), write.seconds + read.seconds,
+                            std::string("Real disk speed: ") + mode + " POSIX sequential I/O, " +
+                                formatBytes(fileSize) + " test file, " + std::to_string(write.passes) +
+                                "x write pass, " + std::to_string(read.passes) + "x read pass.");
 }
 
 } // namespace quarbel::storage

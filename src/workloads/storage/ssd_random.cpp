@@ -121,14 +121,10 @@ BenchmarkOutcome runSSDRandom(const WorkloadContext& context, const SSDRandomPar
     const double readIOPS = static_cast<double>(readOperations) / std::max(kMinimumElapsed, readSeconds);
     const double writeIOPS = static_cast<double>(writeOperations) / std::max(kMinimumElapsed, writeSeconds);
 
-    BenchmarkOutcome outcome;
-    outcome.status = OutcomeStatus::ok;
-    outcome.score = (readIOPS + writeIOPS) * 0.5 * 0.125;
-    outcome.primary = {"Read", format(readIOPS, 0), "IOPS"};
-    outcome.secondary = MeasurementLine{"Write", format(writeIOPS, 0), "IOPS"};
-    outcome.duration = readSeconds + writeSeconds;
-    outcome.detail = "Sustained random 4K access inside a " + formatBytes(fileSize) + " temporary file.";
-    return outcome;
+    return completedOutcome((readIOPS + writeIOPS) * 0.5 * 0.125, {"Read", format(readIOPS, 0), "IOPS"},
+                            {"Write", format(writeIOPS, 0), "IOPS"}, readSeconds + writeSeconds,
+                            "Sustained random 4K access inside a " + formatBytes(fileSize) +
+                                " temporary file.");
 }
 
 } // namespace quarbel

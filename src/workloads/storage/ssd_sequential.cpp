@@ -92,15 +92,10 @@ BenchmarkOutcome runSSDSequential(const WorkloadContext& context, const SSDSeque
     const double readRate = megabytesPerSecond(bytesRead, readSeconds);
     const std::int64_t fileSize = blockSize * parameters.blockCount;
 
-    BenchmarkOutcome outcome;
-    outcome.status = OutcomeStatus::ok;
-    outcome.score = (writeRate + readRate) * 0.5 * kScoreFactor;
-    outcome.primary = rateMeasurement("Read", readRate);
-    outcome.secondary = rateMeasurement("Write", writeRate);
-    outcome.duration = writeSeconds + readSeconds;
-    outcome.detail = "Sequential file test: " + formatBytes(fileSize) + " temporary media file, " +
-                     formatBytes(blockSize) + " blocks, sustained read/write throughput.";
-    return outcome;
+    return completedOutcome((writeRate + readRate) * 0.5 * kScoreFactor, rateMeasurement("Read", readRate),
+                            rateMeasurement("Write", writeRate), writeSeconds + readSeconds,
+                            "Sequential file test: " + formatBytes(fileSize) + " temporary media file, " +
+                                formatBytes(blockSize) + " blocks, sustained read/write throughput.");
 }
 
 } // namespace quarbel
