@@ -24,11 +24,11 @@ start_display() {
 }
 
 # storage_bench BUILD: the path of the storage workloads' bench program in BUILD, a Release
-# build with the benchmarks, configured and built there when it is missing.
+# build with the benchmarks, configured there when it is missing and brought up to date, so
+# that a measurement never runs an older build of the workloads.
 storage_bench() {
-  local build="$1"
-  [[ -x "$build/bench/storage/quarbel_storage_bench" ]] || build_release_targets "$build" quarbel_storage_bench
-  echo "$build/bench/storage/quarbel_storage_bench"
+  build_release_targets "$1" quarbel_storage_bench
+  echo "$1/bench/storage/quarbel_storage_bench"
 }
 
 # build_release_targets BUILD TARGET...: configures BUILD as a Release build with the benchmarks
